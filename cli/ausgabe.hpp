@@ -1,0 +1,50 @@
+#pragma once
+// Shared output helpers: German messages, JSON, short paths, progress on a terminal.
+#include <fmt/core.h>
+
+#include <chrono>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+
+#include "kern/datensaetze.hpp"
+
+namespace hainbrem::cli {
+
+using json = nlohmann::ordered_json;
+
+// "hainbrem: <text>" on stderr; returns the exit status for errors (1).
+int fehler(const std::string& text);
+void warnung(const std::string& text);
+
+// Pretty JSON on stdout; paths that are not valid UTF-8 have their bad bytes replaced.
+void druckeJson(const json& j);
+
+// "~/…" for paths below home.
+std::string kurzerPfad(const std::filesystem::path& pfad, const std::filesystem::path& home);
+
+// ISO 8601 in UTC, "2026-11-15T20:35:00Z".
+std::string isoDatum(Zeitpunkt t);
+json datumOderNull(const std::optional<Zeitpunkt>& t);
+
+json alsJson(const Fund& f);
+
+// A German confirmation prompt "… [j/N]" on stderr; true only for j/ja. No terminal: false.
+bool frage(const std::string& text);
+
+// One overwritten line on stderr while the work runs, only when stderr is a terminal.
+class Fortschritt {
+public:
+    Fortschritt();
+    ~Fortschritt();
+    void zeige(const std::string& text);
+    void fertig();
+
+private:
+    bool aktiv_;
+    bool sichtbar_ = false;
+    std::chrono::steady_clock::time_point zuletzt_{};
+};
+
+}  // namespace hainbrem::cli

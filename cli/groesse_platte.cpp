@@ -1,0 +1,108 @@
+// hainbrem groesse PFAD… and hainbrem platte
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "cli/ausgabe.hpp"
+#include "cli/kommando.hpp"
+#include "kern/format.hpp"
+#include "kern/groesse.hpp"
+#include "kern/plattenstand.hpp"
+
+namespace hainbrem::cli {
+namespace {
+
+std::vector<std::string> groessePfade;
+
+int groesse(const Kontext& k) {
+    json liste = json::array();
+    int status = 0;
+    for (const auto& p : groessePfade) {
+        struct stat st;
+        if (::lstat(p.c_str(), &st) != 0) {
+            status = fehler(fmt::format("„{}“ gibt es nicht oder ist nicht erreichbar ({}).", p,
+                                        errno == ENOENT ? "nicht gefunden" : std::strerror(errno)));
+            continue;
+        }
+        int64_t unlesbar = 0;
+        if (S_ISDIR(st.st_mode)) {
+            // count what could not be read, so the user knows the figure is a lower bound
+            Groesse::durchlaufe(p, [&](const Groesse::Eintrag& e) {
+                if (e.art == Groesse::EintragArt::unlesbar) ++unlesbar;
+                return Groesse::Weiter::ja;
+            });
+        }
+        const int64_t bytes = Groesse::belegt(p);
+        if (unlesbar > 0)
+            warnung(fmt::format("In „{}“ war{} {} Eintr{} nicht lesbar; die Größe ist eine Untergrenze.", p,
+                                unlesbar == 1 ? "" : "en", unlesbar, unlesbar == 1 ? "ag" : "äge"));
+        if (unlesbar > 0) status = 1;
+        if (k.json) {
+            liste.push_back(json{{"pfad", p}, {"bytes", bytes}});
+        } else {
+            std::printf("%12s  %s\n", alsBytes(bytes).c_str(), kurzerPfad(p, k.home).c_str());
+        }
+    }
+    if (k.json) druckeJson(liste);
+    return status;
+}
+
+const bool groesseRegistriert = registriere({
+    .name = "groesse",
+    .beschreibung = "Belegten Platz von Dateien und Ordnern messen",
+    .reihenfolge = 10,
+    .optionen = [](CLI::App& a) { a.add_option("pfad", groessePfade, "Datei oder Ordner")->required(); },
+    .ausfuehren = groesse,
+});
+
+int platte(const Kontext& k) {
+    const Plattenstand s = Plattenstand::jetzt(k.home);
+    const auto lage = s.lage(10'000'000'000);
+    const std::optional<Platte> p = Platte::lesen();
+    if (k.json) {
+        json j;
+        j["plattenstand"] = {{"gesamt", s.gesamt},           {"echtFrei", s.echtFrei},
+                             {"mitLoeschbarem", s.mitLoeschbarem}, {"belegt", s.belegt()},
+                             {"loeschbar", s.loeschbar()},   {"anteilFrei", s.anteilFrei()},
+                             {"lage", std::string(name(lage))}};
+        if (p) {
+            json vols = json::array();
+            for (const auto& v : p->volumes)
+                vols.push_back({{"name", v.name}, {"rolle", v.rolle}, {"bytes", v.bytes}, {"geraet", v.geraet},
+                                {"titel", v.titel()}, {"erklaerung", v.erklaerung()}});
+            j["platte"] = {{"gesamt", p->gesamt}, {"frei", p->frei}, {"belegt", p->belegt()}, {"volumes", vols}};
+        } else {
+            j["platte"] = nullptr;
+        }
+        druckeJson(j);
+        return 0;
+    }
+    std::printf("Platte von %s\n", kurzerPfad(k.home, k.home).c_str());
+    std::printf("  Gesamt:            %s\n", alsBytes(s.gesamt).c_str());
+    std::printf("  Wirklich frei:     %s (%.0f %%)\n", alsBytes(s.echtFrei).c_str(), s.anteilFrei() * 100.0);
+    std::printf("  Frei mit Löschbarem: %s\n", alsBytes(s.mitLoeschbarem).c_str());
+    std::printf("  Löschbar:          %s\n", alsBytes(s.loeschbar()).c_str());
+    std::printf("  Lage:              %s\n", std::string(name(lage)).c_str());
+    if (!p) {
+        std::printf("\nDie Aufteilung der Platte ließ sich nicht lesen.\n");
+        return 0;
+    }
+    std::printf("\nVolumes (belegt %s von %s, frei %s):\n", alsBytes(p->belegt()).c_str(),
+                alsBytes(p->gesamt).c_str(), alsBytes(p->frei).c_str());
+    for (const auto& v : p->volumes)
+        std::printf("  %-22s %12s  %s\n    %s\n", v.titel().c_str(), alsBytes(v.bytes).c_str(), v.geraet.c_str(),
+                    std::string(v.erklaerung()).c_str());
+    return 0;
+}
+
+const bool platteRegistriert = registriere({
+    .name = "platte",
+    .beschreibung = "Freien Platz und Aufteilung der Platte zeigen",
+    .reihenfolge = 11,
+    .optionen = nullptr,
+    .ausfuehren = platte,
+});
+
+}  // namespace
+}  // namespace hainbrem::cli

@@ -1,0 +1,31 @@
+#pragma once
+// Every `hainbrem` subcommand lives in its own file and registers itself here, so adding a
+// command never touches another command's file.
+#include <CLI/CLI.hpp>
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+namespace hainbrem::cli {
+
+struct Kontext {
+    bool json = false;
+    std::filesystem::path home;  // HOME (so a fixture home is just HOME=/dir hainbrem …)
+    std::filesystem::path temp;  // TMPDIR, else /tmp
+};
+
+struct Kommando {
+    std::string name;
+    std::string beschreibung;
+    int reihenfolge = 100;  // position in the help text
+    // Declares the subcommand's options; bind them to state owned by the command's file.
+    std::function<void(CLI::App&)> optionen;
+    // Runs it; returns the exit status.
+    std::function<int(const Kontext&)> ausfuehren;
+};
+
+// For use in a namespace-scope initializer: `const bool registriert = registriere({...});`
+bool registriere(Kommando kommando);
+
+}  // namespace hainbrem::cli

@@ -1,0 +1,113 @@
+#include "kern/befehl.hpp"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+
+extern char** environ;
+
+namespace hainbrem::Befehl {
+
+bool istGueltigesUtf8(std::string_view s) {
+    size_t i = 0;
+    while (i < s.size()) {
+        const auto c = static_cast<unsigned char>(s[i]);
+        size_t n;
+        uint32_t cp;
+        if (c < 0x80) { ++i; continue; }
+        if ((c & 0xE0) == 0xC0) { n = 1; cp = c & 0x1F; }
+        else if ((c & 0xF0) == 0xE0) { n = 2; cp = c & 0x0F; }
+        else if ((c & 0xF8) == 0xF0) { n = 3; cp = c & 0x07; }
+        else return false;
+        if (i + n >= s.size()) return false;
+        for (size_t k = 1; k <= n; ++k) {
+            const auto f = static_cast<unsigned char>(s[i + k]);
+            if ((f & 0xC0) != 0x80) return false;
+            cp = (cp << 6) | (f & 0x3F);
+        }
+        // overlong forms, surrogates and values beyond Unicode
+        if ((n == 1 && cp < 0x80) || (n == 2 && cp < 0x800) || (n == 3 && cp < 0x10000) || cp > 0x10FFFF ||
+            (cp >= 0xD800 && cp <= 0xDFFF))
+            return false;
+        i += n + 1;
+    }
+    return true;
+}
+
+namespace {
+struct Rohr {
+    int lesen = -1, schreiben = -1;
+    ~Rohr() {
+        if (lesen >= 0) ::close(lesen);
+        if (schreiben >= 0) ::close(schreiben);
+    }
+    bool oeffne() {
+        int fds[2];
+        if (::pipe2(fds, O_CLOEXEC) != 0) return false;
+        lesen = fds[0];
+        schreiben = fds[1];
+        return true;
+    }
+};
+}  // namespace
+
+std::optional<std::string> ausfuehren(const std::string& programm, const std::vector<std::string>& argumente) {
+    if (programm.empty() || programm.front() != '/') return std::nullopt;
+    Rohr aus, fehler;
+    if (!aus.oeffne() || !fehler.oeffne()) return std::nullopt;
+
+    posix_spawn_file_actions_t aktionen;
+    posix_spawn_file_actions_init(&aktionen);
+    posix_spawn_file_actions_addopen(&aktionen, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_adddup2(&aktionen, aus.schreiben, 1);
+    posix_spawn_file_actions_adddup2(&aktionen, fehler.schreiben, 2);
+
+    std::vector<char*> argv;
+    argv.push_back(const_cast<char*>(programm.c_str()));
+    for (const auto& a : argumente) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+
+    pid_t pid = -1;
+    const int rc = ::posix_spawn(&pid, programm.c_str(), &aktionen, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&aktionen);
+    if (rc != 0) return std::nullopt;
+    ::close(aus.schreiben);
+    aus.schreiben = -1;
+    ::close(fehler.schreiben);
+    fehler.schreiben = -1;
+
+    // Both pipes are drained together so a chatty stderr can never block the child.
+    std::string ausgabe;
+    std::array<char, 65536> puffer;
+    std::array<pollfd, 2> warte{{{aus.lesen, POLLIN, 0}, {fehler.lesen, POLLIN, 0}}};
+    int offen = 2;
+    while (offen > 0) {
+        if (::poll(warte.data(), warte.size(), -1) < 0) {
+            if (errno == EINTR) continue;
+            break;
+        }
+        for (size_t i = 0; i < warte.size(); ++i) {
+            if (warte[i].fd < 0 || warte[i].revents == 0) continue;
+            const ssize_t n = ::read(warte[i].fd, puffer.data(), puffer.size());
+            if (n > 0) {
+                if (i == 0) ausgabe.append(puffer.data(), static_cast<size_t>(n));
+            } else if (n == 0 || errno != EINTR) {
+                warte[i].fd = -1;
+                --offen;
+            }
+        }
+    }
+    int status = 0;
+    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return std::nullopt;
+    if (!istGueltigesUtf8(ausgabe)) return std::nullopt;
+    return ausgabe;
+}
+
+}  // namespace hainbrem::Befehl

@@ -1,0 +1,102 @@
+#pragma once
+// The small value types shared by finders, guard, disposer and front ends.
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace hainbrem {
+
+namespace fs = std::filesystem;
+using Zeitpunkt = std::chrono::system_clock::time_point;
+
+enum class Entsorgung { loeschen, papierkorb };
+
+std::string_view rohwert(Entsorgung art);
+std::optional<Entsorgung> entsorgungAus(std::string_view roh);
+
+enum class Risiko : int { sicher = 0, pruefen = 1, vorsicht = 2 };
+
+inline constexpr int rohwert(Risiko r) { return static_cast<int>(r); }
+std::optional<Risiko> risikoAus(int roh);
+std::string_view name(Risiko r);
+
+enum class Gruppe { programme, browser, entwicklung, platzfresser, protokolle, papierkorb };
+
+inline constexpr std::array<Gruppe, 6> alleGruppen{Gruppe::programme,    Gruppe::browser,
+                                                   Gruppe::entwicklung,  Gruppe::platzfresser,
+                                                   Gruppe::protokolle,   Gruppe::papierkorb};
+// The raw value is the display title and the id.
+std::string_view titel(Gruppe g);
+std::string_view symbol(Gruppe g);
+std::optional<Gruppe> gruppeAus(std::string_view titel);
+
+struct Fund {
+    fs::path url;
+    int64_t bytes = 0;
+    Entsorgung art = Entsorgung::papierkorb;
+    std::optional<std::string> besitzer;
+    std::optional<Zeitpunkt> datum;
+    bool vorgewaehlt = false;
+    std::optional<std::string> titel;
+
+    const fs::path& id() const { return url; }
+    std::string name() const;
+    bool operator==(const Fund&) const = default;
+};
+
+struct Posten {
+    std::string pfad;
+    int64_t bytes = 0;
+    Entsorgung art = Entsorgung::papierkorb;
+    std::optional<std::string> imPapierkorb;
+    std::optional<std::string> fehler;
+    bool zurueckgelegt = false;
+
+    const std::string& id() const { return pfad; }
+    bool operator==(const Posten&) const = default;
+};
+
+// The guard's verdict: allowed, or refused with a reason shown to the user.
+class Urteil {
+public:
+    static Urteil erlaubt() { return Urteil{}; }
+    static Urteil abgelehnt(std::string grund) { return Urteil{std::move(grund)}; }
+
+    bool istErlaubt() const { return !grund_.has_value(); }
+    // The refusal text; empty for an allowed verdict.
+    const std::string& grund() const;
+    bool operator==(const Urteil&) const = default;
+
+private:
+    Urteil() = default;
+    explicit Urteil(std::string grund) : grund_(std::move(grund)) {}
+    std::optional<std::string> grund_;
+};
+
+struct Umgebung {
+    fs::path home;
+    fs::path temp;
+    bool vollzugriff = false;
+    std::function<bool(const std::string&)> laeuft;
+    std::set<std::string> hainbremImPapierkorb;
+};
+
+namespace Zugriff {
+// Can every protected user folder be read? Asked anew on every call.
+bool vollzugriff(const fs::path& home);
+inline constexpr std::string_view einstellungenURL =
+    "x-apple.systempreferences:com.apple.settings.PrivacySecurity.extension?Privacy_AllFiles";
+}  // namespace Zugriff
+
+}  // namespace hainbrem
+
+template <>
+struct std::hash<hainbrem::Fund> {
+    size_t operator()(const hainbrem::Fund& f) const noexcept;
+};

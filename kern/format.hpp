@@ -1,0 +1,21 @@
+#pragma once
+// Byte counts as the user reads them: decimal units as the Finder shows them.
+#include <cstdint>
+#include <string>
+
+namespace hainbrem {
+
+struct Zahlformat {
+    char dezimalTrenner = ',';
+    bool deutsch = true;  // unit word "Byte" rather than "bytes"
+    // From the process locale (setlocale(LC_ALL, "") has run); C/POSIX count as German,
+    // since the interface is German.
+    static Zahlformat ausLocale();
+};
+
+// 1 KB = 1,000 bytes; bytes and KB without decimals, MB with one, GB and above with two,
+// trailing zeros dropped: "12 KB", "3,4 MB", "1,23 GB".
+std::string alsBytes(int64_t bytes, const Zahlformat& format);
+std::string alsBytes(int64_t bytes);
+
+}  // namespace hainbrem

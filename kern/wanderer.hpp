@@ -1,0 +1,227 @@
+#pragma once
+// The walk engine behind Groesse::durchlaufe and the measuring and scanning finders.
+// Directory handles instead of paths: openat/fstatat relative to the open parent, so depth
+// and path length are unlimited and the working directory is never touched. Each folder's
+// entries are read in one go into a buffer the frame keeps, so no allocation happens per entry
+// once the buffers have grown, and at most `maxOffen` descriptors are held however deep the
+// tree goes (a closed ancestor is reopened through ".." of its child and checked by inode).
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "kern/groesse.hpp"
+
+namespace hainbrem::intern {
+
+using Groesse::Eintrag;
+using Groesse::EintragArt;
+using Groesse::Weiter;
+
+inline constexpr int ordnerFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY;
+
+// Reads every entry of `fd` (taking ownership) as records "<d_type byte><name>\0".
+// Returns the still open DIR or null when the folder cannot be listed.
+inline DIR* leseEintraege(int fd, std::vector<char>& namen) {
+    namen.clear();
+    DIR* d = ::fdopendir(fd);
+    if (!d) {
+        ::close(fd);
+        return nullptr;
+    }
+    while (const dirent* e = ::readdir(d)) {
+        const char* n = e->d_name;
+        if (n[0] == '.' && (n[1] == '\0' || (n[1] == '.' && n[2] == '\0'))) continue;
+        const size_t l = std::strlen(n);
+        namen.push_back(static_cast<char>(e->d_type));
+        namen.insert(namen.end(), n, n + l + 1);
+    }
+    return d;
+}
+
+class Wanderer {
+public:
+    // Walks the contents of the open folder `fd` (owned), whose ordnerAnfang the caller has
+    // already reported, then reports its ordnerEnde. `abgabe(parentFd, name, statt, pfad, ebene)`
+    // may take over a subfolder after its ordnerAnfang (returns true); the walker then leaves
+    // it alone entirely. Returns false when the visitor said `abbrechen`.
+    template <typename B, typename A>
+    bool wandere(int fd, const struct stat& statt, const std::string& pfad, int ebene, dev_t geraet,
+                 const char* name, B&& besuch, A&& abgabe) {
+        pfad_ = pfad;
+        geraet_ = geraet;
+        tiefe_ = 0;
+        offen_ = 0;
+        niedrigsterOffen_ = 0;
+        if (!betrete(fd, statt, ebene, name, besuch)) return !abgebrochen_;
+        while (tiefe_ > 0) {
+            Rahmen& r = stapel_[tiefe_ - 1];
+            if (r.pos >= r.namen.size()) {
+                if (!verlasse(besuch)) return false;
+                continue;
+            }
+            const char* n = r.namen.data() + r.pos + 1;
+            const size_t nl = std::strlen(n);
+            r.pos += nl + 2;
+            const int pfd = ::dirfd(r.dir);
+            const size_t basis = pfad_.size();
+            if (basis == 0 || pfad_.back() != '/') pfad_.push_back('/');
+            pfad_.append(n, nl);
+            struct stat st;
+            const int ebeneKind = r.ebene + 1;
+            if (::fstatat(pfd, n, &st, AT_SYMLINK_NOFOLLOW) != 0) {
+                if (besuch(Eintrag{EintragArt::unlesbar, pfad_.c_str(), ebeneKind, nullptr, pfd, n}) ==
+                    Weiter::abbrechen)
+                    return abbruch();
+            } else if (st.st_dev != geraet_) {
+                // another file system mounted here: left out, as du -x does
+            } else if (!S_ISDIR(st.st_mode)) {
+                if (besuch(Eintrag{EintragArt::datei, pfad_.c_str(), ebeneKind, &st, pfd, n}) ==
+                    Weiter::abbrechen)
+                    return abbruch();
+            } else {
+                const Weiter w =
+                    besuch(Eintrag{EintragArt::ordnerAnfang, pfad_.c_str(), ebeneKind, &st, pfd, n});
+                if (w == Weiter::abbrechen) return abbruch();
+                if (w == Weiter::ueberspringen) {
+                    if (besuch(Eintrag{EintragArt::ordnerEnde, pfad_.c_str(), ebeneKind, &st, pfd, n}) ==
+                        Weiter::abbrechen)
+                        return abbruch();
+                } else if (!abgabe(pfd, n, st, pfad_, ebeneKind)) {
+                    const int kfd = ::openat(pfd, n, ordnerFlags);
+                    if (kfd < 0) {
+                        if (besuch(Eintrag{EintragArt::unlesbar, pfad_.c_str(), ebeneKind, &st, pfd, n}) ==
+                            Weiter::abbrechen)
+                            return abbruch();
+                    } else {
+                        if (betrete(kfd, st, ebeneKind, n, besuch)) continue;  // the frame keeps its path
+                        if (abgebrochen_) return abbruch();
+                    }
+                }
+            }
+            pfad_.resize(basis);
+        }
+        return true;
+    }
+
+private:
+    struct Rahmen {
+        DIR* dir = nullptr;
+        struct stat statt {};
+        size_t pfadLaenge = 0;  // path length including this folder's name
+        int ebene = 0;
+        std::vector<char> namen;
+        size_t pos = 0;
+        const char* name = nullptr;  // in the parent's buffer, which outlives this frame
+    };
+    static constexpr size_t maxOffen = 48;
+
+    template <typename B>
+    bool betrete(int fd, const struct stat& st, int ebene, const char* name, B& besuch) {
+        if (stapel_.size() <= tiefe_) stapel_.emplace_back();
+        Rahmen& r = stapel_[tiefe_];
+        r.dir = leseEintraege(fd, r.namen);
+        if (!r.dir) {
+            const int pfd = tiefe_ == 0 ? -1 : ::dirfd(stapel_[tiefe_ - 1].dir);
+            if (besuch(Eintrag{EintragArt::unlesbar, pfad_.c_str(), ebene, &st, pfd, name}) == Weiter::abbrechen)
+                abgebrochen_ = true;
+            if (tiefe_ > 0) pfad_.resize(stapel_[tiefe_ - 1].pfadLaenge);
+            return false;
+        }
+        r.statt = st;
+        r.pfadLaenge = pfad_.size();
+        r.ebene = ebene;
+        r.pos = 0;
+        r.name = name;
+        ++tiefe_;
+        ++offen_;
+        while (offen_ > maxOffen && niedrigsterOffen_ + 1 < tiefe_) {
+            Rahmen& alt = stapel_[niedrigsterOffen_++];
+            if (alt.dir) {
+                ::closedir(alt.dir);
+                alt.dir = nullptr;
+                --offen_;
+            }
+        }
+        return true;
+    }
+
+    template <typename B>
+    bool verlasse(B& besuch) {
+        Rahmen& r = stapel_[tiefe_ - 1];
+        int pfd = -1;
+        if (tiefe_ > 1) {
+            Rahmen& eltern = stapel_[tiefe_ - 2];
+            if (!eltern.dir && r.dir) oeffneWieder(r, eltern);
+            if (eltern.dir) pfd = ::dirfd(eltern.dir);
+        }
+        pfad_.resize(r.pfadLaenge);
+        const Weiter w = besuch(Eintrag{EintragArt::ordnerEnde, pfad_.c_str(), r.ebene, &r.statt, pfd, r.name});
+        if (r.dir) {
+            ::closedir(r.dir);
+            r.dir = nullptr;
+            --offen_;
+        }
+        --tiefe_;
+        if (niedrigsterOffen_ > tiefe_) niedrigsterOffen_ = tiefe_;
+        if (tiefe_ > 0) {
+            Rahmen& eltern = stapel_[tiefe_ - 1];
+            // could not get back in: the rest of that folder stays unread
+            if (!eltern.dir) eltern.pos = eltern.namen.size();
+            pfad_.resize(eltern.pfadLaenge);
+        }
+        if (w == Weiter::abbrechen) return abbruch();
+        return true;
+    }
+
+    void oeffneWieder(const Rahmen& kind, Rahmen& eltern) {
+        const int fd = ::openat(::dirfd(kind.dir), "..", ordnerFlags);
+        if (fd < 0) return;
+        struct stat st;
+        if (::fstat(fd, &st) != 0 || st.st_dev != eltern.statt.st_dev || st.st_ino != eltern.statt.st_ino) {
+            ::close(fd);
+            return;
+        }
+        eltern.dir = ::fdopendir(fd);
+        if (!eltern.dir) {
+            ::close(fd);
+            return;
+        }
+        ++offen_;
+        if (niedrigsterOffen_ > tiefe_ - 2) niedrigsterOffen_ = tiefe_ - 2;
+    }
+
+    bool abbruch() {
+        abgebrochen_ = true;
+        for (size_t i = 0; i < tiefe_; ++i)
+            if (stapel_[i].dir) {
+                ::closedir(stapel_[i].dir);
+                stapel_[i].dir = nullptr;
+            }
+        tiefe_ = 0;
+        offen_ = 0;
+        return false;
+    }
+
+public:
+    ~Wanderer() {
+        for (auto& r : stapel_)
+            if (r.dir) ::closedir(r.dir);
+    }
+    bool abgebrochen() const { return abgebrochen_; }
+
+private:
+    std::vector<Rahmen> stapel_;
+    size_t tiefe_ = 0;
+    size_t offen_ = 0;
+    size_t niedrigsterOffen_ = 0;
+    std::string pfad_;
+    dev_t geraet_ = 0;
+    bool abgebrochen_ = false;
+};
+
+}  // namespace hainbrem::intern

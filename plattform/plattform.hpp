@@ -1,0 +1,49 @@
+#pragma once
+// The one door to the operating system. The core calls only what is declared here
+// (and in the topic headers included below); linux/ and macos/ implement it.
+// Nothing here parses the output of system tools: parsers live in the core.
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+struct stat;
+
+namespace hainbrem::plattform {
+
+namespace fs = std::filesystem;
+
+#if defined(__APPLE__)
+inline constexpr bool istMacOS = true;
+#else
+inline constexpr bool istMacOS = false;
+#endif
+
+// The user's home folder (HOME, else the password database).
+fs::path heimOrdner();
+// The per-user temporary folder (macOS: the Darwin user temp dir; Linux: TMPDIR, else /tmp).
+fs::path benutzerTemp();
+
+// Can every protected user folder be read? macOS: the TCC database probe; Linux: every
+// standard folder of the home folder that exists can be listed.
+bool vollzugriff(const fs::path& home);
+
+// Capacity of the volume holding `pfad`, as the system reports it; absent when unknown.
+struct Kapazitaet {
+    std::optional<int64_t> gesamt;
+    std::optional<int64_t> verfuegbar;
+    // macOS: available for important usage (counts purgeable space). Linux has none.
+    std::optional<int64_t> wichtig;
+};
+Kapazitaet volumenKapazitaet(const fs::path& pfad);
+
+// Bytes of the file that share no storage with clones (APFS private size; Linux: extents
+// not flagged shared by FIEMAP). Absent where the file system does not tell.
+std::optional<int64_t> privateGroesse(const char* pfad);
+
+// Switches off the download of dataless (cloud-only) files for this process. Idempotent.
+void cloudSchutzAktivieren();
+// True when the entry's content lives only in the cloud (dataless flag in st_flags).
+bool istDatenlos(const struct stat& statt);
+
+}  // namespace hainbrem::plattform
