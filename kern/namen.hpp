@@ -1,0 +1,114 @@
+#pragma once
+// Name tables shared by the guard and the finders. One copy: the guard's policy and what the
+// finders look for must never drift apart.
+#include <array>
+#include <string_view>
+#include <vector>
+
+namespace hainbrem::Namen {
+
+// Top-level names in the home folder that are never touched.
+inline constexpr std::array<std::string_view, 15> geschuetzteHomeOrdner{
+    "Desktop", "Documents", "Downloads",    "Movies", "Music", "Pictures", "Public", "Library",
+    "Applications", "Sites", ".Trash", ".ssh", ".gnupg", ".config", ".local"};
+
+// Zones below home refused outright (each covers itself and everything below it).
+inline constexpr std::array<std::string_view, 14> sperrzonen{
+    "Library/Mobile Documents",
+    "Library/CloudStorage",
+    "Library/Keychains",
+    "Library/Mail",
+    "Library/Messages",
+    "Library/Accounts",
+    "Library/Cookies",
+    "Library/Safari",
+    "Library/Calendars",
+    "Library/Photos",
+    "Library/Application Support/AddressBook",
+    "Library/Application Support/Hainbrem",
+    ".ssh",
+    ".gnupg"};
+
+// Roots below home in which deleting for good may be allowed.
+inline constexpr std::array<std::string_view, 24> loeschWurzeln{
+    "Library/Caches",
+    "Library/Logs",
+    "Library/Developer/Xcode/DerivedData",
+    "Library/Developer/Xcode/iOS DeviceSupport",
+    "Library/Developer/Xcode/watchOS DeviceSupport",
+    "Library/Developer/Xcode/macOS DeviceSupport",
+    "Library/Developer/CoreSimulator/Caches",
+    ".Trash",
+    ".npm/_cacache",
+    ".npm/_npx",
+    ".npm/_logs",
+    ".cache",
+    ".gradle/caches",
+    ".gradle/wrapper/dists",
+    ".cargo/registry/cache",
+    ".cargo/registry/src",
+    "go/pkg/mod/cache",
+    "Library/pnpm/store",
+    ".pnpm-store",
+    ".bun/install/cache",
+    ".yarn/berry/cache",
+    ".cocoapods/repos",
+    ".android/cache",
+    "Library/Application Support/Claude/vm_bundles"};
+
+// Roots whose contents may go but never the folder itself.
+inline constexpr std::array<std::string_view, 7> nurInhalt{
+    "Library/Caches", "Library/Logs", ".Trash", ".cache", "Library/Developer/Xcode/DerivedData",
+    "Library/Developer/CoreSimulator/Caches", "Library/Application Support/Claude/vm_bundles"};
+
+// Apple bundle identifiers whose folders in Library/Caches may be deleted.
+inline constexpr std::array<std::string_view, 5> appleCachesErlaubt{
+    "com.apple.Safari", "com.apple.dt.Xcode", "com.apple.helpd", "com.apple.Music", "com.apple.TV"};
+
+// Lower-case names of folders that sit among caches but hold real data.
+inline constexpr std::array<std::string_view, 6> keinCache{
+    "jetbrains", "cloudkit", "geoservices", "familycircled", "com.apple.aned", "lm-studio"};
+
+// Folder names that mark a cache inside an application's support folder.
+inline constexpr std::array<std::string_view, 16> cacheNamen{
+    "Cache",          "Caches",      "Code Cache",       "GPUCache",           "CachedData",
+    "CachedExtensionVSIXs", "DawnCache", "DawnGraphiteCache", "DawnWebGPUCache", "GraphiteDawnCache",
+    "GrShaderCache",  "ShaderCache", "CacheStorage",     "Crashpad",           "component_crx_cache",
+    "extensions_crx_cache"};
+
+// Build-output folder names and the marker files, one of which must lie beside the folder.
+// "DerivedData" has none: a project file beside it is required instead.
+struct Bauordner {
+    std::string_view name;
+    std::vector<std::string_view> marker;
+};
+inline const std::array<Bauordner, 11>& bauordner() {
+    static const std::array<Bauordner, 11> tabelle{{
+        {"node_modules", {"package.json"}},
+        {".next", {"package.json"}},
+        {".turbo", {"package.json"}},
+        {".parcel-cache", {"package.json"}},
+        {".build", {"Package.swift"}},
+        {"target", {"Cargo.toml", "pom.xml"}},
+        {".gradle", {"build.gradle", "build.gradle.kts", "settings.gradle", "settings.gradle.kts"}},
+        {"Pods", {"Podfile"}},
+        {".dart_tool", {"pubspec.yaml"}},
+        {".venv", {"pyproject.toml", "requirements.txt", "setup.py"}},
+        {"DerivedData", {}},
+    }};
+    return tabelle;
+}
+inline const Bauordner* bauordnerFuer(std::string_view name) {
+    for (const auto& b : bauordner())
+        if (b.name == name) return &b;
+    return nullptr;
+}
+
+template <typename Tabelle>
+constexpr bool enthaelt(const Tabelle& tabelle, std::string_view wert) {
+    for (const auto& e : tabelle)
+        if (e == wert) return true;
+    return false;
+}
+
+}  // namespace hainbrem::Namen
