@@ -24,6 +24,18 @@ fs::path heimOrdner();
 // The per-user temporary folder (macOS: the Darwin user temp dir; Linux: TMPDIR, else /tmp).
 fs::path benutzerTemp();
 
+// Where things live for a given home folder. Linux: the Trash is the freedesktop.org home
+// trash ($XDG_DATA_HOME/Trash/files, XDG_DATA_HOME honoured only inside `home`, so a test home
+// never reaches the real one); the history in $XDG_DATA_HOME/hainbrem. macOS: ~/.Trash and
+// ~/Library/Application Support/Hainbrem.
+struct Profil {
+    fs::path papierkorb;     // the folder whose entries are the Trash's items
+    fs::path verlaufOrdner;  // holds verlauf.json; a protected zone for the guard
+    fs::path downloads;
+    fs::path schreibtisch;
+};
+Profil profil(const fs::path& home);
+
 // Can every protected user folder be read? macOS: the TCC database probe; Linux: every
 // standard folder of the home folder that exists can be listed.
 bool vollzugriff(const fs::path& home);

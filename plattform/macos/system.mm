@@ -73,3 +73,16 @@ void cloudSchutzAktivieren() {
 bool istDatenlos(const struct stat& statt) { return (statt.st_flags & SF_DATALESS) != 0; }
 
 }  // namespace hainbrem::plattform
+
+namespace hainbrem::plattform {
+
+Profil profil(const fs::path& home) {
+    return Profil{
+        .papierkorb = home / ".Trash",
+        .verlaufOrdner = home / "Library/Application Support/Hainbrem",
+        .downloads = home / "Downloads",
+        .schreibtisch = home / "Desktop",
+    };
+}
+
+}  // namespace hainbrem::plattform
