@@ -1,0 +1,51 @@
+#pragma once
+// The rule model and its evaluation: every rule finds, then everything found is measured
+// in one bounded pool, held back while its owner runs, and sorted largest first.
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "kern/datensaetze.hpp"
+
+namespace hainbrem {
+
+struct Regel {
+    std::string id, titel, symbol;
+    Gruppe gruppe = Gruppe::programme;
+    Risiko risiko = Risiko::sicher;
+    std::string was, warumSicher, danach;
+    // Lists one or two folder levels, never measures, never throws.
+    std::function<std::vector<Fund>(const Umgebung&)> finde;
+};
+
+struct RegelErgebnis {
+    Regel regel;
+    std::vector<Fund> funde;          // measured, largest first
+    std::vector<Fund> uebersprungen;  // held back: their owner program runs
+
+    const std::string& id() const { return regel.id; }
+    // Sum over `funde` only; held-back findings do not count.
+    int64_t bytes() const;
+};
+
+namespace Katalog {
+
+// All 21 rules in catalog order; built once.
+const std::vector<Regel>& regeln();
+// The rule with this id, or null.
+const Regel* regel(std::string_view id);
+
+// Runs the rules one after another, then measures every finding (at most 6 at a time).
+// `fortschritt` receives the finished fraction 0..1 once per measured finding, from the
+// calling thread. `abbrechen`, when given, is polled between rules and measurements; once it
+// answers true no further work starts and what was found so far is evaluated.
+std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::vector<Regel>& regeln,
+                                  const std::function<void(double)>& fortschritt = {},
+                                  const std::function<bool()>& abbrechen = {});
+std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::function<void(double)>& fortschritt = {});
+
+// How many measurements may run at the same time.
+inline constexpr unsigned gleichzeitigeMessungen = 6;
+
+}  // namespace Katalog
+}  // namespace hainbrem
