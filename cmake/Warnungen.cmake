@@ -3,7 +3,7 @@ add_library(hainbrem_flags INTERFACE)
 target_compile_options(hainbrem_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
   -Wnon-virtual-dtor -Wold-style-cast -Wcast-align -Woverloaded-virtual
-  -Wnull-dereference -Wdouble-promotion -Wformat=2 -Wimplicit-fallthrough)
+  -Wdouble-promotion -Wformat=2 -Wimplicit-fallthrough)
 if(HAINBREM_WERROR)
   target_compile_options(hainbrem_flags INTERFACE -Werror)
 endif()
