@@ -24,7 +24,11 @@ std::string kurzerPfad(const std::filesystem::path& pfad, const std::filesystem:
     std::string h = home.native();
     while (h.size() > 1 && h.back() == '/') h.pop_back();
     if (h.size() > 1 && p.starts_with(h) && (p.size() == h.size() || p[h.size()] == '/'))
-        return "~" + p.substr(h.size());
+    {
+        std::string kurz(1, '~');
+        kurz.append(p, h.size(), std::string::npos);
+        return kurz;
+    }
     return p;
 }
 
