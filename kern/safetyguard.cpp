@@ -1,24 +1,367 @@
 #include "kern/safetyguard.hpp"
 
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <memory>
+
+#include "kern/eigenschaftsliste.hpp"
+#include "kern/namen.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem {
 
-SafetyGuard::SafetyGuard(const std::filesystem::path& home, const std::filesystem::path& temp,
-                         std::filesystem::path programme, std::string eigeneKennung)
-    : home_(home.native()), temp_(temp.native()), programme_(programme.native()),
-      eigeneKennung_(std::move(eigeneKennung)) {}
+namespace {
 
-std::filesystem::path SafetyGuard::benutzerTemp() { return plattform::benutzerTemp(); }
+namespace fs = std::filesystem;
 
-Urteil SafetyGuard::pruefe(const std::filesystem::path&, Entsorgung) const {
-    return Urteil::abgelehnt("Noch nicht geprüft");
+constexpr std::string_view chromeVersionen =
+    "/Google Chrome.app/Contents/Frameworks/Google Chrome Framework.framework/Versions";
+constexpr std::string_view chromeKopien = "X/com.google.Chrome.code_sign_clone";
+constexpr std::string_view mailAnhaenge = "library/containers/com.apple.mail/data/library/mail downloads";
+
+// Every table name is ASCII, so ASCII lower-casing is all the comparisons need.
+std::string klein(std::string_view s) {
+    std::string r(s);
+    for (char& c : r)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return r;
 }
 
-bool SafetyGuard::istVersionsOrdner(std::string_view) { return false; }
-std::optional<std::string> SafetyGuard::neuesteAppVersion(const std::filesystem::path&) { return std::nullopt; }
-std::optional<std::string> SafetyGuard::nameAufPlatte(std::string_view, const std::filesystem::path&) {
-    return std::nullopt;
+bool gleichOhneFall(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i) {
+        char x = a[i], y = b[i];
+        if (x >= 'A' && x <= 'Z') x = static_cast<char>(x - 'A' + 'a');
+        if (y >= 'A' && y <= 'Z') y = static_cast<char>(y - 'A' + 'a');
+        if (x != y) return false;
+    }
+    return true;
+}
+
+// `pfad` lies strictly below `ordner` (not the folder itself).
+bool liegtUnter(std::string_view pfad, std::string_view ordner) {
+    return pfad.size() > ordner.size() + 1 && pfad.starts_with(ordner) && pfad[ordner.size()] == '/';
+}
+
+bool gleichOderUnter(std::string_view rel, std::string_view wurzel) {
+    return rel == wurzel || liegtUnter(rel, wurzel);
+}
+
+std::optional<std::string> echterPfad(const std::string& pfad) {
+    std::unique_ptr<char, decltype(&std::free)> echt(::realpath(pfad.c_str(), nullptr), &std::free);
+    if (!echt) return std::nullopt;
+    return std::string(echt.get());
+}
+
+std::string aufgeloestOderGegeben(const fs::path& p) {
+    if (auto echt = echterPfad(p.native())) return *echt;
+    std::string s = p.native();
+    while (s.size() > 1 && s.back() == '/') s.pop_back();
+    return s;
+}
+
+// Calls `f(name)` for every entry but "." and ".."; `f` returns false to stop. False when the
+// folder cannot be listed.
+template <typename F>
+bool listeOrdner(const fs::path& ordner, F&& f) {
+    DIR* d = ::opendir(ordner.c_str());
+    if (!d) return false;
+    while (const dirent* e = ::readdir(d)) {
+        const std::string_view n = e->d_name;
+        if (n == "." || n == "..") continue;
+        if (!f(n)) break;
+    }
+    ::closedir(d);
+    return true;
+}
+
+std::vector<std::string> teileVon(std::string_view rel) {
+    std::vector<std::string> teile;
+    size_t anfang = 0;
+    while (anfang <= rel.size()) {
+        const size_t ende = std::min(rel.find('/', anfang), rel.size());
+        if (ende > anfang) teile.emplace_back(rel.substr(anfang, ende - anfang));
+        anfang = ende + 1;
+    }
+    return teile;
+}
+
+// Digits compared as numbers, without limits on their length: "1.10.0" after "1.9.3".
+int vergleicheVersion(std::string_view a, std::string_view b) {
+    auto zahlen = [](std::string_view v) {
+        std::vector<std::string_view> z;
+        size_t anfang = 0;
+        while (anfang <= v.size()) {
+            const size_t ende = std::min(v.find('.', anfang), v.size());
+            std::string_view t = v.substr(anfang, ende - anfang);
+            while (t.size() > 1 && t.front() == '0') t.remove_prefix(1);
+            z.push_back(t);
+            anfang = ende + 1;
+        }
+        return z;
+    };
+    const auto x = zahlen(a), y = zahlen(b);
+    for (size_t i = 0; i < std::min(x.size(), y.size()); ++i) {
+        if (x[i].size() != y[i].size()) return x[i].size() < y[i].size() ? -1 : 1;
+        if (const int c = x[i].compare(y[i]); c != 0) return c < 0 ? -1 : 1;
+    }
+    if (x.size() != y.size()) return x.size() < y.size() ? -1 : 1;
+    return 0;
+}
+
+// The part of `p` below home, from the home as given or as resolved; empty when outside.
+std::string relativZuHome(const fs::path& p, const fs::path& gegeben, const std::string& echt) {
+    std::string s = p.lexically_normal().native();
+    while (s.size() > 1 && s.back() == '/') s.pop_back();
+    std::string g = gegeben.lexically_normal().native();
+    while (g.size() > 1 && g.back() == '/') g.pop_back();
+    for (const std::string& basis : {g, echt})
+        if (liegtUnter(s, basis)) return klein(s.substr(basis.size() + 1));
+    return {};
+}
+
+}  // namespace
+
+SafetyGuard::SafetyGuard(const fs::path& home, const fs::path& temp, fs::path programme, std::string eigeneKennung)
+    : home_(aufgeloestOderGegeben(home)),
+      temp_(aufgeloestOderGegeben(temp)),
+      programme_(aufgeloestOderGegeben(programme)),
+      eigeneKennung_(std::move(eigeneKennung)) {
+    const plattform::Profil profil = plattform::profil(home);
+    papierkorbRel_ = relativZuHome(profil.papierkorb, home, home_);
+    verlaufRel_ = relativZuHome(profil.verlaufOrdner, home, home_);
+    if (!papierkorbRel_.empty()) {
+        // freedesktop.org keeps a record per item in "info" beside "files"; both go together
+        const fs::path p(papierkorbRel_);
+        if (p.filename() == "files") papierkorbInfoRel_ = (p.parent_path() / "info").native();
+        for (fs::path weg = p; !weg.empty(); weg = weg.parent_path()) zusatzStandardordner_.push_back(weg.native());
+        if (!papierkorbInfoRel_.empty()) zusatzStandardordner_.push_back(papierkorbInfoRel_);
+    }
+    // Localized Downloads and Desktop folders are standard folders as well.
+    for (const fs::path& p : {profil.downloads, profil.schreibtisch})
+        if (const std::string rel = relativZuHome(p, home, home_); !rel.empty() && rel.find('/') == std::string::npos)
+            zusatzStandardordner_.push_back(rel);
+}
+
+fs::path SafetyGuard::benutzerTemp() { return plattform::benutzerTemp(); }
+
+Urteil SafetyGuard::pruefe(const fs::path& url, Entsorgung art) const {
+    const std::string& roh = url.native();
+    if (roh.empty() || roh.find('\0') != std::string::npos) return Urteil::abgelehnt("Kein gültiger Pfad");
+    if (roh.front() != '/') return Urteil::abgelehnt("Kein gültiger Pfad");
+
+    const size_t schnitt = roh.rfind('/');
+    std::string name = roh.substr(schnitt + 1);
+    // A trailing "/" leaves no name: such a path would reach through a link to its target.
+    if (name.empty() || name == "." || name == ".." || name == "/") return Urteil::abgelehnt("Kein gültiger Name");
+
+    // Only the parent chain is resolved: a symbolic link is judged as the link, never its target.
+    const std::optional<std::string> eltern = echterPfad(schnitt == 0 ? std::string("/") : roh.substr(0, schnitt));
+    if (!eltern) return Urteil::abgelehnt("Ordner existiert nicht");
+    if (auto aufPlatte = nameAufPlatte(name, *eltern)) name = std::move(*aufPlatte);
+    const std::string pfad = *eltern == "/" ? "/" + name : *eltern + "/" + name;
+
+    if (pfad == home_) return pruefeImHome(pfad, "", art);
+    if (liegtUnter(pfad, home_)) return pruefeImHome(pfad, pfad.substr(home_.size() + 1), art);
+
+    if (liegtUnter(pfad, temp_)) return pruefeTemp(pfad, art);
+
+    const std::string kopien = (fs::path(temp_).parent_path() / chromeKopien).native();
+    if (liegtUnter(pfad, kopien))
+        return art == Entsorgung::loeschen ? Urteil::erlaubt() : Urteil::abgelehnt("Wird gelöscht, nicht verschoben");
+
+    if (!liegtUnter(pfad, programme_)) return Urteil::abgelehnt("Liegt außerhalb deines Benutzerordners");
+    return pruefeProgramm(pfad, art);
+}
+
+Urteil SafetyGuard::pruefeTemp(const std::string& pfad, Entsorgung art) const {
+    if (art != Entsorgung::loeschen) return Urteil::abgelehnt("Temporäre Dateien werden gelöscht, nicht verschoben");
+    // Only what is ours: the entry directly in the temp folder and the item itself.
+    const std::string rest = pfad.substr(temp_.size() + 1);
+    const std::string eintrag = temp_ + "/" + rest.substr(0, rest.find('/'));
+    const uid_t ich = ::geteuid();
+    for (const std::string& p : {eintrag, pfad}) {
+        struct stat st {};
+        if (::lstat(p.c_str(), &st) == 0 && st.st_uid != ich) return Urteil::abgelehnt(std::string(fremderEintrag));
+    }
+    return Urteil::erlaubt();
+}
+
+Urteil SafetyGuard::pruefeImHome(const std::string& pfad, const std::string& rel, Entsorgung art) const {
+    if (rel.empty()) return Urteil::abgelehnt("Das ist dein Benutzerordner");
+    const std::vector<std::string> teile = teileVon(rel);
+    const std::string relKlein = klein(rel);
+
+    if (teile.size() == 1)
+        for (std::string_view g : Namen::geschuetzteHomeOrdner)
+            if (gleichOhneFall(teile[0], g)) return Urteil::abgelehnt("Standardordner bleiben immer");
+    for (const std::string& z : zusatzStandardordner_)
+        if (relKlein == z) return Urteil::abgelehnt("Standardordner bleiben immer");
+    // ~/.local/<x> is to Linux what ~/Library/<x> is to macOS.
+    if (!plattform::istMacOS && teile.size() == 2 && klein(teile[0]) == ".local")
+        return Urteil::abgelehnt("Standardordner bleiben immer");
+
+    if (teile.size() == 2 && klein(teile[0]) == "library")
+        return Urteil::abgelehnt("Grundordner der Library bleiben immer");
+
+    // Mail attachments may go, the folder holding them stays.
+    if (!liegtUnter(relKlein, mailAnhaenge) &&
+        (relKlein.starts_with("library/group containers/group.com.apple.") ||
+         relKlein.starts_with("library/containers/com.apple.")))
+        return Urteil::abgelehnt("Daten eines Apple-Programms");
+
+    for (std::string_view zone : Namen::sperrzonen)
+        if (gleichOderUnter(relKlein, klein(zone)))
+            return Urteil::abgelehnt(zone.starts_with("Library/Mobile Documents")
+                                         ? "iCloud-Dateien werden nur ausgelagert, nie gelöscht"
+                                         : "Geschützter Bereich");
+    if (!verlaufRel_.empty() && gleichOderUnter(relKlein, verlaufRel_))
+        return Urteil::abgelehnt("Geschützter Bereich");
+
+    for (const std::string& t : teile)
+        if (klein(t) == ".git") return Urteil::abgelehnt("Liegt in einem Git-Archiv");
+    for (const std::string& t : teile)
+        if (klein(t).ends_with(".photoslibrary")) return Urteil::abgelehnt("Fotos-Mediathek – bitte in Fotos verwalten");
+
+    // Programs in the user's own Applications folder are judged like those of the system.
+    if (teile.front() == "Applications" && teile.back().ends_with(".app")) return pruefeProgramm(pfad, art);
+
+    if (art == Entsorgung::papierkorb) return Urteil::erlaubt();
+    return darfLoeschen(pfad, rel, teile);
+}
+
+Urteil SafetyGuard::darfLoeschen(const std::string& pfad, const std::string& rel,
+                                 const std::vector<std::string>& teile) const {
+    const auto wurzelUrteil = [&](std::string_view w, bool nurInhalt) -> std::optional<Urteil> {
+        if (!gleichOderUnter(rel, w)) return std::nullopt;
+        if (rel == w && nurInhalt) return Urteil::abgelehnt("Nur der Inhalt, nicht der Ordner selbst");
+        if (w == "Library/Caches") {
+            const std::string& b = teile[2];
+            if (b.starts_with("com.apple.") && !Namen::enthaelt(Namen::appleCachesErlaubt, b))
+                return Urteil::abgelehnt("Apple-Systemcache – wird nicht angefasst");
+            if (Namen::enthaelt(Namen::keinCache, klein(b)))
+                return Urteil::abgelehnt("Enthält echte Daten, kein reiner Cache");
+        }
+        if (w == ".cache" && teile.size() >= 2 && Namen::enthaelt(Namen::keinCache, klein(teile[1])))
+            return Urteil::abgelehnt("Enthält echte Daten, kein reiner Cache");
+        return Urteil::erlaubt();
+    };
+    for (std::string_view w : Namen::loeschWurzeln)
+        if (auto u = wurzelUrteil(w, Namen::enthaelt(Namen::nurInhalt, w))) return *u;
+    // The Linux Trash (and its records) is treated like ~/.Trash. Its spelling is fixed, so
+    // compare the lower-cased path.
+    const std::string relKlein = klein(rel);
+    for (const std::string* w : {&papierkorbRel_, &papierkorbInfoRel_})
+        if (!w->empty() && gleichOderUnter(relKlein, *w))
+            return relKlein == *w ? Urteil::abgelehnt("Nur der Inhalt, nicht der Ordner selbst") : Urteil::erlaubt();
+
+    const size_t n = teile.size();
+    if (n >= 4 && teile[0] == "Library" && teile[1] == "Application Support")
+        for (size_t i = 3; i < n; ++i)
+            if (Namen::enthaelt(Namen::cacheNamen, teile[i])) return Urteil::erlaubt();
+    if (n >= 7 && teile[0] == "Library" && teile[1] == "Containers" && teile[3] == "Data" && teile[4] == "Library" &&
+        teile[5] == "Caches" && !teile[2].starts_with("com.apple."))
+        return Urteil::erlaubt();
+    if (n == 0) return Urteil::abgelehnt("Kein Cache – darf nur in den Papierkorb");
+
+    const std::string eltern = pfad.substr(0, pfad.rfind('/'));
+    // Electron apps keep every installed version beside the newest one.
+    if (n == 4 && teile[1] == "Application Support" && istVersionsOrdner(teile[3])) {
+        const auto neueste = neuesteAppVersion(eltern);
+        if (neueste && *neueste != teile[3]) return Urteil::erlaubt();
+    }
+    if (teile[0] == "Library") return Urteil::abgelehnt("Kein Cache – darf nur in den Papierkorb");
+
+    const Namen::Bauordner* bau = Namen::bauordnerFuer(teile.back());
+    if (!bau) return Urteil::abgelehnt("Kein Cache – darf nur in den Papierkorb");
+    if (teile.back() == "DerivedData") {
+        bool projekt = false;
+        listeOrdner(eltern, [&](std::string_view e) {
+            projekt = e.ends_with(".xcodeproj") || e.ends_with(".xcworkspace");
+            return !projekt;
+        });
+        return projekt ? Urteil::erlaubt() : Urteil::abgelehnt("Kein Projekt daneben – könnte eigene Daten sein");
+    }
+    for (std::string_view marker : bau->marker) {
+        struct stat st {};
+        if (::stat((eltern + "/").append(marker).c_str(), &st) == 0) return Urteil::erlaubt();
+    }
+    return Urteil::abgelehnt("Kein Projekt daneben – könnte eigene Daten sein");
+}
+
+Urteil SafetyGuard::pruefeProgramm(const std::string& pfad, Entsorgung art) const {
+    const std::string versionen = programme_ + std::string(chromeVersionen);
+    if (liegtUnter(pfad, versionen)) {
+        const std::string r = pfad.substr(versionen.size() + 1);
+        if (r.find('/') == std::string::npos) {
+            if (art == Entsorgung::papierkorb) return Urteil::abgelehnt("Wird gelöscht, nicht verschoben");
+            std::string ziel(4096, '\0');
+            const ssize_t laenge = ::readlink((versionen + "/Current").c_str(), ziel.data(), ziel.size());
+            ziel.resize(laenge > 0 ? static_cast<size_t>(laenge) : 0);
+            if (r == "Current" || r == ziel || ziel.empty()) return Urteil::abgelehnt("Das ist die laufende Chrome-Version");
+            return Urteil::erlaubt();
+        }
+    }
+    if (!pfad.ends_with(".app")) return Urteil::abgelehnt("Nur ganze Programme");
+    if (art != Entsorgung::papierkorb) return Urteil::abgelehnt("Programme gehen in den Papierkorb");
+    const std::string eltern = pfad.substr(0, pfad.rfind('/'));
+    // Any bundle on the way makes it part of another program (Contents/Helpers/…).
+    if (eltern.find(".app/") != std::string::npos || eltern.ends_with(".app"))
+        return Urteil::abgelehnt("Liegt in einem anderen Programm");
+
+    std::string kennung;
+    if (auto liste = Eigenschaftsliste::ausDatei(pfad + "/Contents/Info.plist"))
+        kennung = liste->wurzel().feld("CFBundleIdentifier").text().value_or("");
+    if (kennung.starts_with("com.apple.")) return Urteil::abgelehnt("Apple-Programm – gehört zu macOS");
+    if (!eigeneKennung_.empty() && !kennung.empty() && kennung == eigeneKennung_)
+        return Urteil::abgelehnt("Das bin ich selbst");
+    return Urteil::erlaubt();
+}
+
+bool SafetyGuard::istVersionsOrdner(std::string_view name) {
+    if (!name.starts_with("app-")) return false;
+    name.remove_prefix(4);
+    size_t gruppen = 0;
+    while (true) {
+        size_t ziffern = 0;
+        while (ziffern < name.size() && name[ziffern] >= '0' && name[ziffern] <= '9') ++ziffern;
+        if (ziffern == 0) return false;
+        ++gruppen;
+        name.remove_prefix(ziffern);
+        if (name.empty()) return gruppen >= 2;
+        if (name.front() != '.') return false;
+        name.remove_prefix(1);
+    }
+}
+
+std::optional<std::string> SafetyGuard::neuesteAppVersion(const fs::path& ordner) {
+    std::optional<std::string> neueste;
+    listeOrdner(ordner, [&](std::string_view e) {
+        if (!istVersionsOrdner(e)) return true;
+        // equal versions in other spellings ("1.02", "1.2"): the smaller name wins, whatever the listing order
+        const int c = neueste ? vergleicheVersion(e.substr(4), std::string_view(*neueste).substr(4)) : 1;
+        if (c > 0 || (c == 0 && e < *neueste)) neueste = std::string(e);
+        return true;
+    });
+    return neueste;
+}
+
+std::optional<std::string> SafetyGuard::nameAufPlatte(std::string_view name, const fs::path& ordner) {
+    std::optional<std::string> ohneFall;
+    bool genau = false;
+    listeOrdner(ordner, [&](std::string_view e) {
+        if (e == name) {
+            genau = true;
+            return false;
+        }
+        if (!ohneFall && gleichOhneFall(e, name)) ohneFall = std::string(e);
+        return true;
+    });
+    if (genau) return std::string(name);
+    return ohneFall;
 }
 
 }  // namespace hainbrem

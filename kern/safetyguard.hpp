@@ -1,9 +1,11 @@
 #pragma once
-// The last word before anything is removed: every deletion passes `pruefe` first.
+// The last word before anything is removed: every deletion passes `pruefe` first, immediately
+// before it happens. Deny unless a rule allows; the guard reads the disk but never changes it.
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "kern/datensaetze.hpp"
 
@@ -19,25 +21,46 @@ public:
                 std::string eigeneKennung = std::string(standardKennung));
 
     static constexpr std::string_view standardKennung = "de.hainbrem.Hainbrem";
+    // The shared temp folder of a Linux system holds other users' entries too.
+    static constexpr std::string_view fremderEintrag =
+        "Gehört einem anderen Benutzer – wird nicht angefasst";
 
     static std::filesystem::path benutzerTemp();  // = plattform::benutzerTemp()
+
+    // The single entry point: may this location be removed in this way?
     Urteil pruefe(const std::filesystem::path& url, Entsorgung art) const;
 
-    // "1.2.3", "12.0": digits and dots, starting with a digit.
+    // True when the whole name reads app-<digits>(.<digits>)+, e.g. app-1.2.3 (not app-1).
     static bool istVersionsOrdner(std::string_view name);
-    // The newest "app-x.y.z" inside `ordner` (by numeric comparison), as its folder name.
+    // Of the version folders in `ordner`, the newest (numeric comparison); none when the
+    // listing fails or none is there.
     static std::optional<std::string> neuesteAppVersion(const std::filesystem::path& ordner);
-    // The spelling of `name` as stored in `ordner` (case-insensitive match); absent when missing.
+    // The spelling under which `name` exists in `ordner`: an exact entry first, else the first
+    // entry equal to it ignoring case; none when the listing fails or nothing matches.
     static std::optional<std::string> nameAufPlatte(std::string_view name, const std::filesystem::path& ordner);
 
     const std::string& home() const { return home_; }
     const std::string& temp() const { return temp_; }
+    const std::string& programme() const { return programme_; }
 
 private:
+    Urteil pruefeImHome(const std::string& pfad, const std::string& rel, Entsorgung art) const;
+    Urteil darfLoeschen(const std::string& pfad, const std::string& rel, const std::vector<std::string>& teile) const;
+    Urteil pruefeProgramm(const std::string& pfad, Entsorgung art) const;
+    Urteil pruefeTemp(const std::string& pfad, Entsorgung art) const;
+
     std::string home_;
     std::string temp_;
     std::string programme_;
     std::string eigeneKennung_;
+
+    // The platform's own places below home, relative and lower-cased (empty when not below home):
+    // the Trash (contents may go, the folder never), the Trash's record folder beside it on
+    // Linux, the history folder (a protected zone), and the folders on the way to the Trash.
+    std::string papierkorbRel_;
+    std::string papierkorbInfoRel_;
+    std::string verlaufRel_;
+    std::vector<std::string> zusatzStandardordner_;
 };
 
 }  // namespace hainbrem
