@@ -7,13 +7,17 @@
 
 namespace hainbrem {
 
-// One snapshot of the running programs; programmLaeuft matches an owner text against it.
+// One running program as the system names it.
 struct LaufendesProgramm {
-    std::string kennung;        // bundle id (empty where the system has none)
-    std::string name;           // localized name
-    std::string programmdatei;  // executable path
+    std::string kennung;        // bundle identifier (empty where the system has none, as on Linux)
+    std::string name;           // localized name (Linux: the process name)
+    std::string programmdatei;  // path of the executable
 };
 
+// An owner runs when a program matches it ignoring case: exactly by bundle id, name or executable
+// file name; an owner with a "." (a bundle id) also by a helper's id beginning with it + ".";
+// an owner of 4 or more characters also by a name beginning with it, a name of 4 or more
+// characters it begins with, or a bundle id containing it. An empty owner never runs.
 bool programmLaeuft(std::string_view besitzer, const std::vector<LaufendesProgramm>& laufend);
 bool programmLaeuft(std::string_view besitzer);  // reads the current list
 std::vector<LaufendesProgramm> laufendeProgramme();

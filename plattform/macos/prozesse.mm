@@ -1,0 +1,22 @@
+// macOS: the workspace's running applications (not built or run on Linux).
+#import <AppKit/AppKit.h>
+
+#include "plattform/prozesse.hpp"
+
+namespace hainbrem::plattform {
+
+std::vector<LaufendesProgrammRoh> laufendeProgramme() {
+    std::vector<LaufendesProgrammRoh> liste;
+    @autoreleasepool {
+        for (NSRunningApplication* app in NSWorkspace.sharedWorkspace.runningApplications) {
+            LaufendesProgrammRoh p;
+            if (NSString* s = app.bundleIdentifier) p.kennung = s.UTF8String;
+            if (NSString* s = app.localizedName) p.name = s.UTF8String;
+            if (NSString* s = app.executableURL.path) p.programmdatei = s.UTF8String;
+            liste.push_back(std::move(p));
+        }
+    }
+    return liste;
+}
+
+}  // namespace hainbrem::plattform
