@@ -1,0 +1,370 @@
+#include "kern/programme.hpp"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cctype>
+#include <map>
+#include <system_error>
+#include <thread>
+
+#include "kern/befehl.hpp"
+#include "kern/eigenschaftsliste.hpp"
+#include "kern/groesse.hpp"
+#include "kern/namen.hpp"
+#include "kern/rechnen.hpp"
+#include "plattform/programme.hpp"
+
+namespace hainbrem {
+
+int64_t Programm::resteBytes() const {
+    int64_t summe = 0;
+    for (const auto& f : reste) summe = addiere(summe, f.bytes);
+    return summe;
+}
+
+int64_t Verwaist::bytes() const {
+    int64_t summe = 0;
+    for (const auto& f : funde) summe = addiere(summe, f.bytes);
+    return summe;
+}
+
+std::optional<Zeitpunkt> Verwaist::zuletzt() const {
+    std::optional<Zeitpunkt> z;
+    for (const auto& f : funde)
+        if (f.datum && (!z || *f.datum > *z)) z = f.datum;
+    return z;
+}
+
+std::string Verwaist::vermuteterName() const { return Programme::vermuteterName(bundleID); }
+
+namespace Programme {
+
+namespace {
+
+std::string klein(std::string_view s) {
+    std::string aus(s);
+    for (auto& c : aus) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return aus;
+}
+
+bool gehoertZu(std::string_view kennung, std::string_view id) {
+    return !id.empty() && (kennung == id || (kennung.size() > id.size() && kennung.starts_with(id) &&
+                                              kennung[id.size()] == '.'));
+}
+
+std::optional<Zeitpunkt> datum(const fs::path& p) {
+    struct stat st;
+    if (::lstat(p.c_str(), &st) != 0) return std::nullopt;
+    return Zeitpunkt(std::chrono::duration_cast<Zeitpunkt::duration>(std::chrono::seconds(st.st_mtim.tv_sec) +
+                                                                     std::chrono::nanoseconds(st.st_mtim.tv_nsec)));
+}
+
+// Entry names of a folder, sorted; nothing when it cannot be listed.
+std::vector<std::string> eintraege(const fs::path& ordner) {
+    std::vector<std::string> namen;
+    std::error_code e;
+    for (fs::directory_iterator it(ordner, e), ende; !e && it != ende; it.increment(e))
+        namen.push_back(it->path().filename().native());
+    std::sort(namen.begin(), namen.end());
+    return namen;
+}
+
+// A group container named after the program: "group.<id>…" or "<team id>.<id>…".
+bool istGruppenContainer(std::string_view name, std::string_view id) {
+    if (name.starts_with("group.")) return gehoertZu(name.substr(6), id);
+    if (name.size() > 11 && name[10] == '.' &&
+        std::all_of(name.begin(), name.begin() + 10, [](char c) { return std::isalnum(static_cast<unsigned char>(c)); }))
+        return gehoertZu(name.substr(11), id);
+    return false;
+}
+
+bool istMaschinenTeil(std::string_view teil) {
+    if (teil.size() < 12) return false;
+    return std::all_of(teil.begin(), teil.end(),
+                       [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) || c == '-'; });
+}
+
+template <typename Arbeit>
+void parallel(size_t anzahl, Arbeit&& arbeit) {
+    std::atomic<size_t> naechster{0};
+    auto schleife = [&] {
+        for (size_t i = naechster++; i < anzahl; i = naechster++) arbeit(i);
+    };
+    const unsigned faeden =
+        static_cast<unsigned>(std::min<size_t>(anzahl, std::clamp(std::thread::hardware_concurrency(), 2u, 6u)));
+    std::vector<std::jthread> helfer;
+    for (unsigned f = 1; f < faeden; ++f) helfer.emplace_back(schleife);
+    schleife();
+}
+
+Fund rest(const fs::path& pfad, const std::string& besitzer, bool vorgewaehlt) {
+    Fund f;
+    f.url = pfad;
+    f.art = Entsorgung::papierkorb;
+    f.besitzer = besitzer;
+    f.datum = datum(pfad);
+    f.vorgewaehlt = vorgewaehlt;
+    return f;
+}
+
+void miss(std::vector<Fund>& funde) {
+    parallel(funde.size(), [&](size_t i) { funde[i].bytes = Groesse::belegt(funde[i].url, 1); });
+}
+
+}  // namespace
+
+std::string vendor(std::string_view id) {
+    const std::string k = klein(id);
+    const size_t erster = k.find('.');
+    if (erster == std::string::npos) return k;
+    const size_t zweiter = k.find('.', erster + 1);
+    return zweiter == std::string::npos ? k : k.substr(0, zweiter);
+}
+
+std::string kennungAus(std::string_view eintrag, std::string_view ordner) {
+    std::string k(eintrag);
+    if (k.ends_with(".plist")) k.resize(k.size() - 6);
+    if (ordner == "Saved Application State" && k.ends_with(".savedState")) k.resize(k.size() - 11);
+    if (ordner == "Preferences/ByHost") {
+        const size_t punkt = k.rfind('.');
+        if (punkt != std::string::npos && istMaschinenTeil(std::string_view(k).substr(punkt + 1))) k.resize(punkt);
+    }
+    return k;
+}
+
+std::string vermuteterName(std::string_view bundleID) {
+    static constexpr std::array<std::string_view, 14> allgemein{
+        "app", "mac", "macos", "osx", "desktop", "client", "helper", "agent", "launcher", "daemon",
+        "plist", "savedstate", "main", "application"};
+    std::vector<std::string> teile;
+    for (size_t start = 0; start <= bundleID.size();) {
+        size_t ende = bundleID.find('.', start);
+        if (ende == std::string_view::npos) ende = bundleID.size();
+        if (ende > start) teile.emplace_back(bundleID.substr(start, ende - start));
+        start = ende + 1;
+    }
+    if (teile.empty()) return std::string(bundleID);
+    size_t wahl = teile.size();
+    for (size_t i = teile.size(); i-- > 1;) {
+        if (!Namen::enthaelt(allgemein, klein(teile[i]))) {
+            wahl = i;
+            break;
+        }
+    }
+    const std::string& roh = wahl < teile.size() ? teile[wahl] : teile[std::min<size_t>(1, teile.size() - 1)];
+    std::string name;
+    bool wortAnfang = true;
+    const bool ganzKlein = klein(roh) == roh;
+    for (char c : roh) {
+        if (c == '-' || c == '_') {
+            name += ' ';
+            wortAnfang = true;
+            continue;
+        }
+        name += (wortAnfang && ganzKlein) ? static_cast<char>(std::toupper(static_cast<unsigned char>(c))) : c;
+        wortAnfang = false;
+    }
+    return name;
+}
+
+std::optional<Zeitpunkt> zuletztBenutzt(const fs::path& programm) { return plattform::zuletztBenutzt(programm); }
+
+std::vector<fs::path> standardOrdner(const Umgebung& umgebung) {
+    return {"/Applications", umgebung.home / "Applications"};
+}
+
+std::optional<Programm> lies(const fs::path& bundle) {
+    const auto info = Eigenschaftsliste::ausDatei(bundle / "Contents/Info.plist");
+    if (!info) return std::nullopt;
+    const auto id = info->wurzel().feld("CFBundleIdentifier").text();
+    if (!id || id->empty()) return std::nullopt;
+    Programm p;
+    p.url = bundle;
+    p.name = bundle.stem().native();
+    p.bundleID = *id;
+    p.version = info->wurzel().feld("CFBundleShortVersionString").text().value_or("");
+    std::error_code e;
+    p.ausAppStore = fs::exists(bundle / "Contents/_MASReceipt/receipt", e);
+    return p;
+}
+
+std::vector<Fund> reste(const std::string& von, const std::string& name, const std::set<std::string>& andereIDs,
+                        const std::set<std::string>& andereNamen, const Umgebung& umgebung) {
+    const std::string id = klein(von);
+    const std::string nameKlein = klein(name);
+    std::vector<std::string> andere;
+    for (const auto& a : andereIDs) andere.push_back(klein(a));
+    bool nameFrei = !nameKlein.empty();
+    for (const auto& n : andereNamen)
+        if (klein(n) == nameKlein) nameFrei = false;
+
+    std::vector<Fund> funde;
+    for (std::string_view ordnerName : libraryOrdner) {
+        const fs::path ordner = umgebung.home / "Library" / ordnerName;
+        const bool perNamen = Namen::enthaelt(namensOrdner, ordnerName);
+        const bool persoenlich = Namen::enthaelt(persoenlicheOrdner, ordnerName);
+        for (const auto& eintrag : eintraege(ordner)) {
+            const std::string n = klein(eintrag);
+            bool treffer = gehoertZu(n, id) || (ordnerName == "Group Containers" && istGruppenContainer(n, id));
+            // com.example.editor.lite is the other program's, not a part of com.example.editor
+            if (treffer)
+                for (const auto& a : andere)
+                    if (a.size() > id.size() && gehoertZu(a, id) &&
+                        (gehoertZu(n, a) || (ordnerName == "Group Containers" && istGruppenContainer(n, a))))
+                        treffer = false;
+            if (!treffer && perNamen && nameFrei && n == nameKlein) treffer = true;
+            if (treffer) funde.push_back(rest(ordner / eintrag, von, !persoenlich));
+        }
+    }
+    miss(funde);
+    return funde;
+}
+
+std::vector<Programm> alle(const Umgebung& umgebung, const std::vector<fs::path>& ordner) {
+    std::vector<Programm> programme;
+    for (const auto& o : ordner) {
+        for (const auto& eintrag : eintraege(o)) {
+            if (!eintrag.ends_with(".app")) continue;
+            const fs::path bundle = o / eintrag;
+            struct stat st;
+            if (::lstat(bundle.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) continue;
+            auto p = lies(bundle);
+            if (!p || p->bundleID.starts_with("com.apple.")) continue;
+            programme.push_back(std::move(*p));
+        }
+    }
+    parallel(programme.size(), [&](size_t i) {
+        programme[i].bytes = Groesse::belegt(programme[i].url, 1);
+        programme[i].zuletztBenutzt = zuletztBenutzt(programme[i].url);
+    });
+    for (size_t i = 0; i < programme.size(); ++i) {
+        std::set<std::string> andereIDs, andereNamen;
+        for (size_t j = 0; j < programme.size(); ++j) {
+            if (j == i) continue;
+            // a second copy of the same program is no other program
+            if (klein(programme[j].bundleID) == klein(programme[i].bundleID)) continue;
+            andereIDs.insert(programme[j].bundleID);
+            andereNamen.insert(programme[j].name);
+        }
+        programme[i].reste = reste(programme[i].bundleID, programme[i].name, andereIDs, andereNamen, umgebung);
+    }
+    std::stable_sort(programme.begin(), programme.end(), [](const Programm& a, const Programm& b) {
+        const int64_t x = addiere(a.bytes, a.resteBytes()), y = addiere(b.bytes, b.resteBytes());
+        if (x != y) return x > y;
+        return a.name < b.name;
+    });
+    return programme;
+}
+
+std::vector<Programm> alle(const Umgebung& umgebung) { return alle(umgebung, standardOrdner(umgebung)); }
+
+std::set<std::string> dienstLabels(std::string_view ausgabe) {
+    std::set<std::string> labels;
+    size_t start = 0;
+    while (start < ausgabe.size()) {
+        size_t ende = ausgabe.find('\n', start);
+        if (ende == std::string_view::npos) ende = ausgabe.size();
+        std::string_view zeile = ausgabe.substr(start, ende - start);
+        start = ende + 1;
+        if (!zeile.empty() && zeile.back() == '\r') zeile.remove_suffix(1);
+        // PID, status, label; the columns are separated by tabs
+        std::string_view label;
+        const size_t t1 = zeile.find('\t');
+        const size_t t2 = t1 == std::string_view::npos ? t1 : zeile.find('\t', t1 + 1);
+        if (t2 != std::string_view::npos) {
+            label = zeile.substr(t2 + 1);
+        } else {
+            // some terminals turn tabs into blanks: take the third word
+            size_t pos = 0;
+            for (int feld = 0; feld < 2 && pos != std::string_view::npos; ++feld) {
+                pos = zeile.find_first_not_of(' ', pos);
+                if (pos != std::string_view::npos) pos = zeile.find(' ', pos);
+            }
+            if (pos != std::string_view::npos) {
+                pos = zeile.find_first_not_of(' ', pos);
+                if (pos != std::string_view::npos) label = zeile.substr(pos);
+            }
+        }
+        while (!label.empty() && (label.back() == ' ' || label.back() == '\t')) label.remove_suffix(1);
+        if (label.empty() || label == "Label") continue;
+        labels.emplace(label);
+    }
+    return labels;
+}
+
+std::set<std::string> geladeneDienste() {
+    if (!plattform::hatLaunchctl()) return {};
+    const auto aus = Befehl::ausfuehren("/bin/launchctl", {"list"});
+    return aus ? dienstLabels(*aus) : std::set<std::string>{};
+}
+
+bool dienstProgrammExistiert(const fs::path& agent) {
+    const auto liste = Eigenschaftsliste::ausDatei(agent);
+    if (!liste) return false;
+    auto programm = liste->wurzel().feld("Program").text();
+    if (!programm || programm->empty()) programm = liste->wurzel().feld("ProgramArguments").element(0).text();
+    if (!programm || programm->empty()) return false;
+    // a bare name is looked up on launchd's search path: assume it is there
+    if (!programm->starts_with("/")) return true;
+    struct stat st;
+    return ::stat(programm->c_str(), &st) == 0;
+}
+
+std::vector<Verwaist> verwaist(const std::vector<Programm>& installiert, const Umgebung& umgebung,
+                               const std::set<std::string>& dienste) {
+    std::set<std::string> hersteller, ids, labels;
+    for (const auto& p : installiert) {
+        hersteller.insert(vendor(p.bundleID));
+        ids.insert(klein(p.bundleID));
+    }
+    for (const auto& d : dienste) labels.insert(klein(d));
+
+    std::map<std::string, Verwaist> gruppen;
+    for (std::string_view ordnerName : libraryOrdner) {
+        const fs::path ordner = umgebung.home / "Library" / ordnerName;
+        for (const auto& eintrag : eintraege(ordner)) {
+            const std::string kennung = kennungAus(eintrag, ordnerName);
+            const std::string k = klein(kennung);
+            const size_t punkt = k.find('.');
+            if (punkt == std::string::npos || !Namen::enthaelt(tlds, std::string_view(k).substr(0, punkt))) continue;
+            if (k.starts_with("com.apple.") || k.find(' ') != std::string::npos) continue;
+            if (hersteller.contains(vendor(k))) continue;
+            if (std::any_of(ids.begin(), ids.end(), [&](const std::string& id) { return gehoertZu(k, id); }))
+                continue;
+            if (std::any_of(labels.begin(), labels.end(),
+                            [&](const std::string& l) { return gehoertZu(l, k) || gehoertZu(k, l); }))
+                continue;
+            const fs::path pfad = ordner / eintrag;
+            if (ordnerName == "LaunchAgents" && dienstProgrammExistiert(pfad)) continue;
+            auto [it, neu] = gruppen.try_emplace(k);
+            if (neu) it->second.bundleID = kennung;
+            it->second.funde.push_back(rest(pfad, kennung, false));
+        }
+    }
+    std::vector<Verwaist> aus;
+    for (auto& [_, g] : gruppen) aus.push_back(std::move(g));
+    std::vector<Fund*> alleFunde;
+    for (auto& g : aus)
+        for (auto& f : g.funde) alleFunde.push_back(&f);
+    parallel(alleFunde.size(), [&](size_t i) { alleFunde[i]->bytes = Groesse::belegt(alleFunde[i]->url, 1); });
+    for (auto& g : aus)
+        std::sort(g.funde.begin(), g.funde.end(), [](const Fund& a, const Fund& b) {
+            if (a.bytes != b.bytes) return a.bytes > b.bytes;
+            return a.url < b.url;
+        });
+    std::sort(aus.begin(), aus.end(), [](const Verwaist& a, const Verwaist& b) {
+        const int64_t x = a.bytes(), y = b.bytes();
+        if (x != y) return x > y;
+        return a.bundleID < b.bundleID;
+    });
+    return aus;
+}
+
+std::vector<Verwaist> verwaist(const std::vector<Programm>& installiert, const Umgebung& umgebung) {
+    return verwaist(installiert, umgebung, geladeneDienste());
+}
+
+}  // namespace Programme
+}  // namespace hainbrem
