@@ -1,0 +1,317 @@
+#include "kern/loeschen.hpp"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <condition_variable>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "kern/groesse.hpp"
+#include "plattform/plattform.hpp"
+
+namespace hainbrem {
+
+namespace fs = std::filesystem;
+
+std::string fehlerText(int nummer) {
+    switch (nummer) {
+        case EACCES:
+        case EPERM: return "Keine Berechtigung";
+        case ENOENT: return "Schon weg";
+        case ENOTEMPTY:
+        case EEXIST: return "Ordner nicht leer – während des Löschens kam etwas hinzu";
+        case EBUSY: return "Wird gerade benutzt";
+        case EROFS: return "Der Datenträger ist schreibgeschützt";
+        case EXDEV: return "Liegt auf einem anderen Datenträger";
+        case ENOSPC: return "Kein Platz mehr auf dem Datenträger";
+        case EIO: return "Lese- oder Schreibfehler des Datenträgers";
+        case ENAMETOOLONG: return "Name zu lang";
+        case ENOTDIR: return "Ein Teil des Pfads ist kein Ordner";
+        case ELOOP: return "Symbolischer Link an unerwarteter Stelle";
+        case EMFILE:
+        case ENFILE: return "Zu viele offene Dateien";
+        default: return std::string("Systemfehler: ") + std::strerror(nummer);
+    }
+}
+
+namespace {
+
+bool liegtIn(const std::string& pfad, std::string ordner) {
+    while (ordner.size() > 1 && ordner.back() == '/') ordner.pop_back();
+    if (ordner == "/") return true;
+    return pfad == ordner || (pfad.size() > ordner.size() && pfad.starts_with(ordner) && pfad[ordner.size()] == '/');
+}
+
+}  // namespace
+
+bool imEchtenHomeWaehrendTest(const fs::path& pfad) {
+    const char* test = std::getenv("HAINBREM_TEST");
+    if (!test || std::string_view(test) != "1") return false;
+    const passwd* pw = ::getpwuid(::getuid());
+    if (!pw || !pw->pw_dir || !*pw->pw_dir) return true;  // unknown: refuse rather than guess
+    const std::string echt = fs::path(pw->pw_dir).lexically_normal().native();
+    const fs::path absolut = pfad.is_absolute() ? pfad : fs::current_path() / pfad;
+    if (liegtIn(absolut.lexically_normal().native(), echt)) return true;
+    // also through links in the parent chain
+    std::error_code e;
+    const fs::path elternReal = fs::weakly_canonical(absolut.lexically_normal().parent_path(), e);
+    const fs::path echtReal = fs::weakly_canonical(pw->pw_dir, e);
+    return !elternReal.empty() && !echtReal.empty() &&
+           liegtIn((elternReal / absolut.filename()).native(), echtReal.native());
+}
+
+namespace {
+
+constexpr int ordnerFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY;
+
+struct Knoten {
+    int fd = -1;
+    std::shared_ptr<Knoten> eltern;  // null for the pseudo node holding the item's parent
+    std::string name;
+    std::atomic<long> offen{1};  // own listing + every subfolder not yet finished
+    std::atomic<bool> rechteRepariert{false};
+};
+
+struct Aufgabe {
+    std::shared_ptr<Knoten> eltern;
+    std::string name;
+};
+
+// Adds u+rwx to the folder `name` in `eltern` if we own it. Opened O_PATH|O_NOFOLLOW and
+// changed through /proc, so a link swapped in meanwhile is never followed.
+bool repariereRechte(int elternFd, const char* name) {
+    CloudSchutz::aktivieren();
+    const int fd = ::openat(elternFd, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0) return false;
+    struct stat st;
+    bool ok = false;
+    if (::fstat(fd, &st) == 0 && S_ISDIR(st.st_mode) && st.st_uid == ::geteuid() && !plattform::istDatenlos(st) &&
+        (st.st_mode & S_IRWXU) != S_IRWXU) {
+        const std::string proc = "/proc/self/fd/" + std::to_string(fd);
+        ok = ::chmod(proc.c_str(), (st.st_mode & 07777) | S_IRWXU) == 0;
+    }
+    ::close(fd);
+    return ok;
+}
+
+// The same for a folder we already hold open.
+bool repariereRechte(int fd) {
+    CloudSchutz::aktivieren();
+    struct stat st;
+    if (::fstat(fd, &st) != 0 || !S_ISDIR(st.st_mode) || st.st_uid != ::geteuid() || plattform::istDatenlos(st))
+        return false;
+    if ((st.st_mode & S_IRWXU) == S_IRWXU) return false;
+    return ::fchmod(fd, (st.st_mode & 07777) | S_IRWXU) == 0;
+}
+
+bool istBerechtigung(int e) { return e == EACCES || e == EPERM; }
+
+class Loescher {
+public:
+    Loescher(dev_t geraet, std::string wurzelName) : geraet_(geraet), wurzelName_(std::move(wurzelName)) {}
+
+    LoeschErgebnis lauf(int elternFd, unsigned faeden) {
+        wurzel_ = std::make_shared<Knoten>();
+        wurzel_->fd = elternFd;
+        wurzel_->offen = 1;
+        stapel_.push_back({wurzel_, wurzelName_});
+        std::vector<std::thread> helfer;
+        for (unsigned i = 1; i < faeden; ++i) helfer.emplace_back([this] { arbeite(); });
+        arbeite();
+        for (auto& t : helfer) t.join();
+        wurzel_.reset();
+        return ergebnis_;
+    }
+
+private:
+    void arbeite() {
+        for (;;) {
+            std::unique_lock l(m_);
+            cv_.wait(l, [&] { return fertig_ || !stapel_.empty(); });
+            if (stapel_.empty()) return;
+            Aufgabe a = std::move(stapel_.back());
+            stapel_.pop_back();
+            l.unlock();
+            bearbeite(std::move(a));
+        }
+    }
+
+    static std::string relPfad(const std::shared_ptr<Knoten>& k, const std::string& name) {
+        std::string r = name;
+        for (const Knoten* p = k.get(); p && p->eltern; p = p->eltern.get()) r = p->name + "/" + r;
+        return r;
+    }
+
+    void melde(int nummer, const std::shared_ptr<Knoten>& eltern, const std::string& name) {
+        std::lock_guard l(fehlerM_);
+        if (ergebnis_.fehler) return;
+        ergebnis_.fehlerNummer = nummer;
+        ergebnis_.fehler = fehlerText(nummer) + ": „" + relPfad(eltern, name) + "“";
+    }
+
+    void bearbeite(Aufgabe a) {
+        const int elternFd = a.eltern->fd;
+        int fd = ::openat(elternFd, a.name.c_str(), ordnerFlags);
+        if (fd < 0 && istBerechtigung(errno) && repariereRechte(elternFd, a.name.c_str()))
+            fd = ::openat(elternFd, a.name.c_str(), ordnerFlags);
+        if (fd < 0) {
+            const int e = errno;
+            if (e == ELOOP || e == ENOTDIR) {
+                // no longer a folder (a link was swapped in): remove the entry itself, never its target
+                entferneEintrag(a.eltern, a.name.c_str());
+            } else if (e != ENOENT) {
+                melde(e, a.eltern, a.name);
+            }
+            abschluss(a.eltern);
+            return;
+        }
+        struct stat st;
+        if (::fstat(fd, &st) != 0 || st.st_dev != geraet_) {
+            // a mount point inside the tree: not ours to empty
+            ::close(fd);
+            melde(EXDEV, a.eltern, a.name);
+            abschluss(a.eltern);
+            return;
+        }
+        auto k = std::make_shared<Knoten>();
+        k->fd = fd;
+        k->eltern = std::move(a.eltern);
+        k->name = std::move(a.name);
+
+        std::vector<std::string> unterordner;
+        const int lesFd = ::dup(fd);
+        DIR* d = lesFd >= 0 ? ::fdopendir(lesFd) : nullptr;
+        if (!d) {
+            if (lesFd >= 0) ::close(lesFd);
+            melde(errno, k->eltern, k->name);
+        } else {
+            while (const dirent* e = ::readdir(d)) {
+                const char* n = e->d_name;
+                if (n[0] == '.' && (n[1] == '\0' || (n[1] == '.' && n[2] == '\0'))) continue;
+                bool ordner = e->d_type == DT_DIR;
+                if (e->d_type == DT_UNKNOWN) {
+                    struct stat es;
+                    ordner = ::fstatat(fd, n, &es, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(es.st_mode);
+                }
+                if (!ordner && !entferneDatei(k, n)) ordner = true;  // became a folder meanwhile
+                if (ordner) unterordner.emplace_back(n);
+            }
+            ::closedir(d);
+        }
+        if (!unterordner.empty()) {
+            k->offen.fetch_add(static_cast<long>(unterordner.size()));
+            {
+                std::lock_guard l(m_);
+                for (auto& n : unterordner) stapel_.push_back({k, std::move(n)});
+            }
+            if (unterordner.size() == 1) cv_.notify_one();
+            else cv_.notify_all();
+        }
+        abschluss(k);
+    }
+
+    // Unlinks a non-folder entry; false when it turned out to be a folder.
+    bool entferneDatei(const std::shared_ptr<Knoten>& k, const char* n) {
+        if (::unlinkat(k->fd, n, 0) == 0) return true;
+        int e = errno;
+        if (e == EISDIR) return false;
+        if (istBerechtigung(e) && !k->rechteRepariert.exchange(true) && repariereRechte(k->fd)) {
+            if (::unlinkat(k->fd, n, 0) == 0) return true;
+            e = errno;
+            if (e == EISDIR) return false;
+        }
+        if (e != ENOENT) melde(e, k, n);
+        return true;
+    }
+
+    void entferneEintrag(const std::shared_ptr<Knoten>& eltern, const char* n) {
+        struct stat st;
+        if (::fstatat(eltern->fd, n, &st, AT_SYMLINK_NOFOLLOW) != 0) return;
+        if (S_ISDIR(st.st_mode)) {
+            melde(ELOOP, eltern, n);  // flipping back and forth: give up on this one
+            return;
+        }
+        if (::unlinkat(eltern->fd, n, 0) != 0 && errno != ENOENT) melde(errno, eltern, n);
+    }
+
+    void abschluss(std::shared_ptr<Knoten> k) {
+        while (k) {
+            if (k->offen.fetch_sub(1) != 1) return;
+            if (!k->eltern) {  // the item itself is done
+                std::lock_guard l(m_);
+                fertig_ = true;
+                cv_.notify_all();
+                return;
+            }
+            ::close(k->fd);
+            k->fd = -1;
+            Knoten& e = *k->eltern;
+            if (::unlinkat(e.fd, k->name.c_str(), AT_REMOVEDIR) != 0) {
+                int nr = errno;
+                bool wieder = false;
+                if (istBerechtigung(nr) && e.eltern && !e.rechteRepariert.exchange(true) && repariereRechte(e.fd))
+                    wieder = ::unlinkat(e.fd, k->name.c_str(), AT_REMOVEDIR) == 0;
+                if (!wieder) {
+                    nr = errno;
+                    if (nr != ENOENT) melde(nr, k->eltern, k->name);
+                }
+            }
+            k = k->eltern;
+        }
+    }
+
+    dev_t geraet_;
+    std::string wurzelName_;
+    std::shared_ptr<Knoten> wurzel_;
+    std::mutex m_;
+    std::condition_variable cv_;
+    std::vector<Aufgabe> stapel_;  // last in, first out: keeps open descriptors near depth × threads
+    bool fertig_ = false;
+    std::mutex fehlerM_;
+    LoeschErgebnis ergebnis_;
+};
+
+LoeschErgebnis fehlschlag(int nummer, const std::string& wo) {
+    return LoeschErgebnis{fehlerText(nummer) + ": „" + wo + "“", nummer};
+}
+
+}  // namespace
+
+LoeschErgebnis loescheBaum(const fs::path& eingabe, unsigned faeden) {
+    const fs::path pfad = eingabe.lexically_normal();
+    std::string name = pfad.filename().native();
+    fs::path eltern = pfad.parent_path();
+    if (name.empty()) {  // "…/ordner/" after normalising
+        name = pfad.parent_path().filename().native();
+        eltern = pfad.parent_path().parent_path();
+    }
+    if (!pfad.is_absolute() || name.empty() || name == "." || name == "..")
+        return LoeschErgebnis{"Kein gültiger Pfad", EINVAL};
+    if (imEchtenHomeWaehrendTest(pfad)) return LoeschErgebnis{testSperreText, EPERM};
+
+    const int elternFd = ::open(eltern.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (elternFd < 0) return fehlschlag(errno, eltern.native());
+    struct stat st;
+    LoeschErgebnis ergebnis;
+    if (::fstatat(elternFd, name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
+        ergebnis = fehlschlag(errno, name);
+    } else if (!S_ISDIR(st.st_mode)) {
+        if (::unlinkat(elternFd, name.c_str(), 0) != 0) ergebnis = fehlschlag(errno, name);
+    } else {
+        ergebnis = Loescher(st.st_dev, name).lauf(elternFd, std::max(1u, faeden));
+    }
+    ::close(elternFd);
+    return ergebnis;
+}
+
+}  // namespace hainbrem

@@ -1,0 +1,34 @@
+#pragma once
+// Deleting for good. Works only through directory descriptors: every folder is opened relative
+// to its parent with O_NOFOLLOW, every entry removed relative to its folder's descriptor. A
+// symbolic link is removed as a link, and a folder swapped for a link while we work is never
+// entered, so nothing outside the item's own tree can be reached.
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace hainbrem {
+
+struct LoeschErgebnis {
+    // First failure as a German sentence; absent when everything went.
+    std::optional<std::string> fehler;
+    int fehlerNummer = 0;  // errno of that failure
+    bool ok() const { return !fehler.has_value(); }
+};
+
+// Removes the file, link or folder tree at `pfad`. Folders are emptied by `faeden` threads
+// (deleting waits on the disk, so a few threads beat one). Folders we own that lack write or
+// search permission get u+rwx and the step is retried; dataless (cloud-only) folders are never
+// opened. Other file systems mounted inside the tree are not entered. Keeps going after a
+// failure so that as much as possible goes, and reports the first failure.
+LoeschErgebnis loescheBaum(const std::filesystem::path& pfad, unsigned faeden = 3);
+
+// While tests run (HAINBREM_TEST=1): true when `pfad` is the real user's home folder (from the
+// password database, not HOME) or lies inside it. Everything that deletes asks this first.
+bool imEchtenHomeWaehrendTest(const std::filesystem::path& pfad);
+inline constexpr const char* testSperreText = "Testlauf: der echte Benutzerordner wird nie angefasst";
+
+// German text for an errno value, as shown in an item's error.
+std::string fehlerText(int nummer);
+
+}  // namespace hainbrem
