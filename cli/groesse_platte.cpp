@@ -25,15 +25,7 @@ int groesse(const Kontext& k) {
                                         errno == ENOENT ? "nicht gefunden" : std::strerror(errno)));
             continue;
         }
-        int64_t unlesbar = 0;
-        if (S_ISDIR(st.st_mode)) {
-            // count what could not be read, so the user knows the figure is a lower bound
-            Groesse::durchlaufe(p, [&](const Groesse::Eintrag& e) {
-                if (e.art == Groesse::EintragArt::unlesbar) ++unlesbar;
-                return Groesse::Weiter::ja;
-            });
-        }
-        const int64_t bytes = Groesse::belegt(p);
+        const auto [bytes, unlesbar] = Groesse::miss(p);
         if (unlesbar > 0)
             warnung(fmt::format("In „{}“ war{} {} Eintr{} nicht lesbar; die Größe ist eine Untergrenze.", p,
                                 unlesbar == 1 ? "" : "en", unlesbar, unlesbar == 1 ? "ag" : "äge"));

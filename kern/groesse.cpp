@@ -77,12 +77,12 @@ public:
         auftraege_.push_back(Auftrag{fd, st, std::move(pfad)});
     }
 
-    int64_t messe() {
+    Messung messe() {
         std::vector<std::thread> helfer;
         for (unsigned i = 1; i < faeden_; ++i) helfer.emplace_back([this] { arbeite(); });
         arbeite();
         for (auto& t : helfer) t.join();
-        return summe_;
+        return Messung{summe_, unlesbar_};
     }
 
     void zaehleDatei(const struct stat& st, int64_t& summe) {
@@ -119,14 +119,15 @@ private:
     void arbeite() {
         intern::Wanderer wanderer;
         int64_t summe = 0;
+        int64_t unlesbar = 0;
         Auftrag a;
         while (hole(a)) {
             auto besuch = [&](const Eintrag& e) {
                 switch (e.art) {
                     case EintragArt::datei: zaehleDatei(*e.statt, summe); break;
                     case EintragArt::ordnerAnfang: summe = addiere(summe, bloecke(*e.statt)); break;
-                    case EintragArt::ordnerEnde:
-                    case EintragArt::unlesbar: break;
+                    case EintragArt::unlesbar: ++unlesbar; break;
+                    case EintragArt::ordnerEnde: break;
                 }
                 return Weiter::ja;
             };
@@ -146,6 +147,7 @@ private:
         }
         std::lock_guard lock(summeSperre_);
         summe_ = addiere(summe_, summe);
+        unlesbar_ += unlesbar;
     }
 
     const unsigned faeden_;
@@ -156,24 +158,29 @@ private:
     std::atomic<int> hungrig_{0};
     std::mutex summeSperre_;
     int64_t summe_ = 0;
+    int64_t unlesbar_ = 0;
     std::mutex linkSperre_;
     std::set<std::pair<dev_t, ino_t>> gesehen_;
 };
 
 }  // namespace
 
-int64_t belegt(const fs::path& wurzel, unsigned faeden) {
+Messung miss(const fs::path& wurzel, unsigned faeden) {
     CloudSchutz::aktivieren();
     const std::string pfad = ohneSchraegstrichAmEnde(wurzel);
     struct stat st;
-    if (::lstat(pfad.c_str(), &st) != 0) return 0;
-    if (!S_ISDIR(st.st_mode)) return bloecke(st);
+    if (::lstat(pfad.c_str(), &st) != 0) return Messung{0, 1};
+    if (!S_ISDIR(st.st_mode)) return Messung{bloecke(st), 0};
     const int fd = ::open(pfad.c_str(), intern::ordnerFlags);
-    if (fd < 0) return bloecke(st);
+    if (fd < 0) return Messung{bloecke(st), 1};
     GeteilteMessung messung(faeden == 0 ? 1 : faeden);
     messung.starte(fd, st, pfad);
-    return addiere(bloecke(st), messung.messe());
+    Messung m = messung.messe();
+    m.bytes = addiere(bloecke(st), m.bytes);
+    return m;
 }
+
+int64_t belegt(const fs::path& wurzel, unsigned faeden) { return miss(wurzel, faeden).bytes; }
 
 std::optional<int64_t> privat(const fs::path& pfad) { return plattform::privateGroesse(pfad.c_str()); }
 

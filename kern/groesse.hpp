@@ -44,6 +44,12 @@ void durchlaufe(const fs::path& wurzel, const Besuch& besuch);
 // A folder that cannot be listed still counts its own blocks. Uses up to `faeden` threads.
 int64_t belegt(const fs::path& wurzel, unsigned faeden = 2);
 
+struct Messung {
+    int64_t bytes = 0;
+    int64_t unlesbar = 0;  // entries that could not be read: the figure is a lower bound
+};
+Messung miss(const fs::path& wurzel, unsigned faeden = 2);
+
 // Bytes not shared with clones; absent where the file system cannot tell.
 std::optional<int64_t> privat(const fs::path& pfad);
 

@@ -5,7 +5,6 @@
 // entries are read in one go into a buffer the frame keeps, so no allocation happens per entry
 // once the buffers have grown, and at most `maxOffen` descriptors are held however deep the
 // tree goes (a closed ancestor is reopened through ".." of its child and checked by inode).
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,6 +14,7 @@
 #include <vector>
 
 #include "kern/groesse.hpp"
+#include "plattform/plattform.hpp"
 
 namespace hainbrem::intern {
 
@@ -24,23 +24,12 @@ using Groesse::Weiter;
 
 inline constexpr int ordnerFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY;
 
-// Reads every entry of `fd` (taking ownership) as records "<d_type byte><name>\0".
-// Returns the still open DIR or null when the folder cannot be listed.
-inline DIR* leseEintraege(int fd, std::vector<char>& namen) {
-    namen.clear();
-    DIR* d = ::fdopendir(fd);
-    if (!d) {
-        ::close(fd);
-        return nullptr;
-    }
-    while (const dirent* e = ::readdir(d)) {
-        const char* n = e->d_name;
-        if (n[0] == '.' && (n[1] == '\0' || (n[1] == '.' && n[2] == '\0'))) continue;
-        const size_t l = std::strlen(n);
-        namen.push_back(static_cast<char>(e->d_type));
-        namen.insert(namen.end(), n, n + l + 1);
-    }
-    return d;
+// Reads all entries of `fd` (taking ownership) into `namen`. Returns the still open
+// descriptor, or -1 (descriptor closed) when the folder cannot be listed.
+inline int leseEintraege(int fd, std::vector<char>& namen) {
+    if (plattform::leseEintraege(fd, namen)) return fd;
+    ::close(fd);
+    return -1;
 }
 
 class Wanderer {
@@ -67,7 +56,7 @@ public:
             const char* n = r.namen.data() + r.pos + 1;
             const size_t nl = std::strlen(n);
             r.pos += nl + 2;
-            const int pfd = ::dirfd(r.dir);
+            const int pfd = r.dir;
             const size_t basis = pfad_.size();
             if (basis == 0 || pfad_.back() != '/') pfad_.push_back('/');
             pfad_.append(n, nl);
@@ -110,7 +99,7 @@ public:
 
 private:
     struct Rahmen {
-        DIR* dir = nullptr;
+        int dir = -1;
         struct stat statt {};
         size_t pfadLaenge = 0;  // path length including this folder's name
         int ebene = 0;
@@ -125,8 +114,8 @@ private:
         if (stapel_.size() <= tiefe_) stapel_.emplace_back();
         Rahmen& r = stapel_[tiefe_];
         r.dir = leseEintraege(fd, r.namen);
-        if (!r.dir) {
-            const int pfd = tiefe_ == 0 ? -1 : ::dirfd(stapel_[tiefe_ - 1].dir);
+        if (r.dir < 0) {
+            const int pfd = tiefe_ == 0 ? -1 : stapel_[tiefe_ - 1].dir;
             if (besuch(Eintrag{EintragArt::unlesbar, pfad_.c_str(), ebene, &st, pfd, name}) == Weiter::abbrechen)
                 abgebrochen_ = true;
             if (tiefe_ > 0) pfad_.resize(stapel_[tiefe_ - 1].pfadLaenge);
@@ -141,9 +130,9 @@ private:
         ++offen_;
         while (offen_ > maxOffen && niedrigsterOffen_ + 1 < tiefe_) {
             Rahmen& alt = stapel_[niedrigsterOffen_++];
-            if (alt.dir) {
-                ::closedir(alt.dir);
-                alt.dir = nullptr;
+            if (alt.dir >= 0) {
+                ::close(alt.dir);
+                alt.dir = -1;
                 --offen_;
             }
         }
@@ -156,14 +145,14 @@ private:
         int pfd = -1;
         if (tiefe_ > 1) {
             Rahmen& eltern = stapel_[tiefe_ - 2];
-            if (!eltern.dir && r.dir) oeffneWieder(r, eltern);
-            if (eltern.dir) pfd = ::dirfd(eltern.dir);
+            if (eltern.dir < 0 && r.dir >= 0) oeffneWieder(r, eltern);
+            if (eltern.dir >= 0) pfd = eltern.dir;
         }
         pfad_.resize(r.pfadLaenge);
         const Weiter w = besuch(Eintrag{EintragArt::ordnerEnde, pfad_.c_str(), r.ebene, &r.statt, pfd, r.name});
-        if (r.dir) {
-            ::closedir(r.dir);
-            r.dir = nullptr;
+        if (r.dir >= 0) {
+            ::close(r.dir);
+            r.dir = -1;
             --offen_;
         }
         --tiefe_;
@@ -171,7 +160,7 @@ private:
         if (tiefe_ > 0) {
             Rahmen& eltern = stapel_[tiefe_ - 1];
             // could not get back in: the rest of that folder stays unread
-            if (!eltern.dir) eltern.pos = eltern.namen.size();
+            if (eltern.dir < 0) eltern.pos = eltern.namen.size();
             pfad_.resize(eltern.pfadLaenge);
         }
         if (w == Weiter::abbrechen) return abbruch();
@@ -179,18 +168,14 @@ private:
     }
 
     void oeffneWieder(const Rahmen& kind, Rahmen& eltern) {
-        const int fd = ::openat(::dirfd(kind.dir), "..", ordnerFlags);
+        const int fd = ::openat(kind.dir, "..", ordnerFlags);
         if (fd < 0) return;
         struct stat st;
         if (::fstat(fd, &st) != 0 || st.st_dev != eltern.statt.st_dev || st.st_ino != eltern.statt.st_ino) {
             ::close(fd);
             return;
         }
-        eltern.dir = ::fdopendir(fd);
-        if (!eltern.dir) {
-            ::close(fd);
-            return;
-        }
+        eltern.dir = fd;
         ++offen_;
         if (niedrigsterOffen_ > tiefe_ - 2) niedrigsterOffen_ = tiefe_ - 2;
     }
@@ -198,9 +183,9 @@ private:
     bool abbruch() {
         abgebrochen_ = true;
         for (size_t i = 0; i < tiefe_; ++i)
-            if (stapel_[i].dir) {
-                ::closedir(stapel_[i].dir);
-                stapel_[i].dir = nullptr;
+            if (stapel_[i].dir >= 0) {
+                ::close(stapel_[i].dir);
+                stapel_[i].dir = -1;
             }
         tiefe_ = 0;
         offen_ = 0;
@@ -210,7 +195,7 @@ private:
 public:
     ~Wanderer() {
         for (auto& r : stapel_)
-            if (r.dir) ::closedir(r.dir);
+            if (r.dir >= 0) ::close(r.dir);
     }
     bool abgebrochen() const { return abgebrochen_; }
 

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 struct stat;
 
@@ -52,6 +53,11 @@ Kapazitaet volumenKapazitaet(const fs::path& pfad);
 // Bytes of the file that share no storage with clones (APFS private size; Linux: extents
 // not flagged shared by FIEMAP). Absent where the file system does not tell.
 std::optional<int64_t> privateGroesse(const char* pfad);
+
+// Reads every entry of the open folder `fd` (except "." and "..") into `namen` as records
+// "<d_type byte><name>\0", replacing its contents. The descriptor stays open and its position
+// is consumed. False when the folder cannot be read.
+bool leseEintraege(int fd, std::vector<char>& namen);
 
 // Switches off the download of dataless (cloud-only) files for this process. Idempotent.
 void cloudSchutzAktivieren();

@@ -97,6 +97,26 @@ std::optional<int64_t> privateGroesse(const char* pfad) {
     return static_cast<int64_t>(privat);
 }
 
+bool leseEintraege(int fd, std::vector<char>& namen) {
+    // getdents64 straight into the caller's buffer: no DIR stream, so no extra fstat/fcntl per folder
+    namen.clear();
+    alignas(8) char puffer[32768];
+    for (;;) {
+        const ssize_t n = ::getdents64(fd, puffer, sizeof puffer);
+        if (n < 0) return false;
+        if (n == 0) return true;
+        for (ssize_t pos = 0; pos < n;) {
+            const auto* e = reinterpret_cast<const dirent64*>(puffer + pos);
+            pos += e->d_reclen;
+            const char* name = e->d_name;
+            if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'))) continue;
+            const size_t l = std::strlen(name);
+            namen.push_back(static_cast<char>(e->d_type));
+            namen.insert(namen.end(), name, name + l + 1);
+        }
+    }
+}
+
 void cloudSchutzAktivieren() {}
 
 bool istDatenlos(const struct stat&) { return false; }

@@ -4,6 +4,7 @@
 #include <sys/attr.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -60,6 +61,25 @@ std::optional<int64_t> privateGroesse(const char* pfad) {
         return std::nullopt;
     if (!(antwort.geliefert.forkattr & ATTR_CMNEXT_PRIVATESIZE)) return std::nullopt;
     return static_cast<int64_t>(antwort.privat);
+}
+
+bool leseEintraege(int fd, std::vector<char>& namen) {
+    namen.clear();
+    const int kopie = ::dup(fd);  // closedir would close the caller's descriptor
+    if (kopie < 0) return false;
+    DIR* d = ::fdopendir(kopie);
+    if (!d) {
+        ::close(kopie);
+        return false;
+    }
+    while (const dirent* e = ::readdir(d)) {
+        const char* n = e->d_name;
+        if (n[0] == '.' && (n[1] == '\0' || (n[1] == '.' && n[2] == '\0'))) continue;
+        namen.push_back(static_cast<char>(e->d_type));
+        namen.insert(namen.end(), n, n + std::strlen(n) + 1);
+    }
+    ::closedir(d);
+    return true;
 }
 
 void cloudSchutzAktivieren() {
