@@ -44,6 +44,11 @@ std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::vector<Re
                                   const std::function<bool()>& abbrechen = {});
 std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::function<void(double)>& fortschritt = {});
 
+// Chrome keeps old framework versions beside the one "Current" points to. The rule looks in
+// /Applications; both parts take the folder so they can be tried on a fixture.
+fs::path chromeVersionsOrdner(const fs::path& programme = "/Applications");
+std::vector<Fund> chromeVersionen(const fs::path& versionsOrdner);
+
 // How many measurements may run at the same time.
 inline constexpr unsigned gleichzeitigeMessungen = 6;
 

@@ -1,0 +1,84 @@
+#include "kern/papierkorb_info.hpp"
+
+#include <charconv>
+#include <ctime>
+#include <fstream>
+
+namespace hainbrem::PapierkorbInfo {
+
+namespace {
+
+std::string_view beschnitten(std::string_view s) {
+    while (!s.empty() && (s.back() == '\r' || s.back() == ' ' || s.back() == '\t')) s.remove_suffix(1);
+    while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
+    return s;
+}
+
+bool zahl(std::string_view s, size_t von, size_t laenge, int& wert) {
+    const char* anfang = s.data() + von;
+    for (size_t i = 0; i < laenge; ++i)
+        if (anfang[i] < '0' || anfang[i] > '9') return false;
+    return std::from_chars(anfang, anfang + laenge, wert).ec == std::errc{};
+}
+
+// "YYYY-MM-DDThh:mm:ss", local time.
+std::optional<Zeitpunkt> lokaleZeit(std::string_view s) {
+    if (s.size() != 19 || s[4] != '-' || s[7] != '-' || s[10] != 'T' || s[13] != ':' || s[16] != ':')
+        return std::nullopt;
+    int jahr, monat, tag, stunde, minute, sekunde;
+    if (!zahl(s, 0, 4, jahr) || !zahl(s, 5, 2, monat) || !zahl(s, 8, 2, tag) || !zahl(s, 11, 2, stunde) ||
+        !zahl(s, 14, 2, minute) || !zahl(s, 17, 2, sekunde))
+        return std::nullopt;
+    std::tm tm{};
+    tm.tm_year = jahr - 1900;
+    tm.tm_mon = monat - 1;
+    tm.tm_mday = tag;
+    tm.tm_hour = stunde;
+    tm.tm_min = minute;
+    tm.tm_sec = sekunde;
+    tm.tm_isdst = -1;
+    std::tm geprueft = tm;
+    const std::time_t t = std::mktime(&geprueft);
+    // mktime quietly rolls 31 February into March; such a date is not a date
+    if (t == static_cast<std::time_t>(-1) || geprueft.tm_mday != tag || geprueft.tm_mon != monat - 1 ||
+        geprueft.tm_year != jahr - 1900 || stunde > 23 || minute > 59 || sekunde > 60)
+        return std::nullopt;
+    return std::chrono::system_clock::from_time_t(t);
+}
+
+}  // namespace
+
+std::optional<Zeitpunkt> loeschDatum(std::string_view inhalt) {
+    bool inGruppe = false;
+    while (!inhalt.empty()) {
+        const size_t ende = inhalt.find('\n');
+        const std::string_view zeile = beschnitten(inhalt.substr(0, ende));
+        inhalt = ende == std::string_view::npos ? std::string_view{} : inhalt.substr(ende + 1);
+        if (zeile.empty() || zeile.front() == '#') continue;
+        if (zeile.front() == '[') {
+            inGruppe = zeile == "[Trash Info]";
+            continue;
+        }
+        if (!inGruppe) continue;
+        const size_t gleich = zeile.find('=');
+        if (gleich == std::string_view::npos || beschnitten(zeile.substr(0, gleich)) != "DeletionDate") continue;
+        return lokaleZeit(beschnitten(zeile.substr(gleich + 1)));
+    }
+    return std::nullopt;
+}
+
+fs::path infoDatei(const fs::path& eintrag) {
+    return eintrag.parent_path().parent_path() / "info" / (eintrag.filename().native() + ".trashinfo");
+}
+
+std::optional<Zeitpunkt> hinzugefuegt(const fs::path& eintrag) {
+    std::ifstream ein(infoDatei(eintrag), std::ios::binary);
+    if (!ein) return std::nullopt;
+    // an info file is a few lines; anything big is not one
+    std::string inhalt(64 * 1024, '\0');
+    ein.read(inhalt.data(), static_cast<std::streamsize>(inhalt.size()));
+    inhalt.resize(static_cast<size_t>(ein.gcount()));
+    return loeschDatum(inhalt);
+}
+
+}  // namespace hainbrem::PapierkorbInfo
