@@ -1,0 +1,318 @@
+#include "kern/speichertricks.hpp"
+
+#include <algorithm>
+#include <cctype>
+#include <ctime>
+#include <map>
+
+#include "kern/befehl.hpp"
+#include "kern/groesse.hpp"
+#include "kern/plattenstand.hpp"
+#include "kern/rechnen.hpp"
+#include "plattform/tricks.hpp"
+
+namespace hainbrem {
+
+namespace {
+
+bool istZiffer(char c) { return c >= '0' && c <= '9'; }
+
+std::vector<std::string_view> zeilen(std::string_view text) {
+    std::vector<std::string_view> aus;
+    size_t start = 0;
+    while (start < text.size()) {
+        size_t ende = text.find('\n', start);
+        if (ende == std::string_view::npos) ende = text.size();
+        std::string_view z = text.substr(start, ende - start);
+        start = ende + 1;
+        if (!z.empty() && z.back() == '\r') z.remove_suffix(1);
+        aus.push_back(z);
+    }
+    return aus;
+}
+
+std::string_view ohneRand(std::string_view s) {
+    while (!s.empty() && std::isspace(static_cast<unsigned char>(s.front()))) s.remove_prefix(1);
+    while (!s.empty() && std::isspace(static_cast<unsigned char>(s.back()))) s.remove_suffix(1);
+    return s;
+}
+
+// Decimal digits to a non-negative number; nothing on anything else or overflow. Parsed
+// text must never abort the process, so no checked-arithmetic helpers here.
+std::optional<int64_t> ganzzahl(std::string_view s) {
+    if (s.empty()) return std::nullopt;
+    int64_t wert = 0;
+    for (char c : s) {
+        if (!istZiffer(c)) return std::nullopt;
+        if (__builtin_mul_overflow(wert, 10, &wert) || __builtin_add_overflow(wert, c - '0', &wert))
+            return std::nullopt;
+    }
+    return wert;
+}
+
+}  // namespace
+
+const Ausfuehrer& standardAusfuehrer() {
+    static const Ausfuehrer a = [](const std::string& programm, const std::vector<std::string>& argumente)
+        -> std::optional<std::string> {
+        // the tools exist only on a Mac; elsewhere nothing runs
+        if (!plattform::hatMacWerkzeuge()) return std::nullopt;
+        return Befehl::ausfuehren(programm, argumente);
+    };
+    return a;
+}
+
+// ---------------------------------------------------------------------------------- iCloud
+
+namespace ICloud {
+
+std::string anzeigeName(const fs::path& datei, const fs::path& home) {
+    const std::string p = datei.native();
+    constexpr std::string_view marke = "/com~apple~CloudDocs/";
+    if (const size_t m = p.find(marke); m != std::string::npos) {
+        const std::string_view rest = std::string_view(p).substr(m + marke.size());
+        const size_t schnitt = rest.find('/');
+        if (schnitt == std::string_view::npos) return "iCloud Drive";
+        return "iCloud Drive/" + std::string(rest.substr(0, schnitt));
+    }
+    const std::string mobil = (home / "Library/Mobile Documents").native() + "/";
+    if (p.starts_with(mobil)) {
+        std::string_view container = std::string_view(p).substr(mobil.size());
+        container = container.substr(0, container.find('/'));
+        const size_t tilde = container.rfind('~');
+        return "App: " + std::string(tilde == std::string_view::npos ? container : container.substr(tilde + 1));
+    }
+    const std::string h = home.native() + "/";
+    if (p.starts_with(h)) {
+        const std::string_view rel = std::string_view(p).substr(h.size());
+        return std::string(rel.substr(0, rel.find('/')));
+    }
+    return datei.parent_path().filename().native();
+}
+
+std::vector<ICloudOrdner> gruppiere(const std::vector<Datei>& dateien, const fs::path& home) {
+    std::map<std::string, ICloudOrdner> gruppen;
+    for (const auto& d : dateien) {
+        const std::string name = anzeigeName(d.pfad, home);
+        auto& g = gruppen[name];
+        g.name = name;
+        g.dateien.push_back(d.pfad);
+        g.bytes = addiere(g.bytes, d.bytes);
+        if (d.zugriff && (!g.zuletztGeoeffnet || *d.zugriff > *g.zuletztGeoeffnet)) g.zuletztGeoeffnet = d.zugriff;
+    }
+    std::vector<ICloudOrdner> aus;
+    for (auto& [_, g] : gruppen) aus.push_back(std::move(g));
+    std::stable_sort(aus.begin(), aus.end(),
+                     [](const ICloudOrdner& a, const ICloudOrdner& b) { return a.bytes > b.bytes; });
+    return aus;
+}
+
+std::vector<ICloudOrdner> geladen(const Umgebung& umgebung) {
+    std::vector<Datei> dateien;
+    for (const char* wurzel : {"Library/Mobile Documents", "Desktop", "Documents"})
+        for (auto& d : plattform::geladeneCloudDateien(umgebung.home / wurzel))
+            dateien.push_back(Datei{std::move(d.pfad), d.bytes, d.zugriff});
+    return gruppiere(dateien, umgebung.home);
+}
+
+std::pair<int, int> auslagern(const std::vector<fs::path>& dateien) {
+    int gut = 0, schlecht = 0;
+    for (const auto& d : dateien) (plattform::cloudAuslagern(d) ? gut : schlecht)++;
+    return {gut, schlecht};
+}
+
+std::optional<bool> wahrheitAus(std::string_view ausgabe) {
+    const std::string_view w = ohneRand(ausgabe);
+    if (w == "1" || w == "true" || w == "YES") return true;
+    if (w == "0" || w == "false" || w == "NO") return false;
+    return std::nullopt;
+}
+
+std::optional<bool> optimierenAn(const Ausfuehrer& ausfuehren) {
+    const auto aus = ausfuehren("/usr/bin/defaults", {"read", "com.apple.bird", "optimize-storage"});
+    return aus ? wahrheitAus(*aus) : std::nullopt;
+}
+
+}  // namespace ICloud
+
+// ------------------------------------------------------------------------ snapshots
+
+std::string Schnappschuss::datumsKennung() const {
+    size_t start = 0;
+    while (start <= name.size()) {
+        size_t ende = name.find('.', start);
+        if (ende == std::string::npos) ende = name.size();
+        const std::string_view teil = std::string_view(name).substr(start, ende - start);
+        // a date has digits; a lone "-" is none
+        if (std::any_of(teil.begin(), teil.end(), istZiffer) &&
+            std::all_of(teil.begin(), teil.end(), [](char c) { return istZiffer(c) || c == '-'; }))
+            return std::string(teil);
+        start = ende + 1;
+    }
+    return {};
+}
+
+namespace Schnappschuesse {
+
+std::optional<Zeitpunkt> datumAus(std::string_view k) {
+    // yyyy-MM-dd-HHmmss, fixed positions
+    if (k.size() != 17 || k[4] != '-' || k[7] != '-' || k[10] != '-') return std::nullopt;
+    for (size_t i = 0; i < k.size(); ++i)
+        if (i != 4 && i != 7 && i != 10 && !istZiffer(k[i])) return std::nullopt;
+    auto zahl = [&](size_t von, size_t laenge) { return static_cast<int>(*ganzzahl(k.substr(von, laenge))); };
+    std::tm t{};
+    t.tm_year = zahl(0, 4) - 1900;
+    t.tm_mon = zahl(5, 2) - 1;
+    t.tm_mday = zahl(8, 2);
+    t.tm_hour = zahl(11, 2);
+    t.tm_min = zahl(13, 2);
+    t.tm_sec = zahl(15, 2);
+    if (t.tm_mon < 0 || t.tm_mon > 11 || t.tm_mday < 1 || t.tm_mday > 31 || t.tm_hour > 23 || t.tm_min > 59 ||
+        t.tm_sec > 60)
+        return std::nullopt;
+    const int tag = t.tm_mday, monat = t.tm_mon;
+    t.tm_isdst = -1;
+    const std::time_t s = std::mktime(&t);
+    // mktime rolls 31 April into May; such a date does not parse
+    if (s == static_cast<std::time_t>(-1) || t.tm_mday != tag || t.tm_mon != monat) return std::nullopt;
+    return std::chrono::system_clock::from_time_t(s);
+}
+
+std::vector<Schnappschuss> ausListe(std::string_view ausgabe) {
+    std::vector<Schnappschuss> liste;
+    for (std::string_view z : zeilen(ausgabe)) {
+        z = ohneRand(z);
+        // newer tmutil versions print a heading "Snapshots for disk /:" first
+        if (z.empty() || z.back() == ':') continue;
+        Schnappschuss s{std::string(z), std::nullopt};
+        s.datum = datumAus(s.datumsKennung());
+        liste.push_back(std::move(s));
+    }
+    return liste;
+}
+
+std::vector<Schnappschuss> alle(const Ausfuehrer& ausfuehren) {
+    const auto aus = ausfuehren("/usr/bin/tmutil", {"listlocalsnapshots", "/"});
+    return aus ? ausListe(*aus) : std::vector<Schnappschuss>{};
+}
+
+std::optional<std::string> loeschBefehl(const std::vector<Schnappschuss>& liste) {
+    std::string befehl;
+    for (const auto& s : liste) {
+        std::string kennung;
+        // nothing but digits and dashes ever reaches the shell
+        for (char c : s.datumsKennung())
+            if (istZiffer(c) || c == '-') kennung += c;
+        if (kennung.empty()) continue;
+        if (!befehl.empty()) befehl += " && ";
+        befehl += "/usr/bin/tmutil deletelocalsnapshots " + kennung;
+    }
+    if (befehl.empty()) return std::nullopt;
+    return befehl;
+}
+
+std::optional<std::string> loeschSkript(const std::vector<Schnappschuss>& liste) {
+    const auto befehl = loeschBefehl(liste);
+    if (!befehl) return std::nullopt;
+    return "do shell script \"" + *befehl + "\" with administrator privileges";
+}
+
+bool loeschen(const std::vector<Schnappschuss>& liste, const Ausfuehrer& ausfuehren) {
+    const auto skript = loeschSkript(liste);
+    if (!skript) return false;
+    return ausfuehren("/usr/bin/osascript", {"-e", *skript}).has_value();
+}
+
+}  // namespace Schnappschuesse
+
+// ---------------------------------------------------------------------- system data
+
+namespace Systemdaten {
+
+std::optional<int64_t> swapAusSwapusage(std::string_view ausgabe) {
+    const size_t pos = ausgabe.find("total = ");
+    if (pos == std::string_view::npos) return std::nullopt;
+    std::string_view rest = ausgabe.substr(pos + 8);
+    size_t i = 0;
+    while (i < rest.size() && istZiffer(rest[i])) ++i;
+    const auto ganz = ganzzahl(rest.substr(0, i));
+    if (!ganz) return std::nullopt;
+    int64_t mantisse = *ganz, teiler = 1;
+    if (i < rest.size() && rest[i] == '.') {
+        size_t j = ++i;
+        while (j < rest.size() && istZiffer(rest[j])) ++j;
+        for (; i < j; ++i) {
+            if (teiler >= 1'000'000'000 || __builtin_mul_overflow(mantisse, 10, &mantisse) ||
+                __builtin_add_overflow(mantisse, rest[i] - '0', &mantisse))
+                return std::nullopt;
+            teiler *= 10;
+        }
+    }
+    if (i >= rest.size()) return std::nullopt;
+    int64_t einheit;
+    switch (rest[i]) {
+        case 'B': einheit = 1; break;
+        case 'K': einheit = int64_t{1} << 10; break;
+        case 'M': einheit = int64_t{1} << 20; break;
+        case 'G': einheit = int64_t{1} << 30; break;
+        case 'T': einheit = int64_t{1} << 40; break;
+        default: return std::nullopt;
+    }
+    int64_t bytes;
+    if (__builtin_mul_overflow(mantisse, einheit, &bytes)) return std::nullopt;
+    return bytes / teiler;
+}
+
+std::optional<int64_t> swapAusProcSwaps(std::string_view tabelle) {
+    const auto z = zeilen(tabelle);
+    if (z.empty() || !ohneRand(z.front()).starts_with("Filename")) return std::nullopt;
+    int64_t summe = 0;
+    for (size_t n = 1; n < z.size(); ++n) {
+        std::vector<std::string_view> felder;
+        std::string_view rest = z[n];
+        while (true) {
+            rest = ohneRand(rest);
+            if (rest.empty()) break;
+            size_t ende = 0;
+            while (ende < rest.size() && !std::isspace(static_cast<unsigned char>(rest[ende]))) ++ende;
+            felder.push_back(rest.substr(0, ende));
+            rest.remove_prefix(ende);
+        }
+        if (felder.empty()) continue;
+        // Filename Type Size Used Priority; the size is in KiB
+        if (felder.size() < 3) return std::nullopt;
+        const auto kib = ganzzahl(felder[2]);
+        int64_t bytes;
+        if (!kib || __builtin_mul_overflow(*kib, 1024, &bytes) || __builtin_add_overflow(summe, bytes, &summe))
+            return std::nullopt;
+    }
+    return summe;
+}
+
+std::optional<int64_t> swapGesamt(const Ausfuehrer& ausfuehren) {
+    if (const auto tabelle = plattform::swapTabelle()) return swapAusProcSwaps(*tabelle);
+    const auto aus = ausfuehren("/usr/sbin/sysctl", {"vm.swapusage"});
+    return aus ? swapAusSwapusage(*aus) : std::nullopt;
+}
+
+std::vector<SystemdatenPosten> messen(const Umgebung& umgebung, const Ausfuehrer& ausfuehren) {
+    std::vector<SystemdatenPosten> zeilen;
+    zeilen.push_back({std::string(swapTitel), swapGesamt(ausfuehren),
+                      "Wird der Arbeitsspeicher knapp, lagert macOS Teile davon auf die Platte aus. Mit 8 GB RAM "
+                      "wächst das schnell. Es verschwindet nach einem Neustart oder wenn weniger Programme offen "
+                      "sind."});
+    zeilen.push_back({std::string(tempTitel), Groesse::belegt(plattform::tempBereich(umgebung.temp)),
+                      "Zwischenablagen von Programmen (…/var/folders). Dort liegen auch die Chrome-Kopien. Alte "
+                      "Teile räumt Hainbrem unter „Aufräumen“ weg."});
+    zeilen.push_back({std::string(loeschbarTitel), Plattenstand::jetzt(umgebung.home).loeschbar(),
+                      "Schnappschüsse, iCloud-Kopien und System-Caches, die macOS bei Bedarf selbst freigibt. Der "
+                      "Finder zählt das als „frei“, Programme können es aber nicht sofort nutzen."});
+    zeilen.push_back({std::string(schnappschussTitel) + std::to_string(Schnappschuesse::alle(ausfuehren).size()),
+                      std::nullopt,
+                      "Time Machine hält stündliche Stände auf der internen Platte, bis zu 24 Stunden lang. Solange "
+                      "es sie gibt, macht Löschen keinen Platz frei, denn der Schnappschuss hält die Daten fest."});
+    return zeilen;
+}
+
+}  // namespace Systemdaten
+}  // namespace hainbrem
