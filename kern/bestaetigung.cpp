@@ -1,0 +1,58 @@
+#include "kern/bestaetigung.hpp"
+
+#include <algorithm>
+
+#include "kern/format.hpp"
+#include "kern/plattenstand.hpp"
+#include "kern/rechnen.hpp"
+
+namespace hainbrem {
+
+Bestaetigung bestaetigung(const std::vector<Fund>& funde, const std::function<bool(const std::string&)>& laeuft) {
+    Bestaetigung b;
+    b.anzahl = funde.size();
+    BestaetigungsZeile endgueltig{Entsorgung::loeschen, "leaf.fill", "gruen", 0, {}, 0, endgueltigText};
+    BestaetigungsZeile korb{Entsorgung::papierkorb, "trash.fill", "orange", 0, {}, 0, papierkorbText};
+    for (const auto& f : funde) {
+        auto& z = f.art == Entsorgung::loeschen ? endgueltig : korb;
+        ++z.anzahl;
+        z.bytes = addiere(z.bytes, f.bytes);
+        b.bytes = addiere(b.bytes, f.bytes);
+        if (f.besitzer && laeuft &&
+            std::find(b.laufendeBesitzer.begin(), b.laufendeBesitzer.end(), *f.besitzer) == b.laufendeBesitzer.end() &&
+            laeuft(*f.besitzer))
+            b.laufendeBesitzer.push_back(*f.besitzer);
+    }
+    endgueltig.titel = std::to_string(endgueltig.anzahl) + " × endgültig löschen";
+    korb.titel = std::to_string(korb.anzahl) + " × in den Papierkorb";
+    if (endgueltig.anzahl > 0) b.zeilen.push_back(endgueltig);
+    if (korb.anzahl > 0) b.zeilen.push_back(korb);
+    b.teile = "in " + std::to_string(b.anzahl) + " Teilen";
+    b.hinweis = laufHinweisText;
+    for (const auto& name : b.laufendeBesitzer) b.warnungen.push_back(name + " läuft noch, seine Teile blieben liegen.");
+    return b;
+}
+
+std::string erklaerung(const Runde& runde, const std::function<int64_t()>& echtFreiJetzt) {
+    const size_t k = runde.fehlerAnzahl();
+    std::vector<std::string> teile;
+    if (const int64_t korb = runde.imPapierkorbBytes(); korb > 0)
+        teile.push_back(alsBytes(korb) + " liegen im Papierkorb – frei erst nach dem Leeren");
+    const int64_t g = runde.gewonnen();
+    const int64_t e = runde.erwartet();
+    if (g < multipliziere(e, 8) / 10 && e > 50'000'000)
+        teile.push_back(
+            "weniger als erwartet: Klone, Hardlinks oder ein Schnappschuss halten Daten fest, oder andere Programme "
+            "schreiben gerade");
+    if (k > 0) teile.push_back(std::to_string(k) + " übersprungen (läuft gerade oder geschützt)");
+    if (teile.empty()) return "Alles erledigt. Echter freier Platz jetzt: " + alsBytes(echtFreiJetzt()) + ".";
+    std::string s;
+    for (size_t i = 0; i < teile.size(); ++i) s += (i ? " · " : "") + teile[i];
+    return s;
+}
+
+std::string erklaerung(const Runde& runde, const std::filesystem::path& home) {
+    return erklaerung(runde, [&] { return Plattenstand::jetzt(home).echtFrei; });
+}
+
+}  // namespace hainbrem

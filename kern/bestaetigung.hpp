@@ -1,0 +1,48 @@
+#pragma once
+// What the confirmation shows before a round and how the result explains itself afterwards.
+// Plain functions, so every front end shows the same words.
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "kern/datensaetze.hpp"
+#include "kern/verlauf.hpp"
+
+namespace hainbrem {
+
+struct BestaetigungsZeile {
+    Entsorgung art;
+    std::string symbol;
+    std::string farbe;  // "gruen" for deleting (regrows by itself), "orange" for the Trash
+    size_t anzahl = 0;
+    std::string titel;  // "3 × endgültig löschen"
+    int64_t bytes = 0;
+    std::string text;
+};
+
+struct Bestaetigung {
+    std::vector<BestaetigungsZeile> zeilen;  // deleting first, then the Trash; only kinds present
+    size_t anzahl = 0;
+    int64_t bytes = 0;
+    std::string teile;  // "in 5 Teilen"
+    std::string hinweis;
+    std::vector<std::string> laufendeBesitzer;  // owners running now, in order of first finding
+    std::vector<std::string> warnungen;         // one line per running owner
+};
+
+inline constexpr const char* endgueltigText =
+    "Caches und Bauabfall, die sich von selbst neu bilden. Hainbrem prüft jeden Pfad unmittelbar vor dem "
+    "Löschen noch einmal.";
+inline constexpr const char* papierkorbText =
+    "Deine eigenen Dateien und Programme. Sie bleiben im Papierkorb, bis du ihn leerst, und „Rückgängig“ legt "
+    "sie zurück. Platz wird erst mit dem Leeren frei.";
+inline constexpr const char* laufHinweisText = "Läuft ein Programm, dem etwas davon gehört, bleibt das liegen.";
+
+Bestaetigung bestaetigung(const std::vector<Fund>& funde, const std::function<bool(const std::string&)>& laeuft);
+
+// The result bar's explanation line; `echtFreiJetzt` is read only when everything went.
+std::string erklaerung(const Runde& runde, const std::function<int64_t()>& echtFreiJetzt);
+std::string erklaerung(const Runde& runde, const std::filesystem::path& home);
+
+}  // namespace hainbrem

@@ -1,0 +1,185 @@
+#include "kern/entsorger.hpp"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+
+#include "kern/groesse.hpp"
+#include "kern/laufend.hpp"
+#include "kern/loeschen.hpp"
+#include "kern/plattenstand.hpp"
+#include "kern/rechnen.hpp"
+#include "plattform/papierkorb.hpp"
+
+namespace hainbrem {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool vorhanden(const fs::path& p) {
+    struct stat st;
+    return ::lstat(p.c_str(), &st) == 0;  // a dangling link counts as present
+}
+
+Zeitpunkt jetztInSekunden() {
+    return std::chrono::time_point_cast<std::chrono::seconds>(std::chrono::system_clock::now());
+}
+
+}  // namespace
+
+Entsorger::Entsorger(SafetyGuard w, Verlauf& v, bool p, Lauftest l)
+    : waechter(std::move(w)), verlauf(v), probelauf(p), laeuft(std::move(l)) {
+    if (!laeuft) laeuft = [](const std::string& besitzer) { return programmLaeuft(besitzer); };
+}
+
+bool Entsorger::istSymlink(const fs::path& url) {
+    struct stat st;
+    return ::lstat(url.c_str(), &st) == 0 && S_ISLNK(st.st_mode);
+}
+
+std::optional<std::string> Entsorger::loesche(const fs::path& url) { return loescheBaum(url).fehler; }
+
+Posten Entsorger::entsorge(const Fund& fund) { return entsorgeEins(fund, {}); }
+
+Posten Entsorger::entsorgeEins(const Fund& fund, const std::function<void(const Posten&)>& vormerken) {
+    Posten p;
+    p.pfad = fund.url.native();
+    p.art = fund.art;
+    const fs::path& url = fund.url;
+
+    if (imEchtenHomeWaehrendTest(waechter.home()) || imEchtenHomeWaehrendTest(url)) {
+        p.fehler = testSperreText;
+        return p;
+    }
+    if (!vorhanden(url)) {
+        p.fehler = schonWegText;
+        return p;
+    }
+    const int64_t vorher = Groesse::belegt(url);
+    if (fund.besitzer && laeuft(*fund.besitzer)) {
+        p.fehler = *fund.besitzer + laeuftText;
+        return p;
+    }
+    if (const Urteil u = waechter.pruefe(url, fund.art); !u.istErlaubt()) {
+        p.fehler = u.grund();
+        return p;
+    }
+    p.bytes = vorher;
+    if (probelauf) return p;
+
+    std::optional<std::string> fehler;
+    if (fund.art == Entsorgung::papierkorb) {
+        auto platz = plattform::reservierePapierkorb(url, waechter.home());
+        if (!platz) {
+            fehler = platz.error();
+        } else {
+            if (vormerken && !platz->datei.empty()) {
+                Posten v = p;
+                v.imPapierkorb = platz->datei.native();
+                v.fehler = unterbrochenText;
+                vormerken(v);
+            }
+            auto ziel = plattform::verschiebeInPapierkorb(url, *platz);
+            if (ziel) {
+                if (!ziel->empty()) p.imPapierkorb = ziel->native();
+                return p;
+            }
+            fehler = ziel.error();
+        }
+    } else {
+        fehler = loesche(url);
+        if (!fehler) {
+            plattform::papierkorbEintragVergessen(url);  // a Trash entry takes its .trashinfo along
+            return p;
+        }
+    }
+    // partly done: count only what really went
+    const int64_t rest = vorhanden(url) ? Groesse::belegt(url) : 0;
+    p.bytes = std::max<int64_t>(0, subtrahiere(vorher, rest));
+    p.fehler = fehler;
+    return p;
+}
+
+Runde Entsorger::entsorge(const std::vector<Fund>& funde, const std::string& titel, const fs::path& ort) {
+    Runde runde;
+    runde.id = neueKennung();
+    runde.titel = titel;
+    runde.datum = jetztInSekunden();
+    runde.freiVorher = Plattenstand::jetzt(ort).echtFrei;
+    runde.freiNachher = runde.freiVorher;
+    runde.probelauf = probelauf;
+    const bool speichern = !probelauf;
+
+    if (speichern) {
+        verlauf.einfuegen(runde);
+        verlauf.speichern();  // on disk before the first file is touched
+    }
+    for (size_t i = 0; i < funde.size(); ++i) {
+        bool vorgemerkt = false;
+        auto vormerken = [&](const Posten& v) {
+            runde.posten.push_back(v);
+            verlauf.ersetzen(runde);
+            verlauf.speichern();
+            vorgemerkt = true;
+        };
+        Posten p = speichern ? entsorgeEins(funde[i], vormerken) : entsorgeEins(funde[i], {});
+        if (vorgemerkt) runde.posten.back() = p;
+        else runde.posten.push_back(p);
+        if (speichern && (p.art == Entsorgung::papierkorb || i % 20 == 19)) {
+            verlauf.ersetzen(runde);
+            verlauf.speichern();
+        }
+        if (fortschritt) fortschritt(i, funde.size(), runde.posten.back());
+    }
+    if (probelauf) runde.freiNachher = addiere(runde.freiVorher, runde.erwartet());
+    else runde.freiNachher = Plattenstand::jetzt(ort).echtFrei;
+    if (speichern) {
+        verlauf.ersetzen(runde);
+        verlauf.speichern();
+    }
+    return runde;
+}
+
+Entsorger::Rueckgabe Entsorger::rueckgaengig(const std::string& id) {
+    Rueckgabe r;
+    std::optional<Runde> runde = verlauf.runde(id);
+    if (!runde) return r;
+    if (imEchtenHomeWaehrendTest(waechter.home())) {
+        r.fehler.push_back(testSperreText);
+        return r;
+    }
+    for (auto& p : runde->posten) {
+        if (!p.imPapierkorb || p.zurueckgelegt) continue;
+        const fs::path ziel = p.pfad;
+        const fs::path imPapierkorb = *p.imPapierkorb;
+        const std::string name = ziel.filename().native();
+        if (imEchtenHomeWaehrendTest(ziel)) {
+            r.fehler.push_back(name + ": " + testSperreText);
+            continue;
+        }
+        if (p.fehler == unterbrochenText && !vorhanden(imPapierkorb) && vorhanden(ziel)) {
+            // recorded, but the move never happened: it is still where it was
+            plattform::papierkorbEintragVergessen(imPapierkorb);
+            p.zurueckgelegt = true;
+            continue;
+        }
+        if (vorhanden(ziel)) {
+            r.fehler.push_back(name + ": " + plattform::zielBelegtText);
+            continue;
+        }
+        std::error_code e;
+        fs::create_directories(ziel.parent_path(), e);
+        if (auto ok = plattform::ausDemPapierkorb(imPapierkorb, ziel); ok) {
+            p.zurueckgelegt = true;
+            ++r.zurueck;
+        } else {
+            r.fehler.push_back(name + ": " + ok.error());
+        }
+    }
+    verlauf.ersetzen(*runde);
+    verlauf.speichern();
+    return r;
+}
+
+}  // namespace hainbrem

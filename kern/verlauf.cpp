@@ -1,0 +1,508 @@
+#include "kern/verlauf.hpp"
+
+#include <fcntl.h>
+#include <openssl/evp.h>
+#include <openssl/rand.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <ctime>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <sstream>
+
+#include "kern/loeschen.hpp"
+#include "kern/rechnen.hpp"
+#include "plattform/plattform.hpp"
+
+namespace hainbrem {
+
+namespace fs = std::filesystem;
+using json = nlohmann::ordered_json;
+
+// ---------------------------------------------------------------- Runde
+
+int64_t Runde::gewonnen() const { return subtrahiere(freiNachher, freiVorher); }
+
+int64_t Runde::erwartet() const {
+    int64_t s = 0;
+    for (const auto& p : posten)
+        if (!p.fehler) s = addiere(s, p.bytes);
+    return s;
+}
+
+int64_t Runde::imPapierkorbBytes() const {
+    int64_t s = 0;
+    for (const auto& p : posten)
+        if (p.imPapierkorb && !p.zurueckgelegt) s = addiere(s, p.bytes);
+    return s;
+}
+
+bool Runde::kannRueckgaengig() const {
+    for (const auto& p : posten) {
+        if (!p.imPapierkorb || p.zurueckgelegt) continue;
+        struct stat st;
+        if (::lstat(p.imPapierkorb->c_str(), &st) == 0) return true;
+    }
+    return false;
+}
+
+size_t Runde::fehlerAnzahl() const {
+    return static_cast<size_t>(std::count_if(posten.begin(), posten.end(), [](const Posten& p) { return p.fehler.has_value(); }));
+}
+
+// ---------------------------------------------------------------- small codecs
+
+std::string neueKennung() {
+    unsigned char b[16];
+    if (RAND_bytes(b, sizeof b) != 1) {
+        std::random_device zufall;
+        for (auto& x : b) x = static_cast<unsigned char>(zufall());
+    }
+    b[6] = static_cast<unsigned char>((b[6] & 0x0F) | 0x40);
+    b[8] = static_cast<unsigned char>((b[8] & 0x3F) | 0x80);
+    static constexpr char hex[] = "0123456789ABCDEF";
+    std::string s;
+    for (int i = 0; i < 16; ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) s.push_back('-');
+        s.push_back(hex[b[i] >> 4]);
+        s.push_back(hex[b[i] & 15]);
+    }
+    return s;
+}
+
+std::string isoZeit(Zeitpunkt t) {
+    const std::time_t s = std::chrono::system_clock::to_time_t(t);
+    std::tm tm{};
+    gmtime_r(&s, &tm);
+    char puffer[32];
+    std::strftime(puffer, sizeof puffer, "%Y-%m-%dT%H:%M:%SZ", &tm);
+    return puffer;
+}
+
+std::optional<Zeitpunkt> ausIsoZeit(std::string_view t) {
+    // exactly YYYY-MM-DDThh:mm:ssZ
+    if (t.size() != 20 || t[4] != '-' || t[7] != '-' || t[10] != 'T' || t[13] != ':' || t[16] != ':' || t[19] != 'Z')
+        return std::nullopt;
+    auto zahl = [&](size_t von, size_t n, int& aus) {
+        aus = 0;
+        for (size_t i = von; i < von + n; ++i) {
+            if (t[i] < '0' || t[i] > '9') return false;
+            aus = aus * 10 + (t[i] - '0');
+        }
+        return true;
+    };
+    int j, mo, ta, h, mi, se;
+    if (!zahl(0, 4, j) || !zahl(5, 2, mo) || !zahl(8, 2, ta) || !zahl(11, 2, h) || !zahl(14, 2, mi) || !zahl(17, 2, se))
+        return std::nullopt;
+    std::tm tm{};
+    tm.tm_year = j - 1900;
+    tm.tm_mon = mo - 1;
+    tm.tm_mday = ta;
+    tm.tm_hour = h;
+    tm.tm_min = mi;
+    tm.tm_sec = se;
+    const std::time_t s = timegm(&tm);
+    // timegm normalises 2026-02-30 to March; such a date is not a date
+    if (tm.tm_year != j - 1900 || tm.tm_mon != mo - 1 || tm.tm_mday != ta || tm.tm_hour != h || tm.tm_min != mi ||
+        tm.tm_sec != se)
+        return std::nullopt;
+    return std::chrono::system_clock::from_time_t(s);
+}
+
+namespace {
+
+// Length of the valid UTF-8 sequence at s[i], 0 when it is not one.
+size_t utf8Laenge(std::string_view s, size_t i) {
+    const auto b = [&](size_t k) { return static_cast<unsigned char>(s[k]); };
+    const unsigned char c = b(i);
+    if (c < 0x80) return 1;
+    size_t n;
+    unsigned min;
+    unsigned wert;
+    if ((c & 0xE0) == 0xC0) n = 2, min = 0x80, wert = c & 0x1Fu;
+    else if ((c & 0xF0) == 0xE0) n = 3, min = 0x800, wert = c & 0x0Fu;
+    else if ((c & 0xF8) == 0xF0) n = 4, min = 0x10000, wert = c & 0x07u;
+    else return 0;
+    if (i + n > s.size()) return 0;
+    for (size_t k = 1; k < n; ++k) {
+        if ((b(i + k) & 0xC0) != 0x80) return 0;
+        wert = (wert << 6) | (b(i + k) & 0x3Fu);
+    }
+    if (wert < min || wert > 0x10FFFF || (wert >= 0xD800 && wert <= 0xDFFF)) return 0;
+    return n;
+}
+
+bool istUtf8(std::string_view s) {
+    for (size_t i = 0; i < s.size();) {
+        const size_t n = utf8Laenge(s, i);
+        if (n == 0) return false;
+        i += n;
+    }
+    return true;
+}
+
+// Bad bytes become U+FFFD, for display only.
+std::string lesbar(std::string_view s) {
+    std::string aus;
+    for (size_t i = 0; i < s.size();) {
+        const size_t n = utf8Laenge(s, i);
+        if (n == 0) {
+            aus += "\xEF\xBF\xBD";
+            ++i;
+        } else {
+            aus.append(s.substr(i, n));
+            i += n;
+        }
+    }
+    return aus;
+}
+
+std::string base64(std::string_view roh) {
+    std::string aus(4 * ((roh.size() + 2) / 3) + 1, '\0');
+    const int n = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(aus.data()),
+                                  reinterpret_cast<const unsigned char*>(roh.data()), static_cast<int>(roh.size()));
+    aus.resize(static_cast<size_t>(n));
+    return aus;
+}
+
+std::optional<std::string> ausBase64(std::string_view text) {
+    if (text.size() % 4 != 0) return std::nullopt;
+    std::string aus(text.size() / 4 * 3 + 1, '\0');
+    const int n = EVP_DecodeBlock(reinterpret_cast<unsigned char*>(aus.data()),
+                                  reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+    if (n < 0) return std::nullopt;
+    size_t laenge = static_cast<size_t>(n);
+    for (size_t i = text.size(); i > 0 && text[i - 1] == '='; --i) --laenge;  // padding decodes as zeros
+    aus.resize(laenge);
+    return aus;
+}
+
+bool istKennung(std::string_view s) {
+    if (s.size() != 36) return false;
+    for (size_t i = 0; i < s.size(); ++i) {
+        if (i == 8 || i == 13 || i == 18 || i == 23) {
+            if (s[i] != '-') return false;
+        } else if (!std::isxdigit(static_cast<unsigned char>(s[i]))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void schreibePfad(json& j, const char* schluessel, const char* roh, const std::string& pfad) {
+    if (istUtf8(pfad)) {
+        j[schluessel] = pfad;
+    } else {
+        j[schluessel] = lesbar(pfad);
+        j[roh] = base64(pfad);
+    }
+}
+
+struct Unlesbar {};
+
+const json& feld(const json& o, const char* name) {
+    const auto it = o.find(name);
+    if (it == o.end()) throw Unlesbar{};
+    return *it;
+}
+std::string text(const json& o, const char* name) {
+    const json& f = feld(o, name);
+    if (!f.is_string()) throw Unlesbar{};
+    return f.get<std::string>();
+}
+int64_t ganzzahl(const json& o, const char* name) {
+    const json& f = feld(o, name);
+    if (f.is_number_unsigned()) {
+        const auto u = f.get<uint64_t>();
+        if (u > static_cast<uint64_t>(INT64_MAX)) throw Unlesbar{};
+        return static_cast<int64_t>(u);
+    }
+    if (!f.is_number_integer()) throw Unlesbar{};
+    return f.get<int64_t>();
+}
+bool wahrheit(const json& o, const char* name) {
+    const json& f = feld(o, name);
+    if (!f.is_boolean()) throw Unlesbar{};
+    return f.get<bool>();
+}
+std::optional<std::string> wahlweise(const json& o, const char* name) {
+    const auto it = o.find(name);
+    if (it == o.end() || it->is_null()) return std::nullopt;
+    if (!it->is_string()) throw Unlesbar{};
+    return it->get<std::string>();
+}
+std::optional<std::string> pfadLesen(const json& o, const char* name, const char* roh, bool pflicht) {
+    std::optional<std::string> p = pflicht ? std::optional(text(o, name)) : wahlweise(o, name);
+    if (const auto r = wahlweise(o, roh)) {
+        if (!p) throw Unlesbar{};
+        auto bytes = ausBase64(*r);
+        if (!bytes) throw Unlesbar{};
+        p = std::move(*bytes);
+    }
+    return p;
+}
+
+}  // namespace
+
+std::string Verlauf::kodiere(const std::vector<Runde>& runden) {
+    json liste = json::array();
+    for (const auto& r : runden) {
+        json o;
+        o["id"] = r.id;
+        o["titel"] = lesbar(r.titel);
+        o["datum"] = isoZeit(r.datum);
+        o["freiVorher"] = r.freiVorher;
+        o["freiNachher"] = r.freiNachher;
+        json posten = json::array();
+        for (const auto& p : r.posten) {
+            json q;
+            schreibePfad(q, "pfad", "pfadBase64", p.pfad);
+            q["bytes"] = p.bytes;
+            q["art"] = std::string(rohwert(p.art));
+            if (p.imPapierkorb) schreibePfad(q, "imPapierkorb", "imPapierkorbBase64", *p.imPapierkorb);
+            if (p.fehler) q["fehler"] = lesbar(*p.fehler);
+            q["zurueckgelegt"] = p.zurueckgelegt;
+            posten.push_back(std::move(q));
+        }
+        o["posten"] = std::move(posten);
+        o["probelauf"] = r.probelauf;
+        liste.push_back(std::move(o));
+    }
+    return liste.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+}
+
+std::optional<std::vector<Runde>> Verlauf::dekodiere(std::string_view eingabe) {
+    try {
+        const json liste = json::parse(eingabe);
+        if (!liste.is_array()) return std::nullopt;
+        std::vector<Runde> runden;
+        for (const json& o : liste) {
+            if (!o.is_object()) return std::nullopt;
+            Runde r;
+            r.id = text(o, "id");
+            if (!istKennung(r.id)) return std::nullopt;
+            r.titel = text(o, "titel");
+            const auto datum = ausIsoZeit(text(o, "datum"));
+            if (!datum) return std::nullopt;
+            r.datum = *datum;
+            r.freiVorher = ganzzahl(o, "freiVorher");
+            r.freiNachher = ganzzahl(o, "freiNachher");
+            const json& posten = feld(o, "posten");
+            if (!posten.is_array()) return std::nullopt;
+            for (const json& q : posten) {
+                if (!q.is_object()) return std::nullopt;
+                Posten p;
+                p.pfad = *pfadLesen(q, "pfad", "pfadBase64", true);
+                p.bytes = ganzzahl(q, "bytes");
+                const auto art = entsorgungAus(text(q, "art"));
+                if (!art) return std::nullopt;
+                p.art = *art;
+                p.imPapierkorb = pfadLesen(q, "imPapierkorb", "imPapierkorbBase64", false);
+                p.fehler = wahlweise(q, "fehler");
+                p.zurueckgelegt = wahrheit(q, "zurueckgelegt");
+                r.posten.push_back(std::move(p));
+            }
+            r.probelauf = wahrheit(o, "probelauf");
+            runden.push_back(std::move(r));
+        }
+        return runden;
+    } catch (const Unlesbar&) {
+        return std::nullopt;
+    } catch (const json::exception&) {
+        return std::nullopt;
+    }
+}
+
+// ---------------------------------------------------------------- Verlauf
+
+namespace {
+
+enum class Lesen { fehlt, gelesen, unlesbar };
+
+Lesen leseDatei(const fs::path& datei, std::vector<Runde>& runden) {
+    std::ifstream ein(datei, std::ios::binary);
+    if (!ein) {
+        struct stat st;
+        return ::stat(datei.c_str(), &st) != 0 && errno == ENOENT ? Lesen::fehlt : Lesen::unlesbar;
+    }
+    std::ostringstream puffer;
+    puffer << ein.rdbuf();
+    if (ein.bad()) return Lesen::unlesbar;
+    auto r = Verlauf::dekodiere(puffer.str());
+    if (!r) return Lesen::unlesbar;
+    runden = std::move(*r);
+    return Lesen::gelesen;
+}
+
+// Writes `inhalt` beside `datei` and renames it over; both the file and the folder are synced,
+// so after a crash either the old or the new file is there, whole.
+bool schreibeAtomar(const fs::path& datei, const std::string& inhalt) {
+    const fs::path ordner = datei.parent_path();
+    std::string muster = (ordner / ("." + datei.filename().native() + ".XXXXXX")).native();
+    const int fd = ::mkostemp(muster.data(), O_CLOEXEC);
+    if (fd < 0) return false;
+    bool ok = true;
+    for (size_t geschrieben = 0; ok && geschrieben < inhalt.size();) {
+        const ssize_t n = ::write(fd, inhalt.data() + geschrieben, inhalt.size() - geschrieben);
+        if (n < 0 && errno == EINTR) continue;
+        ok = n > 0;
+        if (ok) geschrieben += static_cast<size_t>(n);
+    }
+    ok = ok && ::fchmod(fd, 0600) == 0 && ::fsync(fd) == 0;
+    ok = ::close(fd) == 0 && ok;
+    ok = ok && ::rename(muster.c_str(), datei.c_str()) == 0;
+    if (!ok) {
+        ::unlink(muster.c_str());
+        return false;
+    }
+    if (const int ofd = ::open(ordner.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); ofd >= 0) {
+        ::fsync(ofd);
+        ::close(ofd);
+    }
+    return true;
+}
+
+fs::path beiseiteName(const fs::path& datei) {
+    const std::time_t t = std::time(nullptr);
+    std::tm tm{};
+    localtime_r(&t, &tm);
+    char tag[16];
+    std::strftime(tag, sizeof tag, "%Y-%m-%d", &tm);
+    const std::string basis = datei.native() + ".defekt-" + tag;
+    std::error_code e;
+    fs::path kandidat = basis;
+    for (int n = 2; fs::exists(fs::symlink_status(kandidat, e)); ++n) kandidat = basis + "-" + std::to_string(n);
+    return kandidat;
+}
+
+}  // namespace
+
+Verlauf::Verlauf(fs::path datei) : datei_(std::move(datei)) {
+    unlesbar_ = leseDatei(datei_, runden_) == Lesen::unlesbar;
+    if (unlesbar_) runden_.clear();
+}
+
+fs::path Verlauf::standardDatei(const fs::path& home) { return plattform::profil(home).verlaufOrdner / "verlauf.json"; }
+
+Verlauf& Verlauf::standard() {
+    static Verlauf v(standardDatei(plattform::heimOrdner()));
+    return v;
+}
+
+std::vector<Runde> Verlauf::runden() const {
+    std::lock_guard l(sperre_);
+    return runden_;
+}
+
+std::optional<Runde> Verlauf::runde(std::string_view id) const {
+    std::lock_guard l(sperre_);
+    for (const auto& r : runden_)
+        if (r.id == id) return r;
+    return std::nullopt;
+}
+
+void Verlauf::einfuegen(const Runde& runde) {
+    std::lock_guard l(sperre_);
+    runden_.insert(runden_.begin(), runde);
+    geaendert_.insert(runde.id);
+}
+
+void Verlauf::ersetzen(const Runde& runde) {
+    std::lock_guard l(sperre_);
+    for (auto& r : runden_)
+        if (r.id == runde.id) {
+            r = runde;
+            geaendert_.insert(runde.id);
+            return;
+        }
+}
+
+std::set<std::string> Verlauf::imPapierkorb() const {
+    std::lock_guard l(sperre_);
+    std::set<std::string> s;
+    for (const auto& r : runden_)
+        for (const auto& p : r.posten)
+            if (p.imPapierkorb && !p.zurueckgelegt) s.insert(*p.imPapierkorb);
+    return s;
+}
+
+bool Verlauf::warUnlesbar() const {
+    std::lock_guard l(sperre_);
+    return unlesbar_;
+}
+
+std::optional<std::string> Verlauf::hinweis() const {
+    std::lock_guard l(sperre_);
+    return hinweis_;
+}
+
+void Verlauf::beobachte(std::function<void(const std::vector<Runde>&)> beobachter) {
+    std::lock_guard l(sperre_);
+    beobachter_ = std::move(beobachter);
+}
+
+bool Verlauf::speichern() {
+    if (imEchtenHomeWaehrendTest(datei_)) return false;
+    std::error_code e;
+    fs::create_directories(datei_.parent_path(), e);
+    const fs::path sperrDatei = datei_.native() + ".lock";
+    const int sperrFd = ::open(sperrDatei.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (sperrFd < 0) return false;
+    while (::flock(sperrFd, LOCK_EX) != 0 && errno == EINTR) {
+    }
+
+    std::vector<Runde> aufPlatte;
+    const Lesen gelesen = leseDatei(datei_, aufPlatte);
+    std::optional<std::string> neuerHinweis;
+    bool ok = true;
+    if (gelesen == Lesen::unlesbar) {
+        // never overwrite what we cannot read: it may be the user's only record
+        const fs::path beiseite = beiseiteName(datei_);
+        if (::rename(datei_.c_str(), beiseite.c_str()) == 0)
+            neuerHinweis = "Der Verlauf „" + datei_.native() + "“ war nicht lesbar. Er liegt jetzt unter „" +
+                           beiseite.native() + "“; ein neuer Verlauf wurde angelegt.";
+        else
+            ok = false;
+        aufPlatte.clear();
+    }
+
+    std::string inhalt;
+    std::set<std::string> gesichert;
+    std::vector<Runde> zusammen;
+    std::function<void(const std::vector<Runde>&)> beobachter;
+    if (ok) {
+        std::lock_guard l(sperre_);
+        if (neuerHinweis) hinweis_ = neuerHinweis;
+        zusammen = runden_;
+        for (auto& r : zusammen) {
+            if (geaendert_.contains(r.id)) continue;
+            for (const auto& d : aufPlatte)
+                if (d.id == r.id) r = d;  // another process changed it since we loaded
+        }
+        for (const auto& d : aufPlatte)
+            if (std::none_of(zusammen.begin(), zusammen.end(), [&](const Runde& r) { return r.id == d.id; }))
+                zusammen.push_back(d);
+        std::stable_sort(zusammen.begin(), zusammen.end(),
+                         [](const Runde& a, const Runde& b) { return a.datum > b.datum; });
+        runden_ = zusammen;
+        gesichert.swap(geaendert_);
+        beobachter = beobachter_;
+        inhalt = kodiere(zusammen);
+    }
+    if (ok) ok = schreibeAtomar(datei_, inhalt);
+    if (!ok) {
+        std::lock_guard l(sperre_);
+        geaendert_.insert(gesichert.begin(), gesichert.end());
+    }
+    ::flock(sperrFd, LOCK_UN);
+    ::close(sperrFd);
+    if (ok && beobachter) beobachter(zusammen);
+    return ok;
+}
+
+}  // namespace hainbrem
