@@ -109,6 +109,7 @@ std::vector<Fund> findeProgrammdatenCaches(const Umgebung& u) {
         if (obenName.starts_with("com.apple.") || Namen::enthaelt(RegelNamen::nieDurchsucht, obenName)) continue;
         if (!istOrdner(oben)) continue;
         const std::string besitzer = RegelNamen::besitzerFuer(obenName);
+        const size_t anfang = funde.size();
         Groesse::durchlaufe(oben, [&](const Groesse::Eintrag& e) {
             if (e.ebene == 0 || e.art != Groesse::EintragArt::ordnerAnfang) return Groesse::Weiter::ja;
             // a cloud placeholder is never entered, nor taken
@@ -120,6 +121,9 @@ std::vector<Fund> findeProgrammdatenCaches(const Umgebung& u) {
             if (e.ebene >= 5 || istPaket(e.pfad)) return Groesse::Weiter::ueberspringen;
             return Groesse::Weiter::ja;
         });
+        // the walk follows the directory order; by path, results are the same on every run
+        std::sort(funde.begin() + static_cast<std::ptrdiff_t>(anfang), funde.end(),
+                  [](const Fund& a, const Fund& b) { return a.url < b.url; });
     }
     return funde;
 }

@@ -1,0 +1,145 @@
+// hainbrem pruefen and hainbrem regeln
+#include <fmt/format.h>
+
+#include <set>
+
+#include "cli/ausgabe.hpp"
+#include "cli/kommando.hpp"
+#include "kern/format.hpp"
+#include "kern/katalog.hpp"
+#include "kern/laufend.hpp"
+#include "kern/rechnen.hpp"
+
+namespace hainbrem::cli {
+namespace {
+
+std::vector<std::string> nurRegeln;
+
+// Trash entries earlier rounds put there, so they stay unticked and undoable.
+// VERLAUF: fill from the history (the paths of its rounds' Trash items) once it exists.
+std::set<std::string> vonHainbremImPapierkorb(const Kontext&) { return {}; }
+
+json alsJson(const Regel& r) {
+    return json{{"id", r.id},
+                {"titel", r.titel},
+                {"symbol", r.symbol},
+                {"gruppe", std::string(titel(r.gruppe))},
+                {"risiko", rohwert(r.risiko)},
+                {"risikoName", std::string(name(r.risiko))},
+                {"was", r.was},
+                {"warumSicher", r.warumSicher},
+                {"danach", r.danach}};
+}
+
+std::string artText(Entsorgung art) { return art == Entsorgung::loeschen ? "löschen" : "Papierkorb"; }
+
+int pruefen(const Kontext& k) {
+    std::vector<Regel> auswahl;
+    for (const auto& id : nurRegeln) {
+        const Regel* r = Katalog::regel(id);
+        if (!r) return fehler(fmt::format("Eine Regel „{}“ gibt es nicht. Alle Regeln zeigt „hainbrem regeln“.", id));
+        auswahl.push_back(*r);
+    }
+    if (auswahl.empty()) auswahl = Katalog::regeln();
+
+    Umgebung umgebung;
+    umgebung.home = k.home;
+    umgebung.temp = k.temp;
+    umgebung.vollzugriff = Zugriff::vollzugriff(k.home);
+    umgebung.laeuft = laufTest();
+    umgebung.hainbremImPapierkorb = vonHainbremImPapierkorb(k);
+
+    std::vector<RegelErgebnis> ergebnisse;
+    {
+        Fortschritt anzeige;
+        anzeige.zeige("Prüfe die Regeln …");
+        ergebnisse = Katalog::pruefe(umgebung, auswahl, [&](double anteil) {
+            anzeige.zeige(fmt::format("Messe die Funde … {:.0f} %", anteil * 100.0));
+        });
+    }
+
+    if (k.json) {
+        json liste = json::array();
+        for (const auto& e : ergebnisse) {
+            json funde = json::array(), uebersprungen = json::array();
+            for (const auto& f : e.funde) funde.push_back(cli::alsJson(f));
+            for (const auto& f : e.uebersprungen) uebersprungen.push_back(cli::alsJson(f));
+            liste.push_back(json{{"id", e.id()},
+                                 {"titel", e.regel.titel},
+                                 {"gruppe", std::string(titel(e.regel.gruppe))},
+                                 {"risiko", rohwert(e.regel.risiko)},
+                                 {"bytes", e.bytes()},
+                                 {"funde", funde},
+                                 {"uebersprungen", uebersprungen}});
+        }
+        druckeJson(liste);
+        return 0;
+    }
+
+    if (!umgebung.vollzugriff)
+        warnung("Ohne Festplattenvollzugriff bleiben App-Container, Mail-Anhänge und Geräte-Backups ungeprüft.");
+    if (ergebnisse.empty()) {
+        std::printf("Nichts gefunden, was weg kann.\n");
+        return 0;
+    }
+    int64_t gesamt = 0, vorgewaehlt = 0;
+    for (const auto& e : ergebnisse) {
+        gesamt = addiere(gesamt, e.bytes());
+        std::printf("%s  ·  %s  ·  %s  ·  %zu %s\n", e.regel.titel.c_str(), std::string(name(e.regel.risiko)).c_str(),
+                    alsBytes(e.bytes()).c_str(), e.funde.size(), e.funde.size() == 1 ? "Fund" : "Funde");
+        for (const auto& f : e.funde) {
+            if (f.vorgewaehlt) vorgewaehlt = addiere(vorgewaehlt, f.bytes);
+            std::string zeile = fmt::format("  {:>10}  {}  {}", alsBytes(f.bytes), f.vorgewaehlt ? "[x]" : "[ ]",
+                                            kurzerPfad(f.url, k.home));
+            if (f.titel) zeile += fmt::format(" „{}“", *f.titel);
+            if (f.besitzer) zeile += fmt::format("  ({})", *f.besitzer);
+            zeile += "  → " + artText(f.art);
+            std::printf("%s\n", zeile.c_str());
+        }
+        for (const auto& f : e.uebersprungen)
+            std::printf("  %10s  übersprungen, %s läuft: %s\n", alsBytes(f.bytes).c_str(),
+                        f.besitzer ? f.besitzer->c_str() : "", kurzerPfad(f.url, k.home).c_str());
+        std::printf("\n");
+    }
+    std::printf("Zusammen %s, davon vorgewählt %s.\n", alsBytes(gesamt).c_str(), alsBytes(vorgewaehlt).c_str());
+    return 0;
+}
+
+const bool pruefenRegistriert = registriere({
+    .name = "pruefen",
+    .beschreibung = "Alle Aufräum-Regeln prüfen und zeigen, was weg kann",
+    .reihenfolge = 20,
+    .optionen =
+        [](CLI::App& a) {
+            a.add_option("--regel", nurRegeln, "Nur diese Regel prüfen (Kennung, mehrfach möglich)");
+        },
+    .ausfuehren = pruefen,
+});
+
+int regeln(const Kontext& k) {
+    if (k.json) {
+        json liste = json::array();
+        for (const auto& r : Katalog::regeln()) liste.push_back(alsJson(r));
+        druckeJson(liste);
+        return 0;
+    }
+    int nummer = 0;
+    for (const auto& r : Katalog::regeln()) {
+        std::printf("%2d. %s (%s)\n    %s · %s\n", ++nummer, r.titel.c_str(), r.id.c_str(),
+                    std::string(titel(r.gruppe)).c_str(), std::string(name(r.risiko)).c_str());
+        std::printf("    Was:          %s\n    Warum sicher: %s\n    Danach:       %s\n\n", r.was.c_str(),
+                    r.warumSicher.c_str(), r.danach.c_str());
+    }
+    return 0;
+}
+
+const bool regelnRegistriert = registriere({
+    .name = "regeln",
+    .beschreibung = "Die Aufräum-Regeln mit ihren Erklärungen zeigen",
+    .reihenfolge = 21,
+    .optionen = nullptr,
+    .ausfuehren = regeln,
+});
+
+}  // namespace
+}  // namespace hainbrem::cli

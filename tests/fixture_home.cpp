@@ -1,0 +1,233 @@
+#include "fixture_home.hpp"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <ctime>
+#include <fstream>
+
+#include "plattform/plattform.hpp"
+
+namespace hainbrem::test {
+
+namespace {
+
+void schreibe(const fs::path& p, std::string_view inhalt) {
+    fs::create_directories(p.parent_path());
+    std::ofstream aus(p, std::ios::binary | std::ios::trunc);
+    aus.write(inhalt.data(), static_cast<std::streamsize>(inhalt.size()));
+}
+
+std::string infoPlist(std::string_view kennung, std::string_view name) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+           "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+           "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+           "<plist version=\"1.0\">\n<dict>\n"
+           "  <key>CFBundleIdentifier</key>\n  <string>" + std::string(kennung) + "</string>\n"
+           "  <key>CFBundleName</key>\n  <string>" + std::string(name) + "</string>\n"
+           "  <key>CFBundleExecutable</key>\n  <string>" + std::string(name) + "</string>\n"
+           "</dict>\n</plist>\n";
+}
+
+}  // namespace
+
+void MacHome::altereBaum(const fs::path& p, double tageAlt) {
+    std::error_code fehler;
+    if (fs::is_directory(fs::symlink_status(p, fehler)))
+        for (auto it = fs::recursive_directory_iterator(p, fehler); !fehler && it != fs::recursive_directory_iterator();
+             it.increment(fehler))
+            altere(it->path(), tageAlt);
+    altere(p, tageAlt);
+}
+
+fs::path MacHome::datei(std::string_view rel, size_t bytes, double tageAlt) const {
+    const fs::path p = ordner_.datei((fs::path("home") / rel).native(), bytes);
+    if (tageAlt > 0) altere(p, tageAlt);
+    return p;
+}
+
+fs::path MacHome::ordnerMitDatei(std::string_view rel, size_t bytes, double tageAlt, std::string_view inhalt) const {
+    const fs::path ordner = home_ / rel;
+    datei((fs::path(rel) / inhalt).native(), bytes);
+    if (tageAlt > 0) altereBaum(ordner, tageAlt);
+    return ordner;
+}
+
+fs::path MacHome::wegwerfen(std::string_view name, double tageAlt, size_t bytes) const {
+    const fs::path p = papierkorb_ / name;
+    fs::create_directories(papierkorb_);
+    ordner_.datei(p.lexically_relative(ordner_.pfad()).native(), bytes);
+    // the freedesktop Trash remembers when and from where in info/<name>.trashinfo
+    if (papierkorb_.filename() == "files") {
+        const std::time_t damals = std::time(nullptr) - static_cast<std::time_t>(tageAlt * 86400.0);
+        std::tm tm{};
+        localtime_r(&damals, &tm);
+        char datum[32];
+        std::strftime(datum, sizeof datum, "%Y-%m-%dT%H:%M:%S", &tm);
+        schreibe(papierkorb_.parent_path() / "info" / (std::string(name) + ".trashinfo"),
+                 "[Trash Info]\nPath=" + (home_ / "Documents" / name).native() + "\nDeletionDate=" + datum + "\n");
+    }
+    altere(p, tageAlt);
+    return p;
+}
+
+Umgebung MacHome::umgebung(bool vollzugriff, std::function<bool(const std::string&)> laeuft) const {
+    Umgebung u;
+    u.home = home_;
+    u.temp = temp_;
+    u.vollzugriff = vollzugriff;
+    u.laeuft = laeuft ? std::move(laeuft) : [](const std::string&) { return false; };
+    u.hainbremImPapierkorb = {vonHainbrem_.native()};
+    return u;
+}
+
+MacHome::MacHome(const Testordner& ordner)
+    : ordner_(ordner),
+      home_(ordner / "home"),
+      temp_(ordner / "var/T"),
+      programme_(ordner / "Applications"),
+      papierkorb_(plattform::profil(ordner / "home").papierkorb) {
+    fs::create_directories(home_);
+    fs::create_directories(temp_);
+    for (const char* standard : {"Documents", "Downloads", "Desktop", "Movies", "Music", "Pictures"})
+        fs::create_directories(home_ / standard);
+    datei("Documents/Brief.txt", 2048);
+
+    // --- Library/Caches: programs, Apple (allowed and not), browsers, tools with rules of their own
+    ordnerMitDatei("Library/Caches/com.spotify.client", 12 * 1024);
+    ordnerMitDatei("Library/Caches/com.tinyspeck.slackmacgap", 4096);
+    ordnerMitDatei("Library/Caches/com.apple.helpd", 4096);      // allowed Apple id
+    ordnerMitDatei("Library/Caches/com.apple.akd", 4096);        // other Apple ids stay
+    ordnerMitDatei("Library/Caches/CloudKit", 4096);             // real data among caches
+    ordnerMitDatei("Library/Caches/JetBrains", 4096);
+    ordnerMitDatei("Library/Caches/mdworker", 4096);             // no dot: a system service
+    datei("Library/Caches/leer.cache", 0);                       // measures 0 bytes
+    ordnerMitDatei("Library/Caches/Google", 16 * 1024);
+    ordnerMitDatei("Library/Caches/com.apple.Safari", 8192);
+    ordnerMitDatei("Library/Caches/Firefox", 4096);
+    ordnerMitDatei("Library/Caches/Homebrew", 8192);
+    ordnerMitDatei("Library/Caches/pip", 4096);
+    ordnerMitDatei("Library/Caches/go-build", 4096);
+    ordnerMitDatei("Library/Caches/de.hainbrem.Hainbrem", 4096);  // our own
+    ordnerMitDatei("Library/Caches/ms-playwright/chromium-1091", 8192, 40);
+    ordnerMitDatei("Library/Caches/ms-playwright/webkit-2000", 4096, 2);
+
+    // --- Library/Application Support: Electron caches at several depths, Squirrel versions,
+    //     Claude's VM image, places never searched
+    const std::string as = "Library/Application Support/";
+    ordnerMitDatei(as + "Slack/Cache", 8192);
+    ordnerMitDatei(as + "Slack/Code Cache/js", 4096);
+    ordnerMitDatei(as + "Slack/GPUCache", 4096);
+    datei(as + "Slack/storage/root-state.json", 1024);            // settings stay
+    ordnerMitDatei(as + "Code/CachedData", 4096);
+    ordnerMitDatei(as + "Code/User/globalStorage/ext/GPUCache", 4096);  // level 4
+    datei(as + "Code/User/settings.json", 512);
+    ordnerMitDatei(as + "discord/a/b/c/d/Code Cache", 4096);       // level 5: still found
+    ordnerMitDatei(as + "discord/a/b/c/d/e/Cache", 4096);          // level 6: not reached
+    ordnerMitDatei(as + "discord/app-0.0.309", 4096);
+    ordnerMitDatei(as + "discord/app-1.0.9", 4096);
+    ordnerMitDatei(as + "discord/app-1.0.10", 4096);               // newest by number
+    ordnerMitDatei(as + "discord/app-1", 4096);                    // not a version
+    ordnerMitDatei(as + "Electron/Helper.app/Cache", 4096);        // inside a package
+    ordnerMitDatei(as + "Claude/Cache", 4096);
+    ordnerMitDatei(as + "Claude/vm_bundles/claudevm.bundle", 24 * 1024);
+    ordnerMitDatei(as + "com.apple.sharedfilelist/Cache", 4096);
+    ordnerMitDatei(as + "MobileSync/Cache", 4096);
+    ordnerMitDatei(as + "MobileSync/Backup/00008030-000A1B2C3D", 20 * 1024, 200);
+    ordnerMitDatei(as + "AddressBook/Cache", 4096);
+    ordnerMitDatei(as + "Hainbrem/Cache", 4096);
+    datei(as + "Hainbrem/verlauf.json", 256);
+
+    // --- sandbox containers and Mail's opened attachments
+    ordnerMitDatei("Library/Containers/com.example.notes/Data/Library/Caches/com.example.notes", 4096);
+    ordnerMitDatei("Library/Containers/com.example.notes/Data/Library/Caches/WebKit", 4096);
+    datei("Library/Containers/com.example.notes/Data/Documents/Notiz.txt", 1024);
+    ordnerMitDatei("Library/Containers/com.apple.mail/Data/Library/Caches/com.apple.mail", 4096);
+    ordnerMitDatei("Library/Containers/com.apple.mail/Data/Library/Mail Downloads/4F2A-11", 4096, 12,
+                   "Rechnung.pdf");
+
+    // --- developer tools
+    ordnerMitDatei("Library/Developer/Xcode/DerivedData/Aaa-klein", 4096);
+    ordnerMitDatei("Library/Developer/Xcode/DerivedData/Zzz-gross", 32 * 1024);
+    ordnerMitDatei("Library/Developer/Xcode/iOS DeviceSupport/17.0 (21A329)", 4096, 89);
+    ordnerMitDatei("Library/Developer/Xcode/iOS DeviceSupport/16.4 (20E247)", 4096, 91);
+    ordnerMitDatei("Library/Developer/Xcode/watchOS DeviceSupport/10.0 (21R355)", 4096, 120);
+    ordnerMitDatei("Library/Developer/CoreSimulator/Caches/dyld", 8192);
+    ordnerMitDatei(".npm/_cacache", 8192);
+    ordnerMitDatei(".cargo/registry/cache", 4096);
+    ordnerMitDatei(".cargo/registry/src", 4096);
+    ordnerMitDatei("go/pkg/mod/cache", 4096);
+    ordnerMitDatei(".pnpm-store", 4096);
+    ordnerMitDatei(".gradle/caches", 4096);
+    ordnerMitDatei(".bun/install/cache", 4096);
+
+    // --- ~/.cache: Hugging Face models, uv (also a package store), old and fresh tool caches
+    ordnerMitDatei(".cache/huggingface/hub/models--openai--whisper-small", 16 * 1024, 50);
+    ordnerMitDatei(".cache/huggingface/hub/models--bert", 4096, 50);
+    ordnerMitDatei(".cache/uv", 4096, 45);
+    ordnerMitDatei(".cache/altes-werkzeug/tief", 4096, 40);
+    ordnerMitDatei(".cache/neues-werkzeug", 4096, 1);
+    ordnerMitDatei(".cache/lm-studio", 4096, 40);
+
+    // --- logs
+    ordnerMitDatei("Library/Logs/DiagnosticReports", 4096);
+    ordnerMitDatei("Library/Logs/Slack", 4096);
+    datei("Library/Logs/com.example.log", 2048);
+
+    // --- temp folder: old and new, Apple's, and Chrome's self-copies beside it
+    ordner.datei("var/T/alt.tmp", 4096);
+    altere(temp_ / "alt.tmp", 5);
+    ordner.datei("var/T/neu.tmp", 4096);
+    ordner.datei("var/T/com.apple.launchd.abc/x", 4096);
+    altereBaum(temp_ / "com.apple.launchd.abc", 10);
+    ordner.datei("var/T/TemporaryItems/y", 4096);
+    altereBaum(temp_ / "TemporaryItems", 10);
+    const fs::path klone = ordner / "var/X/com.google.Chrome.code_sign_clone";
+    ordner.datei("var/X/com.google.Chrome.code_sign_clone/code_sign_clone.aaa/Chrome", 8192);
+    ordner.datei("var/X/com.google.Chrome.code_sign_clone/code_sign_clone.bbb/Chrome", 8192);
+    ordner.datei("var/X/com.google.Chrome.code_sign_clone/code_sign_clone.ccc/Chrome", 8192);
+    altereBaum(klone / "code_sign_clone.aaa", 5);
+    altereBaum(klone / "code_sign_clone.bbb", 0.01);  // the newest
+    altereBaum(klone / "code_sign_clone.ccc", 2);
+
+    // --- the Trash: old, fresh, without a date, and one entry Hainbrem put there
+    wegwerfen("alt.txt", 10);
+    wegwerfen("frisch.txt", 2);
+    vonHainbrem_ = wegwerfen("Bericht.pages", 30);
+    ordner.datei(((papierkorb_ / "ohne-datum.txt").lexically_relative(ordner.pfad())).native(), 4096);
+    altere(papierkorb_ / "ohne-datum.txt", 40);
+
+    // --- installers: .dmg, xar .pkg, console .pkg, bundle .pkg, .xip, and things that are none
+    const fs::path downloads = plattform::profil(home_).downloads;
+    const fs::path schreibtisch = plattform::profil(home_).schreibtisch;
+    const auto installer = [&](const fs::path& p, std::string_view kopf, double tage) {
+        std::string inhalt(kopf);
+        inhalt.resize(8192, 'i');
+        schreibe(p, inhalt);
+        altere(p, tage);
+    };
+    installer(downloads / "Programm.dmg", "koly", 10);
+    installer(downloads / "Neu.DMG", "koly", 1);
+    installer(downloads / "Installer.pkg", "xar!", 10);
+    installer(downloads / "Spiel.pkg", "\x7F" "CNT", 10);  // a console package, not a Mac installer
+    installer(downloads / "Xcode_15.xip", "xar!", 30);
+    installer(downloads / "Foto.jpg", "\xFF\xD8\xFF\xE0", 30);
+    fs::create_directories(downloads / "Bundle.pkg/Contents");
+    schreibe(downloads / "Bundle.pkg/Contents/Archive.pax", std::string(4096, 'b'));
+    altereBaum(downloads / "Bundle.pkg", 20);
+    installer(schreibtisch / "Setup.mpkg", "xar!", 3);
+
+    // --- Applications: Chrome with an old framework version, a few programs
+    const fs::path versionen =
+        programme_ / "Google Chrome.app/Contents/Frameworks/Google Chrome Framework.framework/Versions";
+    schreibe(versionen / "119.0.6045.105/Google Chrome Framework", std::string(8192, 'c'));
+    schreibe(versionen / "120.0.6099.71/Google Chrome Framework", std::string(8192, 'c'));
+    fs::create_directory_symlink("120.0.6099.71", versionen / "Current");
+    schreibe(programme_ / "Google Chrome.app/Contents/Info.plist", infoPlist("com.google.Chrome", "Google Chrome"));
+    schreibe(programme_ / "Slack.app/Contents/Info.plist", infoPlist("com.tinyspeck.slackmacgap", "Slack"));
+    schreibe(programme_ / "Slack.app/Contents/MacOS/Slack", std::string(4096, 's'));
+    schreibe(programme_ / "Spotify.app/Contents/Info.plist", infoPlist("com.spotify.client", "Spotify"));
+    schreibe(programme_ / "Spotify.app/Contents/MacOS/Spotify", std::string(4096, 's'));
+}
+
+}  // namespace hainbrem::test
