@@ -74,16 +74,16 @@ namespace {
 
 constexpr int ordnerFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY;
 
-struct Knoten {
+struct LoeschOrdner {
     int fd = -1;
-    std::shared_ptr<Knoten> eltern;  // null for the pseudo node holding the item's parent
+    std::shared_ptr<LoeschOrdner> eltern;  // null for the pseudo node holding the item's parent
     std::string name;
     std::atomic<long> offen{1};  // own listing + every subfolder not yet finished
     std::atomic<bool> rechteRepariert{false};
 };
 
 struct Aufgabe {
-    std::shared_ptr<Knoten> eltern;
+    std::shared_ptr<LoeschOrdner> eltern;
     std::string name;
 };
 
@@ -121,7 +121,7 @@ public:
     Loescher(dev_t geraet, std::string wurzelName) : geraet_(geraet), wurzelName_(std::move(wurzelName)) {}
 
     LoeschErgebnis lauf(int elternFd, unsigned faeden) {
-        wurzel_ = std::make_shared<Knoten>();
+        wurzel_ = std::make_shared<LoeschOrdner>();
         wurzel_->fd = elternFd;
         wurzel_->offen = 1;
         stapel_.push_back({wurzel_, wurzelName_});
@@ -146,13 +146,13 @@ private:
         }
     }
 
-    static std::string relPfad(const std::shared_ptr<Knoten>& k, const std::string& name) {
+    static std::string relPfad(const std::shared_ptr<LoeschOrdner>& k, const std::string& name) {
         std::string r = name;
-        for (const Knoten* p = k.get(); p && p->eltern; p = p->eltern.get()) r = p->name + "/" + r;
+        for (const LoeschOrdner* p = k.get(); p && p->eltern; p = p->eltern.get()) r = p->name + "/" + r;
         return r;
     }
 
-    void melde(int nummer, const std::shared_ptr<Knoten>& eltern, const std::string& name) {
+    void melde(int nummer, const std::shared_ptr<LoeschOrdner>& eltern, const std::string& name) {
         std::lock_guard l(fehlerM_);
         if (ergebnis_.fehler) return;
         ergebnis_.fehlerNummer = nummer;
@@ -183,7 +183,7 @@ private:
             abschluss(a.eltern);
             return;
         }
-        auto k = std::make_shared<Knoten>();
+        auto k = std::make_shared<LoeschOrdner>();
         k->fd = fd;
         k->eltern = std::move(a.eltern);
         k->name = std::move(a.name);
@@ -221,7 +221,7 @@ private:
     }
 
     // Unlinks a non-folder entry; false when it turned out to be a folder.
-    bool entferneDatei(const std::shared_ptr<Knoten>& k, const char* n) {
+    bool entferneDatei(const std::shared_ptr<LoeschOrdner>& k, const char* n) {
         if (::unlinkat(k->fd, n, 0) == 0) return true;
         int e = errno;
         if (e == EISDIR) return false;
@@ -234,7 +234,7 @@ private:
         return true;
     }
 
-    void entferneEintrag(const std::shared_ptr<Knoten>& eltern, const char* n) {
+    void entferneEintrag(const std::shared_ptr<LoeschOrdner>& eltern, const char* n) {
         struct stat st;
         if (::fstatat(eltern->fd, n, &st, AT_SYMLINK_NOFOLLOW) != 0) return;
         if (S_ISDIR(st.st_mode)) {
@@ -244,7 +244,7 @@ private:
         if (::unlinkat(eltern->fd, n, 0) != 0 && errno != ENOENT) melde(errno, eltern, n);
     }
 
-    void abschluss(std::shared_ptr<Knoten> k) {
+    void abschluss(std::shared_ptr<LoeschOrdner> k) {
         while (k) {
             if (k->offen.fetch_sub(1) != 1) return;
             if (!k->eltern) {  // the item itself is done
@@ -255,7 +255,7 @@ private:
             }
             ::close(k->fd);
             k->fd = -1;
-            Knoten& e = *k->eltern;
+            LoeschOrdner& e = *k->eltern;
             if (::unlinkat(e.fd, k->name.c_str(), AT_REMOVEDIR) != 0) {
                 int nr = errno;
                 bool wieder = false;
@@ -272,7 +272,7 @@ private:
 
     dev_t geraet_;
     std::string wurzelName_;
-    std::shared_ptr<Knoten> wurzel_;
+    std::shared_ptr<LoeschOrdner> wurzel_;
     std::mutex m_;
     std::condition_variable cv_;
     std::vector<Aufgabe> stapel_;  // last in, first out: keeps open descriptors near depth × threads

@@ -1,0 +1,348 @@
+// hainbrem aufraeumen, entsorgen, verlauf and rueckgaengig: everything that removes or puts back
+// goes through the same confirmation, the disposer and the history.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <ctime>
+
+#include "cli/ausgabe.hpp"
+#include "cli/kommando.hpp"
+#include "kern/bestaetigung.hpp"
+#include "kern/entsorger.hpp"
+#include "kern/format.hpp"
+#include "kern/groesse.hpp"
+#include "kern/katalog.hpp"
+#include "kern/laufend.hpp"
+#include "kern/plattenstand.hpp"
+#include "kern/safetyguard.hpp"
+#include "kern/verlauf.hpp"
+
+namespace hainbrem::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+json alsJson(const Posten& p) {
+    json j;
+    j["pfad"] = p.pfad;
+    j["bytes"] = p.bytes;
+    j["art"] = std::string(rohwert(p.art));
+    j["imPapierkorb"] = p.imPapierkorb ? json(*p.imPapierkorb) : json(nullptr);
+    j["fehler"] = p.fehler ? json(*p.fehler) : json(nullptr);
+    j["zurueckgelegt"] = p.zurueckgelegt;
+    return j;
+}
+
+json alsJson(const Runde& r) {
+    json j;
+    j["id"] = r.id;
+    j["titel"] = r.titel;
+    j["datum"] = isoZeit(r.datum);
+    j["freiVorher"] = r.freiVorher;
+    j["freiNachher"] = r.freiNachher;
+    json posten = json::array();
+    for (const auto& p : r.posten) posten.push_back(alsJson(p));
+    j["posten"] = std::move(posten);
+    j["probelauf"] = r.probelauf;
+    j["gewonnen"] = r.gewonnen();
+    j["erwartet"] = r.erwartet();
+    j["imPapierkorbBytes"] = r.imPapierkorbBytes();
+    j["kannRueckgaengig"] = r.kannRueckgaengig();
+    return j;
+}
+
+json alsJson(const Bestaetigung& b) {
+    json zeilen = json::array();
+    for (const auto& z : b.zeilen)
+        zeilen.push_back({{"art", std::string(rohwert(z.art))}, {"symbol", z.symbol}, {"farbe", z.farbe},
+                          {"anzahl", z.anzahl}, {"titel", z.titel}, {"bytes", z.bytes}, {"text", z.text}});
+    return json{{"zeilen", zeilen},         {"anzahl", b.anzahl},
+                {"bytes", b.bytes},         {"teile", b.teile},
+                {"hinweis", b.hinweis},     {"laufendeBesitzer", b.laufendeBesitzer},
+                {"warnungen", b.warnungen}};
+}
+
+std::string ortszeit(Zeitpunkt t) {
+    const std::time_t s = std::chrono::system_clock::to_time_t(t);
+    std::tm tm{};
+    localtime_r(&s, &tm);
+    char puffer[32];
+    std::strftime(puffer, sizeof puffer, "%d.%m.%Y %H:%M", &tm);
+    return puffer;
+}
+
+void meldeVerlauf(const Verlauf& v) {
+    if (const auto h = v.hinweis()) warnung(*h);
+}
+
+void warneUnlesbar(const Verlauf& v) {
+    if (v.warUnlesbar())
+        warnung("Der Verlauf „" + v.datei().native() +
+                "“ ist nicht lesbar. Er wird beim nächsten Speichern beiseitegelegt, nicht überschrieben.");
+}
+
+// The confirmation as the sheet words it; on stderr when stdout carries JSON.
+void zeigeBestaetigung(const Bestaetigung& b, const std::vector<Fund>& funde, const Kontext& k) {
+    FILE* aus = k.json ? stderr : stdout;
+    for (const auto& z : b.zeilen) {
+        std::fprintf(aus, "%s  %s\n", z.titel.c_str(), alsBytes(z.bytes).c_str());
+        std::fprintf(aus, "  %s\n", z.text.c_str());
+        for (const auto& f : funde)
+            if (f.art == z.art)
+                std::fprintf(aus, "    %10s  %s\n", alsBytes(f.bytes).c_str(), kurzerPfad(f.url, k.home).c_str());
+    }
+    std::fprintf(aus, "Zusammen %s %s\n", alsBytes(b.bytes).c_str(), b.teile.c_str());
+    std::fprintf(aus, "%s\n", b.hinweis.c_str());
+    for (const auto& w : b.warnungen) std::fprintf(aus, "! %s\n", w.c_str());
+    std::fflush(aus);
+}
+
+// true: go on. Asks unless --ja; without a terminal there is nobody to ask.
+bool bestaetigt(bool ja) {
+    if (ja) return true;
+    if (::isatty(0) != 1) {
+        fehler("Keine Rückfrage möglich (kein Terminal). Mit --ja bestätigen – nichts wurde angefasst.");
+        return false;
+    }
+    if (!frage("Fortfahren?")) {
+        fehler("Abgebrochen – nichts wurde angefasst.");
+        return false;
+    }
+    return true;
+}
+
+int fuehreAus(const std::vector<Fund>& funde, const std::string& titel, bool probelauf, bool ja, const Kontext& k,
+              Verlauf& verlauf) {
+    const auto laeuft = laufTest();
+    const Bestaetigung b = bestaetigung(funde, laeuft);
+    zeigeBestaetigung(b, funde, k);
+    if (!probelauf && !bestaetigt(ja)) return 1;
+
+    Entsorger entsorger(SafetyGuard(k.home, k.temp), verlauf, probelauf, laeuft);
+    Fortschritt fortschritt;
+    entsorger.fortschritt = [&](size_t i, size_t n, const Posten& p) {
+        fortschritt.zeige(fmt::format("{} von {}: {}", i + 1, n, kurzerPfad(p.pfad, k.home)));
+    };
+    const Runde r = entsorger.entsorge(funde, titel, k.home);
+    fortschritt.fertig();
+    meldeVerlauf(verlauf);
+
+    const std::string erkl = erklaerung(r, k.home);
+    if (k.json) {
+        json j = alsJson(r);
+        j["erklaerung"] = erkl;
+        j["bestaetigung"] = alsJson(b);
+        druckeJson(j);
+        return 0;
+    }
+    if (r.probelauf) std::printf("\nProbelauf – nichts wurde angefasst.\n");
+    for (const auto& p : r.posten)
+        if (p.fehler) std::printf("  ✗ %s: %s\n", kurzerPfad(p.pfad, k.home).c_str(), p.fehler->c_str());
+    std::printf("\nFreier Platz: %s\n", alsBytes(r.freiNachher).c_str());
+    std::printf("Gewonnen: %s %s\n", alsBytes(r.gewonnen()).c_str(), r.probelauf ? "erwartet" : "gemessen");
+    std::printf("%s\n", erkl.c_str());
+    if (!r.probelauf) {
+        std::printf("Runde %s\n", r.id.c_str());
+        if (r.kannRueckgaengig()) std::printf("Rückgängig: hainbrem rueckgaengig %s\n", r.id.c_str());
+    }
+    return 0;
+}
+
+// ---------------------------------------------------------------- aufraeumen
+
+struct {
+    std::vector<std::string> regeln;
+    bool alle = false, probelauf = false, ja = false;
+} aufraeumenOpt;
+
+int aufraeumen(const Kontext& k) {
+    for (const auto& id : aufraeumenOpt.regeln)
+        if (!Katalog::regel(id)) return fehler("Unbekannte Regel „" + id + "“. Die Regeln zeigt: hainbrem regeln");
+    Verlauf verlauf(Verlauf::standardDatei(k.home));
+    warneUnlesbar(verlauf);
+    Umgebung u{k.home, k.temp, Zugriff::vollzugriff(k.home), laufTest(), verlauf.imPapierkorb()};
+    Fortschritt fortschritt;
+    const auto ergebnisse = Katalog::pruefe(
+        u, [&](double anteil) { fortschritt.zeige(fmt::format("Prüfe … {:.0f} %", anteil * 100.0)); });
+    fortschritt.fertig();
+
+    std::vector<Fund> funde;
+    std::vector<std::string> titel;
+    for (const auto& e : ergebnisse) {
+        const bool genannt = std::find(aufraeumenOpt.regeln.begin(), aufraeumenOpt.regeln.end(), e.regel.id) !=
+                             aufraeumenOpt.regeln.end();
+        bool genommen = false;
+        for (const auto& f : e.funde) {
+            const bool nimm = aufraeumenOpt.alle || genannt || (aufraeumenOpt.regeln.empty() && f.vorgewaehlt);
+            if (nimm) {
+                funde.push_back(f);
+                genommen = true;
+            }
+        }
+        if (genommen) titel.push_back(e.regel.titel);
+    }
+    if (funde.empty()) {
+        if (k.json) druckeJson(json::object({{"posten", json::array()}}));
+        else std::printf("Nichts zu tun: keine Funde ausgewählt.\n");
+        return 0;
+    }
+    const std::string rundenTitel = titel.size() == 1 ? titel.front() : "Aufräumen: " + std::to_string(titel.size()) + " Regeln";
+    return fuehreAus(funde, rundenTitel, aufraeumenOpt.probelauf, aufraeumenOpt.ja, k, verlauf);
+}
+
+const bool aufraeumenRegistriert = registriere({
+    .name = "aufraeumen",
+    .beschreibung = "Funde des Katalogs entsorgen (vorgewählte, die einer Regel oder alle)",
+    .reihenfolge = 30,
+    .optionen =
+        [](CLI::App& a) {
+            a.add_option("--regel", aufraeumenOpt.regeln, "Alle Funde dieser Regel (mehrfach möglich)");
+            a.add_flag("--alle", aufraeumenOpt.alle, "Alle Funde, auch nicht vorgewählte");
+            a.add_flag("--probelauf", aufraeumenOpt.probelauf, "Nur zeigen, was geschähe; nichts anfassen");
+            a.add_flag("--ja", aufraeumenOpt.ja, "Ohne Rückfrage ausführen");
+        },
+    .ausfuehren = aufraeumen,
+});
+
+// ---------------------------------------------------------------- entsorgen
+
+struct {
+    std::vector<std::string> pfade;
+    bool papierkorb = false, loeschen = false, probelauf = false, ja = false;
+} entsorgenOpt;
+
+int entsorgen(const Kontext& k) {
+    if (entsorgenOpt.papierkorb && entsorgenOpt.loeschen)
+        return fehler("Entweder --papierkorb oder --loeschen, nicht beides.");
+    const Entsorgung art = entsorgenOpt.loeschen ? Entsorgung::loeschen : Entsorgung::papierkorb;
+    const SafetyGuard waechter(k.home, k.temp);
+    std::vector<Fund> funde;
+    int status = 0;
+    for (const auto& roh : entsorgenOpt.pfade) {
+        std::error_code e;
+        const fs::path url = (fs::path(roh).is_absolute() ? fs::path(roh) : fs::current_path(e) / roh).lexically_normal();
+        const fs::path ohneSchraegstrich = url.has_filename() ? url : url.parent_path();
+        struct stat st;
+        if (::lstat(ohneSchraegstrich.c_str(), &st) != 0) {
+            status = fehler("„" + roh + "“ gibt es nicht.");
+            continue;
+        }
+        if (const Urteil u = waechter.pruefe(ohneSchraegstrich, art); !u.istErlaubt()) {
+            status = fehler("„" + roh + "“: " + u.grund() + " – bleibt liegen.");
+            continue;
+        }
+        Fund f;
+        f.url = ohneSchraegstrich;
+        f.bytes = Groesse::belegt(ohneSchraegstrich);
+        f.art = art;
+        f.vorgewaehlt = true;
+        funde.push_back(std::move(f));
+    }
+    if (funde.empty()) return status ? status : fehler("Nichts zu entsorgen.");
+    Verlauf verlauf(Verlauf::standardDatei(k.home));
+    warneUnlesbar(verlauf);
+    const std::string titel =
+        funde.size() == 1 ? "Entsorgen: " + funde.front().name() : std::to_string(funde.size()) + " Pfade entsorgen";
+    const int s = fuehreAus(funde, titel, entsorgenOpt.probelauf, entsorgenOpt.ja, k, verlauf);
+    return s ? s : status;
+}
+
+const bool entsorgenRegistriert = registriere({
+    .name = "entsorgen",
+    .beschreibung = "Einzelne Dateien oder Ordner in den Papierkorb legen oder endgültig löschen",
+    .reihenfolge = 31,
+    .optionen =
+        [](CLI::App& a) {
+            a.add_option("pfad", entsorgenOpt.pfade, "Datei oder Ordner")->required();
+            a.add_flag("--papierkorb", entsorgenOpt.papierkorb, "In den Papierkorb (Vorgabe)");
+            a.add_flag("--loeschen", entsorgenOpt.loeschen, "Endgültig löschen");
+            a.add_flag("--probelauf", entsorgenOpt.probelauf, "Nur zeigen, was geschähe; nichts anfassen");
+            a.add_flag("--ja", entsorgenOpt.ja, "Ohne Rückfrage ausführen");
+        },
+    .ausfuehren = entsorgen,
+});
+
+// ---------------------------------------------------------------- verlauf
+
+int verlaufZeigen(const Kontext& k) {
+    Verlauf verlauf(Verlauf::standardDatei(k.home));
+    warneUnlesbar(verlauf);
+    const auto runden = verlauf.runden();
+    if (k.json) {
+        json liste = json::array();
+        for (const auto& r : runden) liste.push_back(alsJson(r));
+        druckeJson(liste);
+        return 0;
+    }
+    if (runden.empty()) {
+        std::printf("Noch keine Runde im Verlauf.\n");
+        return 0;
+    }
+    for (const auto& r : runden) {
+        std::printf("%s  %s\n", ortszeit(r.datum).c_str(), r.titel.c_str());
+        std::printf("  Gewonnen %s · %zu Teile · %zu Fehler%s\n", alsBytes(r.gewonnen()).c_str(), r.posten.size(),
+                    r.fehlerAnzahl(), r.kannRueckgaengig() ? " · rückgängig möglich" : "");
+        std::printf("  %s\n", r.id.c_str());
+    }
+    return 0;
+}
+
+const bool verlaufRegistriert = registriere({
+    .name = "verlauf",
+    .beschreibung = "Bisherige Aufräum-Runden zeigen",
+    .reihenfolge = 32,
+    .optionen = nullptr,
+    .ausfuehren = verlaufZeigen,
+});
+
+// ---------------------------------------------------------------- rueckgaengig
+
+std::string rueckgaengigId;
+
+std::string gross(std::string s) {
+    for (auto& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return s;
+}
+
+int rueckgaengig(const Kontext& k) {
+    Verlauf verlauf(Verlauf::standardDatei(k.home));
+    warneUnlesbar(verlauf);
+    // the whole id, or a unique beginning of at least 4 characters
+    const std::string gesucht = gross(rueckgaengigId);
+    std::vector<std::string> treffer;
+    for (const auto& r : verlauf.runden()) {
+        if (gross(r.id) == gesucht) {
+            treffer = {r.id};
+            break;
+        }
+        if (gesucht.size() >= 4 && gross(r.id).starts_with(gesucht)) treffer.push_back(r.id);
+    }
+    if (treffer.empty()) return fehler("Keine Runde mit der Kennung „" + rueckgaengigId + "“ im Verlauf.");
+    if (treffer.size() > 1) return fehler("„" + rueckgaengigId + "“ passt zu mehreren Runden – bitte länger angeben.");
+
+    Entsorger entsorger(SafetyGuard(k.home, k.temp), verlauf);
+    const auto ergebnis = entsorger.rueckgaengig(treffer.front());
+    meldeVerlauf(verlauf);
+    if (k.json) {
+        json j{{"id", treffer.front()}, {"zurueck", ergebnis.zurueck}, {"fehler", ergebnis.fehler}};
+        if (const auto r = verlauf.runde(treffer.front())) j["runde"] = alsJson(*r);
+        druckeJson(j);
+    } else {
+        std::printf("%d zurückgelegt.\n", ergebnis.zurueck);
+        for (const auto& f : ergebnis.fehler) std::printf("  ✗ %s\n", f.c_str());
+    }
+    return ergebnis.fehler.empty() ? 0 : 1;
+}
+
+const bool rueckgaengigRegistriert = registriere({
+    .name = "rueckgaengig",
+    .beschreibung = "Die Papierkorb-Teile einer Runde zurücklegen",
+    .reihenfolge = 33,
+    .optionen = [](CLI::App& a) { a.add_option("id", rueckgaengigId, "Kennung der Runde (aus hainbrem verlauf)")->required(); },
+    .ausfuehren = rueckgaengig,
+});
+
+}  // namespace
+}  // namespace hainbrem::cli
