@@ -1,0 +1,324 @@
+// hainbrem scan [PFAD | --platte], hainbrem gross, hainbrem duplikate [PFAD]
+#include <fmt/format.h>
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <future>
+#include <thread>
+
+#include "cli/ausgabe.hpp"
+#include "cli/kommando.hpp"
+#include "kern/duplikate.hpp"
+#include "kern/format.hpp"
+#include "kern/rechnen.hpp"
+#include "kern/tiefenscan.hpp"
+#include "plattform/plattform.hpp"
+
+namespace hainbrem::cli {
+namespace {
+
+std::atomic<bool> unterbrochen{false};
+extern "C" void beiUnterbrechung(int) { unterbrochen.store(true); }
+
+// Ctrl-C ends the scan early and still shows what was found up to then.
+struct Unterbrechung {
+    Unterbrechung() {
+        struct sigaction sa {};
+        sa.sa_handler = beiUnterbrechung;
+        sigemptyset(&sa.sa_mask);
+        ::sigaction(SIGINT, &sa, &alt);
+    }
+    ~Unterbrechung() { ::sigaction(SIGINT, &alt, nullptr); }
+    struct sigaction alt {};
+};
+
+struct ScanWahl {
+    std::string pfad;
+    bool platte = false;
+};
+
+std::optional<std::string> pruefePfad(const std::string& pfad) {
+    struct stat st;
+    if (::lstat(pfad.c_str(), &st) != 0)
+        return fmt::format("„{}“ gibt es nicht oder ist nicht erreichbar ({}).", pfad,
+                           errno == ENOENT ? "nicht gefunden" : std::strerror(errno));
+    if (!S_ISDIR(st.st_mode)) return fmt::format("„{}“ ist kein Ordner.", pfad);
+    return std::nullopt;
+}
+
+// Runs the scan in the background and shows files and bytes so far on a terminal.
+TiefenscanErgebnis scanneMitAnzeige(const Kontext& k, const ScanWahl& wahl, bool kandidatenImPfad) {
+    ScanFortschritt fortschritt;
+    std::stop_source stopp;
+    Unterbrechung unterbrechung;
+    auto aufgabe = std::async(std::launch::async, [&] {
+        if (wahl.platte) return Tiefenscan::scanneGanzePlatte(k.home, plattform::vollzugriff(k.home), fortschritt,
+                                                               stopp.get_token());
+        if (wahl.pfad.empty())
+            return Tiefenscan::scanne(k.home, plattform::vollzugriff(k.home), fortschritt, stopp.get_token());
+        return Tiefenscan::scanneOrdner(wahl.pfad, kandidatenImPfad ? wahl.pfad : k.home.native(), fortschritt,
+                                        stopp.get_token());
+    });
+    Fortschritt anzeige;
+    while (aufgabe.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready) {
+        if (unterbrochen.load()) stopp.request_stop();
+        anzeige.zeige(fmt::format("Durchsuche … {} Dateien, {}{}",
+                                  fortschritt.dateien.load(std::memory_order_relaxed),
+                                  alsBytes(fortschritt.bytes.load(std::memory_order_relaxed)),
+                                  stopp.stop_requested() ? " (wird abgebrochen)" : ""));
+    }
+    anzeige.fertig();
+    auto e = aufgabe.get();
+    if (stopp.stop_requested()) warnung("Abgebrochen – das Ergebnis ist unvollständig.");
+    return e;
+}
+
+json alsJson(const DateiInfo& d) {
+    return json{{"pfad", d.pfad},
+                {"name", d.name()},
+                {"groesse", d.groesse},
+                {"belegt", d.belegt},
+                {"geaendert", isoDatum(d.geaendert)},
+                {"geoeffnet", isoDatum(d.geoeffnet)},
+                {"inode", d.inode},
+                {"istPaket", d.istPaket}};
+}
+
+json alsJson(const Knoten& k) {
+    json kinder = json::array();
+    for (const auto& c : k.kinder) kinder.push_back(alsJson(*c));
+    return json{{"name", k.name},
+                {"pfad", k.pfad},
+                {"bytes", k.bytes},
+                {"dateien", k.dateien},
+                {"istOrdner", k.istOrdner},
+                {"istPaket", k.istPaket},
+                {"unvollstaendig", k.unvollstaendig},
+                {"erklaerung", k.erklaerung ? json(*k.erklaerung) : json(nullptr)},
+                {"kinder", std::move(kinder)}};
+}
+
+std::string balken(double anteil, int breite = 20) {
+    const int voll = static_cast<int>(std::lround(std::clamp(anteil, 0.0, 1.0) * breite));
+    std::string b;
+    for (int i = 0; i < breite; ++i) b += i < voll ? "█" : "░";
+    return b;
+}
+
+std::string anteilText(int64_t teil, int64_t ganz) {
+    if (ganz <= 0) return "   –  ";
+    return fmt::format("{:5.1f} %", 100.0 * static_cast<double>(teil) / static_cast<double>(ganz));
+}
+
+void druckeBaum(const Knoten& k, const Kontext& kx, int64_t ganz, int ebene, int maxEbene, int maxZeilen) {
+    if (ebene >= maxEbene) return;
+    int zeilen = 0;
+    for (const auto& c : k.kinder) {
+        if (zeilen++ >= maxZeilen) {
+            std::printf("%*s  … %zu weitere\n", 4 * ebene + 36, "", k.kinder.size() - static_cast<size_t>(maxZeilen));
+            break;
+        }
+        const std::string name = c->istVirtuell() ? c->name : (ebene == 0 ? kurzerPfad(c->pfad, kx.home) : c->name);
+        std::printf("%12s %s %s %*s%s%s%s%s\n", alsBytes(c->bytes).c_str(),
+                    anteilText(c->bytes, ganz).c_str(), balken(ganz > 0 ? static_cast<double>(c->bytes) /
+                                                                           static_cast<double>(ganz)
+                                                                     : 0)
+                                                           .c_str(),
+                    2 * ebene, "", name.c_str(), c->istOrdner && !c->istVirtuell() ? "/" : "",
+                    c->istPaket ? "  (Paket)" : "", c->unvollstaendig ? "  (unvollständig)" : "");
+        druckeBaum(*c, kx, ganz, ebene + 1, maxEbene, ebene == 0 ? 10 : 5);
+    }
+    if (ebene == 0 && k.kleinkram() > 0)
+        std::printf("%12s %s %s %s\n", alsBytes(k.kleinkram()).c_str(), anteilText(k.kleinkram(), ganz).c_str(),
+                    balken(ganz > 0 ? static_cast<double>(k.kleinkram()) / static_cast<double>(ganz) : 0).c_str(),
+                    "Kleinkram (kleinere Dateien und Ordner)");
+}
+
+std::string dauerText(double s) { return fmt::format("{:.1f} s", s); }
+
+std::string alterText(Zeitpunkt t) {
+    const auto tage = std::chrono::duration_cast<std::chrono::hours>(std::chrono::system_clock::now() - t).count() / 24;
+    if (tage < 1) return "heute";
+    if (tage == 1) return "vor 1 Tag";
+    if (tage < 60) return fmt::format("vor {} Tagen", tage);
+    if (tage < 730) return fmt::format("vor {} Monaten", tage / 30);
+    return fmt::format("vor {} Jahren", tage / 365);
+}
+
+void druckeUnlesbarUndAusgelassen(const TiefenscanErgebnis& e, const Kontext& k) {
+    if (e.unlesbar > 0)
+        std::printf("Nicht lesbar: %lld Eintr%s (die Größen sind Untergrenzen)\n", static_cast<long long>(e.unlesbar),
+                    e.unlesbar == 1 ? "ag" : "äge");
+    for (const auto& a : e.ausgelassen) std::printf("Ausgelassen: %s\n", kurzerPfad(a, k.home).c_str());
+}
+
+// ---- scan ----
+
+ScanWahl scanWahl;
+int tiefeAnzeige = 2;
+
+int scan(const Kontext& k) {
+    if (!scanWahl.pfad.empty())
+        if (auto f = pruefePfad(scanWahl.pfad)) return fehler(*f);
+    const auto e = scanneMitAnzeige(k, scanWahl, false);
+    if (!e.wurzel) return fehler("Der Ordner ließ sich nicht lesen.");
+    if (k.json) {
+        json grosse = json::array();
+        for (const auto& d : e.grosse) grosse.push_back(alsJson(d));
+        json j = alsJson(*e.wurzel);
+        druckeJson(json{{"wurzel", j},
+                        {"grosse", grosse},
+                        {"unlesbar", e.unlesbar},
+                        {"ausgelassen", e.ausgelassen},
+                        {"dauer", e.dauer},
+                        {"datum", isoDatum(e.datum)},
+                        {"ganzePlatte", e.ganzePlatte}});
+        return 0;
+    }
+    const Knoten& w = *e.wurzel;
+    std::printf("%s: %s in %lld Dateien\n\n", w.istVirtuell() ? w.name.c_str() : kurzerPfad(w.pfad, k.home).c_str(),
+                alsBytes(w.bytes).c_str(), static_cast<long long>(w.dateien));
+    druckeBaum(w, k, w.bytes, 0, std::max(tiefeAnzeige, 1), 15);
+    std::printf("\n");
+    for (const auto& c : w.kinder)
+        for (const auto* n : {c.get()})
+            if (n->istVirtuell() && n->erklaerung) std::printf("%s: %s\n", n->name.c_str(), n->erklaerung->c_str());
+    if (!e.grosse.empty())
+        std::printf("Große Dateien und Pakete: %zu (hainbrem gross zeigt sie)\n", e.grosse.size());
+    druckeUnlesbarUndAusgelassen(e, k);
+    std::printf("Dauer: %s\n", dauerText(e.dauer).c_str());
+    return 0;
+}
+
+const bool scanRegistriert = registriere({
+    .name = "scan",
+    .beschreibung = "Belegten Platz nach Ordnern aufschlüsseln (Home, ein Ordner oder die ganze Platte)",
+    .reihenfolge = 40,
+    .optionen =
+        [](CLI::App& a) {
+            auto* p = a.add_option("pfad", scanWahl.pfad, "Ordner (ohne: dein Home-Ordner)");
+            a.add_flag("--platte", scanWahl.platte, "Die ganze Startplatte durchsuchen")->excludes(p);
+            a.add_option("--tiefe", tiefeAnzeige, "Wie viele Ebenen gezeigt werden (Text)")->check(CLI::Range(1, 10));
+        },
+    .ausfuehren = scan,
+});
+
+// ---- gross ----
+
+ScanWahl grossWahl;
+std::optional<int> aelterAls;
+
+int gross(const Kontext& k) {
+    if (!grossWahl.pfad.empty())
+        if (auto f = pruefePfad(grossWahl.pfad)) return fehler(*f);
+    const auto e = scanneMitAnzeige(k, grossWahl, false);
+    const auto jetzt = std::chrono::system_clock::now();
+    std::vector<DateiInfo> liste;
+    for (const auto& d : e.grosse)
+        if (!aelterAls || jetzt - d.geaendert > std::chrono::seconds(int64_t{*aelterAls} * 86'400)) liste.push_back(d);
+    if (k.json) {
+        json j = json::array();
+        for (const auto& d : liste) j.push_back(alsJson(d));
+        druckeJson(json{{"grosse", j}, {"unlesbar", e.unlesbar}, {"ausgelassen", e.ausgelassen}, {"dauer", e.dauer}});
+        return 0;
+    }
+    if (liste.empty()) {
+        std::printf("Keine großen Dateien (ab %s)%s gefunden.\n", alsBytes(Tiefenscan::grossAb).c_str(),
+                    aelterAls ? fmt::format(", älter als {} Tage,", *aelterAls).c_str() : "");
+    } else {
+        int64_t summe = 0;
+        for (const auto& d : liste) {
+            summe = addiere(summe, d.belegt);
+            std::printf("%12s  %-16s %s%s\n", alsBytes(d.belegt).c_str(), alterText(d.geaendert).c_str(),
+                        kurzerPfad(d.pfad, k.home).c_str(), d.istPaket ? "  (Paket)" : "");
+        }
+        std::printf("\n%zu Einträge, zusammen %s\n", liste.size(), alsBytes(summe).c_str());
+    }
+    druckeUnlesbarUndAusgelassen(e, k);
+    return 0;
+}
+
+const bool grossRegistriert = registriere({
+    .name = "gross",
+    .beschreibung = "Große Dateien und Pakete zeigen, die größten zuerst",
+    .reihenfolge = 41,
+    .optionen =
+        [](CLI::App& a) {
+            auto* p = a.add_option("pfad", grossWahl.pfad, "Ordner (ohne: dein Home-Ordner)");
+            a.add_flag("--platte", grossWahl.platte, "Die ganze Startplatte durchsuchen")->excludes(p);
+            a.add_option("--aelter-als", aelterAls, "Nur Dateien, die seit mehr als TAGE Tagen unverändert sind")
+                ->check(CLI::NonNegativeNumber);
+        },
+    .ausfuehren = gross,
+});
+
+// ---- duplikate ----
+
+ScanWahl dupWahl;
+
+int duplikate(const Kontext& k) {
+    if (!dupWahl.pfad.empty())
+        if (auto f = pruefePfad(dupWahl.pfad)) return fehler(*f);
+    const auto e = scanneMitAnzeige(k, dupWahl, true);
+    std::stop_source stopp;
+    Unterbrechung unterbrechung;
+    std::atomic<double> anteil{0};
+    auto aufgabe = std::async(std::launch::async, [&] {
+        return Duplikate::finde(e.kandidaten, [&](double a) { anteil.store(a); }, stopp.get_token());
+    });
+    {
+        Fortschritt anzeige;
+        while (aufgabe.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready) {
+            if (unterbrochen.load()) stopp.request_stop();
+            anzeige.zeige(fmt::format("Vergleiche {} Dateien … {:.0f} %", e.kandidaten.size(), anteil.load() * 100));
+        }
+    }
+    const auto gruppen = aufgabe.get();
+    if (stopp.stop_requested()) warnung("Abgebrochen – nicht alle Dateien wurden verglichen.");
+    if (k.json) {
+        json j = json::array();
+        for (const auto& g : gruppen) {
+            json dateien = json::array();
+            for (const auto& d : g.dateien) dateien.push_back(alsJson(d));
+            j.push_back(json{{"id", g.id},
+                             {"behalten", g.behalten},
+                             {"wirklichFrei", g.wirklichFrei},
+                             {"verschwendet", g.verschwendet()},
+                             {"sindKlone", g.sindKlone()},
+                             {"dateien", dateien}});
+        }
+        druckeJson(json{{"gruppen", j}, {"kandidaten", e.kandidaten.size()}, {"unlesbar", e.unlesbar}});
+        return 0;
+    }
+    if (gruppen.empty()) {
+        std::printf("Keine doppelten Dateien gefunden (%zu Dateien ab 1 MB verglichen).\n", e.kandidaten.size());
+        return 0;
+    }
+    int64_t frei = 0;
+    for (const auto& g : gruppen) {
+        frei = addiere(frei, g.wirklichFrei);
+        std::printf("%zu × %s – wirklich frei: %s%s\n", g.dateien.size(), alsBytes(g.dateien.front().groesse).c_str(),
+                    alsBytes(g.wirklichFrei).c_str(),
+                    g.sindKlone() ? "  (Klone: teilen sich den Speicher, Löschen bringt kaum Platz)" : "");
+        for (const auto& d : g.dateien)
+            std::printf("  %s %s\n", d.pfad == g.behalten ? "behalten:" : "Kopie:   ", kurzerPfad(d.pfad, k.home).c_str());
+    }
+    std::printf("\n%zu Gruppen; wirklich frei würden %s.\n", gruppen.size(), alsBytes(frei).c_str());
+    druckeUnlesbarUndAusgelassen(e, k);
+    return 0;
+}
+
+const bool duplikateRegistriert = registriere({
+    .name = "duplikate",
+    .beschreibung = "Doppelte Dateien ab 1 MB finden (Größe, Anfang und Ende, dann der ganze Inhalt)",
+    .reihenfolge = 42,
+    .optionen = [](CLI::App& a) { a.add_option("pfad", dupWahl.pfad, "Ordner (ohne: dein Home-Ordner)"); },
+    .ausfuehren = duplikate,
+});
+
+}  // namespace
+}  // namespace hainbrem::cli
