@@ -1,0 +1,320 @@
+#include "kern/projekte.hpp"
+
+#include <gtest/gtest.h>
+#include <plist/plist.h>
+
+#include <algorithm>
+#include <atomic>
+#include <fstream>
+
+#include "kern/dienste.hpp"
+#include "kern/eigenschaftsliste.hpp"
+#include "testordner.hpp"
+
+namespace hainbrem {
+namespace {
+
+using test::altere;
+
+struct Welt {
+    test::Testordner t;
+    fs::path home = t.ordner("home");
+    Umgebung umgebung{home, t.ordner("tmp"), false, nullptr, {}};
+
+    // A project below home with `marker` beside the build folder `bau` holding `bytes`.
+    fs::path projekt(std::string_view rel, std::string_view bau, std::string_view marker, size_t bytes = 4096) const {
+        const fs::path p = t.ordner("home/" + std::string(rel));
+        if (!marker.empty()) t.datei("home/" + std::string(rel) + "/" + std::string(marker), 10);
+        t.datei("home/" + std::string(rel) + "/" + std::string(bau) + "/inhalt.bin", bytes);
+        return p;
+    }
+    void schreibe(std::string_view rel, std::string_view text) const {
+        t.datei("home/" + std::string(rel));
+        std::ofstream(home / rel) << text;
+    }
+    std::vector<std::string> gefunden(int tiefe = Projekte::standardTiefe) const {
+        std::vector<std::string> aus;
+        for (const auto& b : Projekte::finde(umgebung, tiefe)) aus.push_back(fs::relative(b.fund.url, home).native());
+        std::sort(aus.begin(), aus.end());
+        return aus;
+    }
+};
+
+// Ages every entry of the project, so its newest change lies `tage` days back.
+void altereProjekt(const fs::path& projekt, double tage) {
+    for (const auto& e : fs::directory_iterator(projekt)) altere(e.path(), tage);
+}
+
+TEST(Projekte, NurMitProjektdateiDanebenUndNurInDenWurzeln) {
+    Welt w;
+    w.projekt("Projects/web", "node_modules", "package.json");
+    w.projekt("Projects/lose", "node_modules", "");                // no package.json: could be own data
+    w.projekt("Projects/falsch", "node_modules", "Cargo.toml");    // wrong marker for the folder
+    w.projekt("Code/rost", "target", "Cargo.toml");
+    w.projekt("src/java", "target", "pom.xml");
+    w.projekt("Documents/app", ".venv", "requirements.txt");
+    w.projekt("Desktop/swift", ".build", "Package.swift");
+    w.projekt("dev/flutter", ".dart_tool", "pubspec.yaml");
+    w.projekt("GitHub/ios", "Pods", "Podfile");
+    w.projekt("Developer/gradle", ".gradle", "settings.gradle.kts");
+    w.projekt("Sites/next", ".next", "package.json");
+    w.projekt("Projekte/xcode", "DerivedData", "App.xcodeproj");
+    w.projekt("Anderswo/web", "node_modules", "package.json");     // not a search root
+    w.projekt("Projects/nurTarget", "target", "package.json");
+    EXPECT_EQ(w.gefunden(), (std::vector<std::string>{
+                                "Code/rost/target", "Desktop/swift/.build", "Developer/gradle/.gradle",
+                                "Documents/app/.venv", "GitHub/ios/Pods", "Projects/web/node_modules",
+                                "Projekte/xcode/DerivedData", "Sites/next/.next", "dev/flutter/.dart_tool",
+                                "src/java/target"}));
+}
+
+TEST(Projekte, VersteckteOrdnerGitUndBauordnerWerdenNichtDurchsucht) {
+    Welt w;
+    w.projekt("Projects/.versteckt/app", "node_modules", "package.json");
+    w.projekt("Projects/repo/.git/modules/app", "node_modules", "package.json");
+    // inside a build folder nothing is searched, so the inner one never shows up
+    w.projekt("Projects/web", "node_modules", "package.json");
+    w.projekt("Projects/web/node_modules/paket", "node_modules", "package.json");
+    // ".build" is a build folder, not a hidden one; what it holds is not searched
+    w.projekt("Projects/swift", ".build", "Package.swift");
+    w.projekt("Projects/swift/.build/checkouts/dep", ".build", "Package.swift");
+    // ".build" without its marker: skipped, and being a build folder also not descended into
+    w.projekt("Projects/ohne/.build/x", "node_modules", "package.json");
+    EXPECT_EQ(w.gefunden(), (std::vector<std::string>{"Projects/swift/.build", "Projects/web/node_modules"}));
+}
+
+TEST(Projekte, TiefeZaehltAbDerWurzel) {
+    Welt w;
+    w.projekt("Projects/a/b/c/d/e", "node_modules", "package.json");    // level 6
+    w.projekt("Projects/a/b/c/d/e/f", "target", "Cargo.toml");          // level 7
+    EXPECT_EQ(w.gefunden(6), (std::vector<std::string>{"Projects/a/b/c/d/e/node_modules"}));
+    EXPECT_EQ(w.gefunden(7),
+              (std::vector<std::string>{"Projects/a/b/c/d/e/f/target", "Projects/a/b/c/d/e/node_modules"}));
+    EXPECT_TRUE(w.gefunden(5).empty());
+}
+
+TEST(Projekte, VerschachtelteKandidatenFallenWeg) {
+    using Paare = std::vector<std::pair<fs::path, fs::path>>;
+    auto paar = [](std::string p) { return std::pair<fs::path, fs::path>(p, fs::path(p).parent_path()); };
+    const Paare ein{paar("/h/P/a/node_modules"), paar("/h/P/a/node_modules/x/node_modules"),
+                    paar("/h/P/a/node_modules-alt/node_modules"), paar("/h/P/a.b/target"),
+                    paar("/h/P/a/node_modules/y/z/.venv")};
+    // a name that merely starts like another candidate is no nesting
+    EXPECT_EQ(Projekte::ohneVerschachtelte(ein),
+              (Paare{paar("/h/P/a/node_modules"), paar("/h/P/a/node_modules-alt/node_modules"),
+                     paar("/h/P/a.b/target")}));
+}
+
+TEST(Projekte, VorauswahlErstNachMehrAlsDreissigTagen) {
+    Welt w;
+    const fs::path jung = w.projekt("Projects/jung", "node_modules", "package.json", 8192);
+    const fs::path alt = w.projekt("Projects/alt", "node_modules", "package.json", 4096);
+    w.t.datei("home/Projects/alt/src/index.js", 100);
+    altereProjekt(jung, 29);
+    altereProjekt(alt, 31);
+    // the build folder itself was just written: it must not make the project look busy
+    altere(alt / "node_modules", 0);
+    const auto funde = Projekte::finde(w.umgebung);
+    ASSERT_EQ(funde.size(), 2u);
+    // largest first
+    EXPECT_EQ(funde[0].fund.url, jung / "node_modules");
+    EXPECT_FALSE(funde[0].fund.vorgewaehlt);
+    EXPECT_EQ(funde[1].fund.url, alt / "node_modules");
+    EXPECT_TRUE(funde[1].fund.vorgewaehlt);
+    for (const auto& b : funde) {
+        EXPECT_EQ(b.fund.art, Entsorgung::loeschen);
+        EXPECT_FALSE(b.fund.besitzer);
+        EXPECT_FALSE(b.fund.datum);
+        EXPECT_FALSE(b.fund.titel);
+        EXPECT_EQ(b.projekt, b.fund.url.parent_path());
+        ASSERT_TRUE(b.zuletzt);
+        EXPECT_GT(b.fund.bytes, 4000);
+    }
+    EXPECT_GT(funde[0].fund.bytes, funde[1].fund.bytes);
+    const auto alter = std::chrono::system_clock::now() - *funde[1].zuletzt;
+    EXPECT_GT(alter, std::chrono::hours(24 * 30));
+    EXPECT_LT(alter, std::chrono::hours(24 * 32));
+}
+
+TEST(Projekte, GrenzeIstEchtGroesser) {
+    Welt w;
+    const fs::path p = w.projekt("Projects/genau", "node_modules", "package.json");
+    altereProjekt(p, 40);
+    const Zeitpunkt z = *Projekte::juengsteAenderung(p, "node_modules");
+    EXPECT_FALSE(Projekte::finde(w.umgebung, 6, {}, z + Projekte::ruhezeit).front().fund.vorgewaehlt);
+    EXPECT_TRUE(Projekte::finde(w.umgebung, 6, {}, z + Projekte::ruhezeit + std::chrono::seconds(1))
+                    .front()
+                    .fund.vorgewaehlt);
+}
+
+TEST(Projekte, JuengsteAenderungLaesstDenBauordnerAus) {
+    Welt w;
+    const fs::path p = w.projekt("Projects/x", "node_modules", "package.json");
+    altere(p / "package.json", 50);
+    const auto ohne = Projekte::juengsteAenderung(p, "node_modules");
+    const auto mit = Projekte::juengsteAenderung(p, "");
+    ASSERT_TRUE(ohne && mit);
+    EXPECT_GT(std::chrono::system_clock::now() - *ohne, std::chrono::hours(24 * 49));
+    EXPECT_LT(std::chrono::system_clock::now() - *mit, std::chrono::hours(1));
+    EXPECT_FALSE(Projekte::juengsteAenderung(w.home / "gibtsnicht", "x"));
+    fs::remove(p / "package.json");
+    EXPECT_FALSE(Projekte::juengsteAenderung(p, "node_modules"));  // nothing else to read
+}
+
+struct DienstFall {
+    const char* art;
+    std::string datei;
+    std::string inhalt;  // "@P" stands for the project's path
+};
+
+class ProjekteDienst : public ::testing::TestWithParam<DienstFall> {};
+
+TEST_P(ProjekteDienst, GenutztesProjektWirdNieVorgewaehlt) {
+    Welt w;
+    const fs::path genutzt = w.projekt("Projects/bot", "node_modules", "package.json");
+    const fs::path frei = w.projekt("Projects/botanik", "node_modules", "package.json");  // shares a prefix
+    altereProjekt(genutzt, 60);
+    altereProjekt(frei, 60);
+    std::string inhalt = GetParam().inhalt;
+    for (size_t i; (i = inhalt.find("@P")) != std::string::npos;) inhalt.replace(i, 2, genutzt.native());
+    w.schreibe(GetParam().datei, inhalt);
+
+    const auto pfade = Projekte::dienstPfade(w.umgebung);
+    EXPECT_TRUE(std::any_of(pfade.begin(), pfade.end(),
+                            [&](const std::string& p) { return Dienste::liegtIn(p, genutzt.native()); }));
+    const auto funde = Projekte::finde(w.umgebung);
+    ASSERT_EQ(funde.size(), 2u);
+    for (const auto& b : funde) {
+        if (b.projekt == genutzt) {
+            EXPECT_FALSE(b.fund.vorgewaehlt);
+            EXPECT_EQ(b.fund.titel, "node_modules (ein Hintergrunddienst nutzt dieses Projekt)");
+        } else {
+            EXPECT_TRUE(b.fund.vorgewaehlt);
+            EXPECT_FALSE(b.fund.titel);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Quellen, ProjekteDienst,
+    ::testing::Values(
+        DienstFall{"launchd", "Library/LaunchAgents/de.x.bot.plist",
+                   R"(<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0"><dict><key>Label</key><string>de.x.bot</string>
+<key>ProgramArguments</key><array><string>/usr/bin/node</string><string>index.js</string></array>
+<key>WorkingDirectory</key><string>@P</string></dict></plist>)"},
+        DienstFall{"launchdProgramm", "Library/LaunchAgents/de.x.bot.plist",
+                   R"(<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0"><dict><key>Program</key><string>@P/bin/start</string></dict></plist>)"},
+        DienstFall{"systemd", ".config/systemd/user/bot.service",
+                   "[Unit]\nDescription=Bot\n\n[Service]\nExecStart=/usr/bin/node index.js\nWorkingDirectory=@P\n"},
+        DienstFall{"systemdExec", ".config/systemd/user/default.target.wants/bot.service",
+                   "[Service]\nExecStart=-@P/node_modules/.bin/bot --port 80\n"},
+        DienstFall{"autostart", ".config/autostart/bot.desktop",
+                   "[Desktop Entry]\nType=Application\nName=Bot\nExec=@P/start.sh %U\n"},
+        DienstFall{"autostartPfad", ".config/autostart/bot.desktop",
+                   "[Desktop Entry]\nType=Application\nExec=npm start\nPath=@P\n"}),
+    [](const auto& fall) { return std::string(fall.param.art); });
+
+TEST(Projekte, AbbruchLiefertNichts) {
+    Welt w;
+    w.projekt("Projects/web", "node_modules", "package.json");
+    std::atomic<int> fragen{0};
+    EXPECT_TRUE(Projekte::sammle(6, w.umgebung, [] { return true; }).empty());
+    // cancelled halfway through the walk: still nothing, not a partial list
+    EXPECT_TRUE(Projekte::sammle(6, w.umgebung, [&] { return ++fragen > 3; }).empty());
+    EXPECT_TRUE(Projekte::finde(w.umgebung, 6, [] { return true; }).empty());
+    EXPECT_EQ(Projekte::sammle(6, w.umgebung).size(), 1u);
+}
+
+// ---------------------------------------------------------------- service file parsers
+
+TEST(Dienste, SystemdZeilen) {
+    const fs::path home = "/home/ich";
+    struct Fall {
+        std::string text;
+        std::vector<std::string> erwartet;
+    } faelle[] = {
+        {"[Service]\nExecStart=/opt/a/run --x /srv/data\n", {"/opt/a/run", "/srv/data"}},
+        {"[Service]\nExecStart=-@/opt/a/run run\n", {"/opt/a/run"}},
+        {"[Service]\nExecStart=:+!!/opt/b\nExecStartPre=/opt/c\nExecStop=/opt/d\n", {"/opt/b", "/opt/c", "/opt/d"}},
+        {"[Service]\nExecStart=\"/home/ich/Mein Projekt/run.sh\" arg\n", {"/home/ich/Mein Projekt/run.sh"}},
+        {"[Service]\nExecStart=%h/Projects/bot/run\nWorkingDirectory=~/Projects/bot\n",
+         {"/home/ich/Projects/bot/run", "/home/ich/Projects/bot"}},
+        {"[Service]\nWorkingDirectory=-%h/x\n", {"/home/ich/x"}},
+        {"[Service]\nWorkingDirectory=~\n", {"/home/ich"}},
+        {"[Unit]\nExecStart=/nicht/hier\n[Install]\nWantedBy=default.target\n", {}},
+        {"[Service]\n# ExecStart=/kommentar\n  ExecStart = /mit/leerraum  \r\n", {"/mit/leerraum"}},
+        {"[Service]\nExecStart=relativ /abs\n", {"/abs"}},
+        {"kaputt ohne alles", {}},
+    };
+    for (const auto& f : faelle) EXPECT_EQ(Dienste::ausSystemdEinheit(f.text, home), f.erwartet) << f.text;
+}
+
+TEST(Dienste, DesktopEintraege) {
+    const fs::path home = "/home/ich";
+    EXPECT_EQ(Dienste::ausDesktopEintrag("[Desktop Entry]\nExec=/opt/x/bin/app %F --cfg /etc/x\nPath=/srv/w\n", home),
+              (std::vector<std::string>{"/opt/x/bin/app", "/etc/x", "/srv/w"}));
+    EXPECT_EQ(Dienste::ausDesktopEintrag("[Desktop Entry]\nExec=\"/a b/c\" %u\n[Desktop Action neu]\nExec=/z\n", home),
+              (std::vector<std::string>{"/a b/c"}));
+    EXPECT_TRUE(Dienste::ausDesktopEintrag("Exec=/ohne/gruppe\n", home).empty());
+}
+
+TEST(Dienste, LaunchAgentXmlUndBinaer) {
+    const std::string xml = R"(<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0"><dict>
+<key>Label</key><string>com.example.srv</string>
+<key>Program</key><string>/Users/ich/Projects/srv/bin/srv</string>
+<key>ProgramArguments</key><array><string>/usr/local/bin/node</string><string>index.js</string>
+<string>/Users/ich/Projects/srv/conf</string><integer>3</integer></array>
+<key>WorkingDirectory</key><string>/Users/ich/Projects/srv</string>
+</dict></plist>)";
+    const std::vector<std::string> erwartet{"/Users/ich/Projects/srv/bin/srv", "/usr/local/bin/node",
+                                            "/Users/ich/Projects/srv/conf", "/Users/ich/Projects/srv"};
+    const auto ausXml = Eigenschaftsliste::ausSpeicher(xml);
+    ASSERT_TRUE(ausXml);
+    EXPECT_EQ(Dienste::ausLaunchAgent(ausXml->wurzel()), erwartet);
+
+    plist_t p = nullptr;
+    plist_from_xml(xml.data(), static_cast<uint32_t>(xml.size()), &p);
+    ASSERT_TRUE(p);
+    char* bin = nullptr;
+    uint32_t laenge = 0;
+    plist_to_bin(p, &bin, &laenge);
+    plist_free(p);
+    ASSERT_TRUE(bin);
+    const std::string binaer(bin, laenge);
+    std::free(bin);
+    ASSERT_TRUE(binaer.starts_with("bplist00"));
+    const auto ausBin = Eigenschaftsliste::ausSpeicher(binaer);
+    ASSERT_TRUE(ausBin);
+    EXPECT_EQ(Dienste::ausLaunchAgent(ausBin->wurzel()), erwartet);
+
+    const auto liste = Eigenschaftsliste::ausSpeicher(
+        R"(<?xml version="1.0"?><plist version="1.0"><array><string>/x</string></array></plist>)");
+    ASSERT_TRUE(liste);
+    EXPECT_TRUE(Dienste::ausLaunchAgent(liste->wurzel()).empty());
+}
+
+TEST(Dienste, UnlesbareDateienTragenNichtsBei) {
+    Welt w;
+    w.schreibe("Library/LaunchAgents/kaputt.plist", "<plist><dict><key>Program");
+    w.schreibe("Library/LaunchAgents/leer.plist", "");
+    w.schreibe("Library/LaunchAgents/gut.plist",
+               R"(<?xml version="1.0"?><plist version="1.0"><dict><key>Program</key><string>/gut</string></dict></plist>)");
+    w.schreibe(".config/systemd/user/x.service.bak", "[Service]\nExecStart=/nicht\n");
+    w.schreibe(".config/autostart/a.desktop", "[Desktop Entry]\nExec=/auto\n");
+    EXPECT_EQ(Dienste::pfade(w.home), (std::vector<std::string>{"/auto", "/gut"}));
+}
+
+TEST(Dienste, LiegtIn) {
+    EXPECT_TRUE(Dienste::liegtIn("/a/b", "/a/b"));
+    EXPECT_TRUE(Dienste::liegtIn("/a/b/c", "/a/b"));
+    EXPECT_TRUE(Dienste::liegtIn("/a/b/c", "/a/b/"));
+    EXPECT_FALSE(Dienste::liegtIn("/a/bc", "/a/b"));
+    EXPECT_FALSE(Dienste::liegtIn("/a", "/a/b"));
+    EXPECT_FALSE(Dienste::liegtIn("/a", ""));
+}
+
+}  // namespace
+}  // namespace hainbrem

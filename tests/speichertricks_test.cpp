@@ -1,0 +1,239 @@
+#include "kern/speichertricks.hpp"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <fstream>
+#include <iterator>
+
+#include "kern/groesse.hpp"
+#include "testordner.hpp"
+
+namespace hainbrem {
+namespace {
+
+std::string lies(const std::string& rel) {
+    std::ifstream ein(std::string(HAINBREM_FIXTURES) + "/" + rel, std::ios::binary);
+    return {std::istreambuf_iterator<char>(ein), std::istreambuf_iterator<char>()};
+}
+
+// Records every run instead of running anything.
+struct Aufzeichnung {
+    std::vector<std::pair<std::string, std::vector<std::string>>> laeufe;
+    std::optional<std::string> antwort;
+    Ausfuehrer ausfuehrer() {
+        return [this](const std::string& p, const std::vector<std::string>& a) {
+            laeufe.emplace_back(p, a);
+            return antwort;
+        };
+    }
+};
+
+TEST(Schnappschuesse, ListeUndDatum) {
+    Aufzeichnung a;
+    a.antwort = lies("tricks/tmutil_listlocalsnapshots.txt");
+    const auto liste = Schnappschuesse::alle(a.ausfuehrer());
+    ASSERT_EQ(a.laeufe.size(), 1u);
+    EXPECT_EQ(a.laeufe[0].first, "/usr/bin/tmutil");
+    EXPECT_EQ(a.laeufe[0].second, (std::vector<std::string>{"listlocalsnapshots", "/"}));
+    ASSERT_EQ(liste.size(), 2u);
+    EXPECT_EQ(liste[0].name, "com.apple.TimeMachine.2026-11-20-101500.local");
+    EXPECT_EQ(liste[0].datumsKennung(), "2026-11-20-101500");
+    ASSERT_TRUE(liste[0].datum);
+    const std::time_t s = std::chrono::system_clock::to_time_t(*liste[0].datum);
+    std::tm t{};
+    ::localtime_r(&s, &t);
+    EXPECT_EQ(t.tm_year, 126);
+    EXPECT_EQ(t.tm_mon, 10);
+    EXPECT_EQ(t.tm_mday, 20);
+    EXPECT_EQ(t.tm_hour, 10);
+    EXPECT_EQ(t.tm_min, 15);
+    EXPECT_EQ(t.tm_sec, 0);
+    EXPECT_LT(*liste[0].datum, *liste[1].datum);
+
+    a.antwort.reset();  // tmutil missing or failed
+    EXPECT_TRUE(Schnappschuesse::alle(a.ausfuehrer()).empty());
+    // on this system nothing runs at all
+    EXPECT_TRUE(Schnappschuesse::alle().empty());
+}
+
+TEST(Schnappschuesse, DatumsKennungUndDatum) {
+    struct {
+        const char* name;
+        const char* kennung;
+        bool datum;
+    } faelle[] = {
+        {"com.apple.TimeMachine.2026-11-20-101500.local", "2026-11-20-101500", true},
+        {"com.apple.TimeMachine.2026-11-20-101500", "2026-11-20-101500", true},
+        {"com.apple.os.update-12345", "", false},
+        {"com.apple.TimeMachine.2026-02-30-101500.local", "2026-02-30-101500", false},
+        {"com.apple.TimeMachine.2026-11-20.local", "2026-11-20", false},
+        {"com.apple.TimeMachine.-.local", "", false},
+        {"com.apple.TimeMachine.2026-11-20-101500;reboot.local", "", false},
+        {"keinpunkt", "", false},
+    };
+    for (const auto& f : faelle) {
+        const Schnappschuss s{f.name, std::nullopt};
+        EXPECT_EQ(s.datumsKennung(), f.kennung) << f.name;
+        EXPECT_EQ(Schnappschuesse::datumAus(s.datumsKennung()).has_value(), f.datum) << f.name;
+    }
+}
+
+TEST(Schnappschuesse, ZweiSchnappschuesseEinePasswortabfrage) {
+    const std::vector<Schnappschuss> zwei{{"com.apple.TimeMachine.2026-11-20-101500.local", std::nullopt},
+                                          {"com.apple.TimeMachine.2026-11-21-091233.local", std::nullopt}};
+    EXPECT_EQ(Schnappschuesse::loeschBefehl(zwei),
+              "/usr/bin/tmutil deletelocalsnapshots 2026-11-20-101500 && "
+              "/usr/bin/tmutil deletelocalsnapshots 2026-11-21-091233");
+    const std::string skript =
+        "do shell script \"/usr/bin/tmutil deletelocalsnapshots 2026-11-20-101500 && "
+        "/usr/bin/tmutil deletelocalsnapshots 2026-11-21-091233\" with administrator privileges";
+    EXPECT_EQ(Schnappschuesse::loeschSkript(zwei), skript);
+
+    Aufzeichnung a;
+    a.antwort = "";
+    EXPECT_TRUE(Schnappschuesse::loeschen(zwei, a.ausfuehrer()));
+    ASSERT_EQ(a.laeufe.size(), 1u);
+    EXPECT_EQ(a.laeufe[0].first, "/usr/bin/osascript");
+    EXPECT_EQ(a.laeufe[0].second, (std::vector<std::string>{"-e", skript}));
+    // the user cancelled the password prompt
+    a.antwort.reset();
+    EXPECT_FALSE(Schnappschuesse::loeschen(zwei, a.ausfuehrer()));
+    // on this system there is nothing to run it with
+    EXPECT_FALSE(Schnappschuesse::loeschen(zwei));
+}
+
+TEST(Schnappschuesse, FeindlicheNamenErreichenDieShellNie) {
+    const std::vector<Schnappschuss> boese{
+        {"com.apple.TimeMachine.2026-11-20-101500\"; rm -rf ~; \".local", std::nullopt},
+        {"com.apple.TimeMachine.$(reboot).local", std::nullopt},
+        {"com.apple.TimeMachine.`id`.local", std::nullopt},
+        {"com.apple.TimeMachine.local", std::nullopt},
+        {"", std::nullopt},
+        {"2026-11-20-101500 && halt", std::nullopt},
+    };
+    Aufzeichnung a;
+    a.antwort = "";
+    EXPECT_EQ(Schnappschuesse::loeschBefehl(boese), std::nullopt);
+    EXPECT_FALSE(Schnappschuesse::loeschen(boese, a.ausfuehrer()));
+    EXPECT_FALSE(Schnappschuesse::loeschen({}, a.ausfuehrer()));
+    EXPECT_TRUE(a.laeufe.empty());
+
+    // one good name among bad ones: only its digits and dashes go through
+    auto gemischt = boese;
+    gemischt.push_back({"com.apple.TimeMachine.2026-11-22-000001.local", std::nullopt});
+    const auto skript = Schnappschuesse::loeschSkript(gemischt);
+    ASSERT_TRUE(skript);
+    EXPECT_EQ(*skript,
+              "do shell script \"/usr/bin/tmutil deletelocalsnapshots 2026-11-22-000001\" with administrator privileges");
+    for (const auto& s : gemischt)
+        for (char c : s.datumsKennung()) EXPECT_TRUE((c >= '0' && c <= '9') || c == '-');
+}
+
+TEST(Systemdaten, SwapLesen) {
+    EXPECT_EQ(Systemdaten::swapAusProcSwaps(lies("tricks/proc_swaps.txt")), (2097148 + 8388604) * int64_t{1024});
+    EXPECT_EQ(Systemdaten::swapAusProcSwaps("Filename\tType\tSize\tUsed\tPriority\n"), 0);
+    EXPECT_EQ(Systemdaten::swapAusProcSwaps(""), std::nullopt);
+    EXPECT_EQ(Systemdaten::swapAusProcSwaps("Filename Type Size\n/x file viel 0 -2\n"), std::nullopt);
+    EXPECT_EQ(Systemdaten::swapAusProcSwaps("Filename Type Size\n/x file 99999999999999999999 0 -2\n"), std::nullopt);
+    EXPECT_EQ(Systemdaten::swapAusProcSwaps("Filename Type Size\n/x file 9007199254740993 0 -2\n"), std::nullopt);
+
+    EXPECT_EQ(Systemdaten::swapAusSwapusage(lies("tricks/vm_swapusage.txt")), int64_t{2048} << 20);
+    struct {
+        const char* text;
+        std::optional<int64_t> bytes;
+    } faelle[] = {
+        {"total = 0.00M  used = 0.00M  free = 0.00M", 0},
+        {"vm.swapusage: total = 1.50G  used = 0.00M", int64_t{3} << 29},
+        {"vm.swapusage: total = 512.25M  used", (int64_t{51225} << 20) / 100},
+        {"vm.swapusage: total = 12K", 12 * 1024},
+        {"vm.swapusage: total = 2048.00", std::nullopt},
+        {"vm.swapusage: total = M", std::nullopt},
+        {"vm.swapusage: used = 1.00M", std::nullopt},
+        {"vm.swapusage: total = 99999999999999999.00T", std::nullopt},
+        {"", std::nullopt},
+    };
+    for (const auto& f : faelle) EXPECT_EQ(Systemdaten::swapAusSwapusage(f.text), f.bytes) << f.text;
+}
+
+TEST(Systemdaten, VierZeilenInFesterReihenfolge) {
+    test::Testordner t;
+    const fs::path temp = t.ordner("tmp");
+    t.datei("tmp/a/b.bin", 50'000);
+    const Umgebung u{t.ordner("home"), temp, false, nullptr, {}};
+    Aufzeichnung a;
+    a.antwort = lies("tricks/tmutil_listlocalsnapshots.txt");
+    const auto zeilen = Systemdaten::messen(u, a.ausfuehrer());
+    ASSERT_EQ(zeilen.size(), 4u);
+    EXPECT_EQ(zeilen[0].titel, "Auslagerungsspeicher (Swap)");
+    EXPECT_EQ(zeilen[1].titel, "Temporäre Ordner deines Benutzers");
+    EXPECT_EQ(zeilen[2].titel, "Löschbarer Speicher");
+    EXPECT_EQ(zeilen[3].titel, "Lokale Schnappschüsse: 2");
+    // this system's temp area is the temp folder itself
+    EXPECT_EQ(zeilen[1].bytes, Groesse::belegt(temp));
+    EXPECT_GE(*zeilen[1].bytes, 50'000);
+    EXPECT_EQ(zeilen[2].bytes, 0);  // nothing purgeable without the system's accounting
+    EXPECT_FALSE(zeilen[3].bytes);  // snapshots cannot be sized
+    for (const auto& z : zeilen) EXPECT_FALSE(z.erklaerung.empty());
+    EXPECT_TRUE(zeilen[1].erklaerung.ends_with("unter „Aufräumen“ weg."));
+
+    a.antwort.reset();
+    EXPECT_EQ(Systemdaten::messen(u, a.ausfuehrer())[3].titel, "Lokale Schnappschüsse: 0");
+}
+
+TEST(ICloud, AnzeigeNamenUndGruppen) {
+    const fs::path home = "/Users/ich";
+    const fs::path drive = home / "Library/Mobile Documents/com~apple~CloudDocs";
+    struct {
+        fs::path datei;
+        const char* name;
+    } namen[] = {
+        {drive / "notiz.txt", "iCloud Drive"},
+        {drive / "Reisen/2026/foto.jpg", "iCloud Drive/Reisen"},
+        {home / "Library/Mobile Documents/iCloud~md~obsidian/Documents/x.md", "App: obsidian"},
+        {home / "Library/Mobile Documents/com~apple~Pages/Documents/a.pages", "App: Pages"},
+        {home / "Desktop/bild.png", "Desktop"},
+        {home / "Documents/Steuer/2025.pdf", "Documents"},
+    };
+    for (const auto& n : namen) EXPECT_EQ(ICloud::anzeigeName(n.datei, home), n.name) << n.datei;
+
+    const auto z = [](int s) { return Zeitpunkt(std::chrono::seconds(s)); };
+    const auto gruppen = ICloud::gruppiere({{drive / "a", 100, z(5)},
+                                            {drive / "Reisen/b", 1000, std::nullopt},
+                                            {drive / "c", 300, z(9)},
+                                            {home / "Desktop/d", 50, z(1)}},
+                                           home);
+    ASSERT_EQ(gruppen.size(), 3u);
+    EXPECT_EQ(gruppen[0].name, "iCloud Drive/Reisen");
+    EXPECT_EQ(gruppen[0].bytes, 1000);
+    EXPECT_FALSE(gruppen[0].zuletztGeoeffnet);
+    EXPECT_EQ(gruppen[1].name, "iCloud Drive");
+    EXPECT_EQ(gruppen[1].bytes, 400);
+    EXPECT_EQ(gruppen[1].dateien, (std::vector<fs::path>{drive / "a", drive / "c"}));
+    EXPECT_EQ(gruppen[1].zuletztGeoeffnet, z(9));
+    EXPECT_EQ(gruppen[2].name, "Desktop");
+
+    // no cloud items on this system: nothing held, nothing evicted
+    test::Testordner t;
+    t.datei("home/Desktop/x.txt", 10);
+    EXPECT_TRUE(ICloud::geladen(Umgebung{t / "home", t / "tmp", false, nullptr, {}}).empty());
+    EXPECT_EQ(ICloud::auslagern({t / "home/Desktop/x.txt"}), (std::pair<int, int>{0, 1}));
+}
+
+TEST(ICloud, OptimierenEinstellung) {
+    Aufzeichnung a;
+    a.antwort = "1\n";
+    EXPECT_EQ(ICloud::optimierenAn(a.ausfuehrer()), true);
+    ASSERT_EQ(a.laeufe.size(), 1u);
+    EXPECT_EQ(a.laeufe[0].first, "/usr/bin/defaults");
+    EXPECT_EQ(a.laeufe[0].second, (std::vector<std::string>{"read", "com.apple.bird", "optimize-storage"}));
+    a.antwort = "0\n";
+    EXPECT_EQ(ICloud::optimierenAn(a.ausfuehrer()), false);
+    a.antwort.reset();  // unset: defaults exits with an error
+    EXPECT_EQ(ICloud::optimierenAn(a.ausfuehrer()), std::nullopt);
+    a.antwort = "vielleicht";
+    EXPECT_EQ(ICloud::optimierenAn(a.ausfuehrer()), std::nullopt);
+}
+
+}  // namespace
+}  // namespace hainbrem
