@@ -1,0 +1,294 @@
+// What each cleanup rule finds in the fixture home: paths, owners, disposal, preselection.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include <set>
+
+#include "fixture_home.hpp"
+#include "kern/katalog.hpp"
+#include "kern/namen.hpp"
+#include "testordner.hpp"
+
+namespace hainbrem {
+namespace {
+
+using test::MacHome;
+using test::Testordner;
+
+struct Erwartet {
+    std::string pfad;  // relative to home
+    std::optional<std::string> besitzer;
+    Entsorgung art;
+    bool vorgewaehlt;
+    std::optional<std::string> titel = std::nullopt;
+    bool mitDatum = false;
+};
+
+constexpr auto L = Entsorgung::loeschen;
+constexpr auto P = Entsorgung::papierkorb;
+const std::nullopt_t kein = std::nullopt;
+
+struct RegelFall {
+    std::string id;
+    std::vector<Erwartet> funde;  // in the finder's order
+};
+
+const std::string as = "Library/Application Support/";
+const std::string xc = "Library/Developer/Xcode/";
+
+std::vector<RegelFall> faelle(const MacHome& h) {
+    const std::string korb = h.papierkorb().lexically_relative(h.home()).native() + "/";
+    return {
+        {"programm-caches",
+         {{"Library/Caches/com.apple.helpd", "com.apple.helpd", L, true},
+          {"Library/Caches/com.spotify.client", "com.spotify.client", L, true},
+          {"Library/Caches/com.tinyspeck.slackmacgap", "com.tinyspeck.slackmacgap", L, true},
+          {"Library/Caches/leer.cache", "leer.cache", L, true},
+          {"Library/Caches/mdworker", "mdworker", L, false}}},
+        {"programmdaten-caches",
+         {{as + "Claude/Cache", "Claude", L, true},
+          {as + "Code/CachedData", "Code", L, true},
+          {as + "Code/User/globalStorage/ext/GPUCache", "Code", L, true},
+          {as + "Slack/Cache", "Slack", L, true},
+          {as + "Slack/Code Cache", "Slack", L, true},
+          {as + "Slack/GPUCache", "Slack", L, true},
+          {as + "discord/a/b/c/d/Code Cache", "Discord", L, true}}},
+        {"sandbox-caches",
+         {{"Library/Containers/com.example.notes/Data/Library/Caches/WebKit", "com.example.notes", L, true},
+          {"Library/Containers/com.example.notes/Data/Library/Caches/com.example.notes", "com.example.notes", L,
+           true}}},
+        {"browser",
+         {{"Library/Caches/Firefox", "firefox", L, true},
+          {"Library/Caches/Google", "Google Chrome", L, true},
+          {"Library/Caches/com.apple.Safari", "com.apple.Safari", L, true}}},
+        {"xcode-derived",
+         {{xc + "DerivedData/Aaa-klein", "com.apple.dt.Xcode", L, true},
+          {xc + "DerivedData/Zzz-gross", "com.apple.dt.Xcode", L, true}}},
+        {"xcode-geraete",
+         {{xc + "iOS DeviceSupport/16.4 (20E247)", "com.apple.dt.Xcode", L, true, kein, true},
+          {xc + "iOS DeviceSupport/17.0 (21A329)", "com.apple.dt.Xcode", L, false, kein, true},
+          {xc + "watchOS DeviceSupport/10.0 (21R355)", "com.apple.dt.Xcode", L, true, kein, true}}},
+        {"simulator-caches", {{"Library/Developer/CoreSimulator/Caches/dyld", "com.apple.iphonesimulator", L, true}}},
+        {"paketmanager",
+         {{".npm/_cacache", "npm", L, true},
+          {"Library/Caches/Homebrew", "Homebrew", L, true},
+          {"Library/Caches/pip", "pip", L, true},
+          {".cache/uv", "uv", L, true},
+          {".pnpm-store", "pnpm", L, true},
+          {".bun/install/cache", "Bun", L, true},
+          {".gradle/caches", "Gradle", L, true},
+          {".cargo/registry/cache", "Cargo", L, true},
+          {"go/pkg/mod/cache", "Go", L, true},
+          {"Library/Caches/go-build", "Go", L, true}}},
+        {"huggingface",
+         {{".cache/huggingface/hub/models--bert", kein, L, false, kein, true},
+          {".cache/huggingface/hub/models--openai--whisper-small", kein, L, false, "whisper-small (openai)", true}}},
+        {"playwright",
+         {{"Library/Caches/ms-playwright/chromium-1091", kein, L, true},
+          {"Library/Caches/ms-playwright/webkit-2000", kein, L, false}}},
+        {"werkzeug-caches",
+         {{".cache/altes-werkzeug", kein, L, true},
+          {".cache/neues-werkzeug", kein, L, false},
+          {".cache/uv", kein, L, true}}},
+        {"chrome-klone",
+         {{"../var/X/com.google.Chrome.code_sign_clone/code_sign_clone.bbb", kein, L, true},
+          {"../var/X/com.google.Chrome.code_sign_clone/code_sign_clone.ccc", kein, L, true},
+          {"../var/X/com.google.Chrome.code_sign_clone/code_sign_clone.aaa", kein, L, true}}},
+        // the catalog rule reads /Applications, which a test never touches; see the Chrome case below
+        {"chrome-versionen", {}},
+        {"app-versionen",
+         {{as + "discord/app-0.0.309", "Discord", L, true}, {as + "discord/app-1.0.9", "Discord", L, true}}},
+        {"claude-vm", {{as + "Claude/vm_bundles/claudevm.bundle", "Claude", L, false}}},
+        {"mail-anhaenge",
+         {{"Library/Containers/com.apple.mail/Data/Library/Mail Downloads/4F2A-11", "com.apple.mail", P, false, kein,
+           true}}},
+        {"ios-backups", {{as + "MobileSync/Backup/00008030-000A1B2C3D", kein, P, false, kein, true}}},
+        {"protokolle",
+         {{"Library/Logs/DiagnosticReports", "DiagnosticReports", L, true},
+          {"Library/Logs/Slack", "Slack", L, true},
+          {"Library/Logs/com.example.log", "com.example.log", L, true}}},
+        {"temporaer", {{"../var/T/alt.tmp", kein, L, true, kein, true}}},
+        {"papierkorb",
+         {{korb + "Bericht.pages", kein, L, false, "Bericht.pages (von Hainbrem, Rückgängig möglich)", true},
+          {korb + "alt.txt", kein, L, true, kein, true},
+          {korb + "frisch.txt", kein, L, false, kein, true},
+          {korb + "ohne-datum.txt", kein, L, false}}},
+        {"installer",
+         {{"Downloads/Bundle.pkg", kein, P, true, kein, true},
+          {"Downloads/Installer.pkg", kein, P, true, kein, true},
+          {"Downloads/Neu.DMG", kein, P, false, kein, true},
+          {"Downloads/Programm.dmg", kein, P, true, kein, true},
+          {"Downloads/Xcode_15.xip", kein, P, true, kein, true},
+          {"Desktop/Setup.mpkg", kein, P, false, kein, true}}},
+    };
+}
+
+std::string beschreibe(const Fund& f, const fs::path& home) {
+    return fmt::format("{} besitzer={} art={} vorgewaehlt={} titel={} datum={}",
+                       f.url.lexically_relative(home).native(), f.besitzer.value_or("-"), rohwert(f.art),
+                       f.vorgewaehlt, f.titel.value_or("-"), f.datum.has_value());
+}
+
+std::string beschreibe(const Erwartet& e) {
+    return fmt::format("{} besitzer={} art={} vorgewaehlt={} titel={} datum={}", e.pfad, e.besitzer.value_or("-"),
+                       rohwert(e.art), e.vorgewaehlt, e.titel.value_or("-"), e.mitDatum);
+}
+
+TEST(RegelnKatalog, JedeRegelFindetGenauDasErwarteteImTestHome) {
+    Testordner t;
+    const MacHome h(t);
+    const Umgebung u = h.umgebung();
+    const auto tabelle = faelle(h);
+    ASSERT_EQ(tabelle.size(), 21u);
+    for (size_t i = 0; i < tabelle.size(); ++i) {
+        const auto& fall = tabelle[i];
+        const Regel& regel = Katalog::regeln()[i];
+        ASSERT_EQ(regel.id, fall.id);
+        std::vector<std::string> ist, soll;
+        for (const auto& f : regel.finde(u)) {
+            ist.push_back(beschreibe(f, h.home()));
+            EXPECT_EQ(f.bytes, 0) << "Finder messen nicht: " << fall.id;
+        }
+        for (const auto& e : fall.funde) soll.push_back(beschreibe(e));
+        EXPECT_EQ(ist, soll) << "Regel " << fall.id;
+    }
+}
+
+TEST(RegelnKatalog, KatalogKopfdatenUndTexte) {
+    const auto& r = Katalog::regeln();
+    ASSERT_EQ(r.size(), 21u);
+    const std::vector<std::tuple<std::string, std::string, std::string, Gruppe, Risiko>> kopf{
+        {"programm-caches", "Caches von Programmen", "square.stack.3d.up", Gruppe::programme, Risiko::sicher},
+        {"programmdaten-caches", "Caches in Programmdaten", "shippingbox", Gruppe::programme, Risiko::sicher},
+        {"sandbox-caches", "Caches von App-Store-Programmen", "app.badge", Gruppe::programme, Risiko::sicher},
+        {"browser", "Browser-Caches", "safari", Gruppe::browser, Risiko::sicher},
+        {"xcode-derived", "Xcode: Zwischenstände (DerivedData)", "hammer", Gruppe::entwicklung, Risiko::sicher},
+        {"xcode-geraete", "Xcode: Gerätesymbole alter iOS-Versionen", "iphone", Gruppe::entwicklung, Risiko::pruefen},
+        {"simulator-caches", "Simulator-Caches", "ipad.and.iphone", Gruppe::entwicklung, Risiko::sicher},
+        {"paketmanager", "Paketmanager-Caches", "shippingbox.circle", Gruppe::entwicklung, Risiko::sicher},
+        {"huggingface", "KI-Modelle (Hugging Face)", "brain", Gruppe::entwicklung, Risiko::vorsicht},
+        {"playwright", "Test-Browser (Playwright)", "theatermasks", Gruppe::entwicklung, Risiko::pruefen},
+        {"werkzeug-caches", "Weitere Werkzeug-Caches (~/.cache)", "wrench.and.screwdriver", Gruppe::entwicklung,
+         Risiko::pruefen},
+        {"chrome-klone", "Chrome: liegengebliebene Selbstkopien", "doc.on.doc", Gruppe::platzfresser, Risiko::sicher},
+        {"chrome-versionen", "Chrome: alte Programmversionen", "clock.arrow.circlepath", Gruppe::platzfresser,
+         Risiko::sicher},
+        {"app-versionen", "Alte Versionen von Discord, Slack & Co.", "square.stack", Gruppe::platzfresser,
+         Risiko::sicher},
+        {"claude-vm", "Claude: Abbild der virtuellen Maschine", "cpu", Gruppe::platzfresser, Risiko::vorsicht},
+        {"mail-anhaenge", "Mail: geöffnete Anhänge", "paperclip", Gruppe::platzfresser, Risiko::pruefen},
+        {"ios-backups", "iPhone- und iPad-Backups", "externaldrive.badge.timemachine", Gruppe::platzfresser,
+         Risiko::vorsicht},
+        {"protokolle", "Protokolle und Absturzberichte", "doc.text.magnifyingglass", Gruppe::protokolle,
+         Risiko::sicher},
+        {"temporaer", "Alte temporäre Dateien", "clock.badge.xmark", Gruppe::protokolle, Risiko::sicher},
+        {"papierkorb", "Papierkorb", "trash", Gruppe::papierkorb, Risiko::pruefen},
+        {"installer", "Alte Installationsdateien", "shippingbox.and.arrow.backward", Gruppe::papierkorb,
+         Risiko::pruefen},
+    };
+    for (size_t i = 0; i < r.size(); ++i) {
+        const auto& [id, titel, symbol, gruppe, risiko] = kopf[i];
+        EXPECT_EQ(r[i].id, id);
+        EXPECT_EQ(r[i].titel, titel) << id;
+        EXPECT_EQ(r[i].symbol, symbol) << id;
+        EXPECT_EQ(r[i].gruppe, gruppe) << id;
+        EXPECT_EQ(r[i].risiko, risiko) << id;
+        EXPECT_TRUE(r[i].finde) << id;
+        EXPECT_EQ(Katalog::regel(id), &r[i]);
+    }
+    EXPECT_EQ(Katalog::regel("gibt-es-nicht"), nullptr);
+    // spot checks of the texts: the exact quotes with their typographic marks survive
+    EXPECT_EQ(Katalog::regel("playwright")->warumSicher, "„npx playwright install“ holt sie wieder.");
+    EXPECT_EQ(Katalog::regel("papierkorb")->danach,
+              "Endgültig gelöscht. Auch Hainbrems Rückgängig kann es dann nicht mehr zurückholen.");
+    EXPECT_EQ(Katalog::regel("huggingface")->danach,
+              "Der nächste Start eines Programms, das ein Modell braucht, lädt es neu. Das können mehrere GB sein. "
+              "Darum nie vorgewählt.");
+}
+
+TEST(RegelnKatalog, OhneVollzugriffBleibenContainerMailUndBackupsUngeprueft) {
+    Testordner t;
+    const MacHome h(t);
+    const Umgebung u = h.umgebung(false);
+    for (const char* id : {"sandbox-caches", "mail-anhaenge", "ios-backups"})
+        EXPECT_TRUE(Katalog::regel(id)->finde(u).empty()) << id;
+    EXPECT_FALSE(Katalog::regel("programm-caches")->finde(u).empty());
+}
+
+TEST(RegelnKatalog, LeeresHomeErgibtNichts) {
+    Testordner t;
+    fs::create_directories(t / "home");
+    fs::create_directories(t / "tmp/T");
+    Umgebung u{.home = t / "home", .temp = t / "tmp/T", .vollzugriff = true, .laeuft = {}, .hainbremImPapierkorb = {}};
+    for (const auto& r : Katalog::regeln())
+        if (r.id != "chrome-versionen") {
+            EXPECT_TRUE(r.finde(u).empty()) << r.id;
+        }
+}
+
+TEST(RegelnChrome, LaufendesChromeBehaeltDieJuengsteSelbstkopie) {
+    Testordner t;
+    const MacHome h(t);
+    const auto laeuftChrome = [](const std::string& b) { return b == "com.google.Chrome"; };
+    const auto funde = Katalog::regel("chrome-klone")->finde(h.umgebung(true, laeuftChrome));
+    std::vector<std::string> namen;
+    for (const auto& f : funde) namen.push_back(f.url.filename());
+    EXPECT_EQ(namen, (std::vector<std::string>{"code_sign_clone.ccc", "code_sign_clone.aaa"}));
+}
+
+TEST(RegelnChrome, AlteVersionenNebenCurrentUndNurMitLesbaremLink) {
+    Testordner t;
+    const MacHome h(t);
+    const fs::path versionen = Katalog::chromeVersionsOrdner(h.programme());
+    auto funde = Katalog::chromeVersionen(versionen);
+    ASSERT_EQ(funde.size(), 1u);
+    EXPECT_EQ(funde[0].url, versionen / "119.0.6045.105");
+    EXPECT_EQ(funde[0].besitzer, "com.google.Chrome");
+    EXPECT_TRUE(funde[0].vorgewaehlt);
+    EXPECT_EQ(funde[0].art, Entsorgung::loeschen);
+
+    // without "Current" the version in use is unknown: nothing may go
+    fs::remove(versionen / "Current");
+    EXPECT_TRUE(Katalog::chromeVersionen(versionen).empty());
+    // an absolute link target counts by its last part
+    fs::create_directory_symlink(versionen / "119.0.6045.105", versionen / "Current");
+    funde = Katalog::chromeVersionen(versionen);
+    ASSERT_EQ(funde.size(), 1u);
+    EXPECT_EQ(funde[0].url.filename(), "120.0.6099.71");
+}
+
+TEST(RegelnTemporaer, FremdeEintraegeImGeteiltenTempBleiben) {
+    if (::geteuid() != 0) GTEST_SKIP() << "Nur root kann einem anderen Nutzer eine Datei geben.";
+    Testordner t;
+    const MacHome h(t);
+    const fs::path fremd = t.datei("var/T/fremd.tmp", 4096);
+    ASSERT_EQ(::chown(fremd.c_str(), 65534, 65534), 0);
+    test::altere(fremd, 10);
+    const auto funde = Katalog::regel("temporaer")->finde(h.umgebung());
+    ASSERT_EQ(funde.size(), 1u);
+    EXPECT_EQ(funde[0].url.filename(), "alt.tmp");
+}
+
+TEST(RegelnPapierkorb, VonHainbremErkanntAuchUeberVerknuepftenPfad) {
+    Testordner t;
+    const MacHome h(t);
+    // the history may hold the path through a link to the Trash folder
+    fs::create_directory_symlink(h.papierkorb(), t / "korb-link");
+    Umgebung u = h.umgebung();
+    u.hainbremImPapierkorb = {(t / "korb-link" / "alt.txt").native()};
+    for (const auto& f : Katalog::regel("papierkorb")->finde(u)) {
+        if (f.url.filename() == "alt.txt") {
+            EXPECT_FALSE(f.vorgewaehlt);
+            EXPECT_EQ(f.titel, "alt.txt (von Hainbrem, Rückgängig möglich)");
+        } else if (f.url.filename() == "Bericht.pages") {
+            EXPECT_FALSE(f.titel.has_value());  // no longer listed as ours: an old entry like any other
+            EXPECT_TRUE(f.vorgewaehlt);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace hainbrem
