@@ -160,7 +160,9 @@ Urteil SafetyGuard::pruefe(const fs::path& url, Entsorgung art) const {
 
     // Only the parent chain is resolved: a symbolic link is judged as the link, never its target.
     const std::optional<std::string> eltern = echterPfad(schnitt == 0 ? std::string("/") : roh.substr(0, schnitt));
-    if (!eltern) return Urteil::abgelehnt("Ordner existiert nicht");
+    struct stat st {};
+    if (!eltern || ::stat(eltern->c_str(), &st) != 0 || !S_ISDIR(st.st_mode))
+        return Urteil::abgelehnt("Ordner existiert nicht");
     if (auto aufPlatte = nameAufPlatte(name, *eltern)) name = std::move(*aufPlatte);
     const std::string pfad = *eltern == "/" ? "/" + name : *eltern + "/" + name;
 
