@@ -1,0 +1,145 @@
+#include "kern/plattenstand.hpp"
+
+#include <gtest/gtest.h>
+#include <plist/plist.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "testordner.hpp"
+
+namespace hainbrem {
+namespace {
+
+std::string lies(const std::string& name) {
+    std::ifstream ein(std::string(HAINBREM_FIXTURES) + "/platte/" + name, std::ios::binary);
+    std::stringstream s;
+    s << ein.rdbuf();
+    return s.str();
+}
+
+std::string alsBinaer(const std::string& xml) {
+    plist_t p = nullptr;
+    plist_from_xml(xml.data(), static_cast<uint32_t>(xml.size()), &p);
+    char* bin = nullptr;
+    uint32_t laenge = 0;
+    plist_to_bin(p, &bin, &laenge);
+    std::string ergebnis(bin, laenge);
+    free(bin);
+    plist_free(p);
+    return ergebnis;
+}
+
+constexpr int64_t GB = 1'000'000'000;
+
+TEST(Plattenstand, Lage) {
+    struct Fall {
+        int64_t frei, grenze;
+        Plattenstand::Lage erwartet;
+    } faelle[] = {
+        {1'999'999'999, 1 * GB, Plattenstand::Lage::kritisch},
+        {2 * GB, 10 * GB, Plattenstand::Lage::knapp},
+        {10 * GB, 10 * GB, Plattenstand::Lage::gut},
+        {1'500'000'000, 0, Plattenstand::Lage::kritisch},  // a low user threshold never hides a critical disk
+        {0, 0, Plattenstand::Lage::kritisch},
+    };
+    for (const auto& f : faelle) {
+        Plattenstand s{100 * GB, f.frei, f.frei + 5 * GB};
+        EXPECT_EQ(s.lage(f.grenze), f.erwartet) << f.frei << " / " << f.grenze;
+    }
+}
+
+TEST(Plattenstand, AbgeleiteteWerte) {
+    Plattenstand s{100 * GB, 30 * GB, 42 * GB};
+    EXPECT_EQ(s.belegt(), 70 * GB);
+    EXPECT_EQ(s.loeschbar(), 12 * GB);
+    EXPECT_DOUBLE_EQ(s.anteilFrei(), 0.3);
+    EXPECT_EQ((Plattenstand{0, 0, 0}).anteilFrei(), 0.0);
+    EXPECT_EQ((Plattenstand{10, 5, 3}).loeschbar(), 0);
+}
+
+TEST(Plattenstand, JetztLiestDasVolumeDesOrdners) {
+    test::Testordner t;
+    const Plattenstand s = Plattenstand::jetzt(t.pfad());
+    EXPECT_GT(s.gesamt, 0);
+    EXPECT_GE(s.echtFrei, 0);
+    EXPECT_LE(s.echtFrei, s.gesamt);
+    EXPECT_EQ(s.mitLoeschbarem, s.echtFrei) << "Linux kennt keinen löschbaren Platz";
+    const Plattenstand fehlt = Plattenstand::jetzt(t / "gibt-es-nicht");
+    EXPECT_EQ(fehlt, (Plattenstand{0, 0, 0}));
+    EXPECT_EQ(fehlt.lage(0), Plattenstand::Lage::kritisch);
+}
+
+TEST(Platte, DiskutilXmlUndBinaerGebenDieselbePlatte) {
+    const std::string info = lies("diskutil-info-apfs.plist");
+    const std::string liste = lies("diskutil-apfs-list.plist");
+    for (const bool binaer : {false, true}) {
+        const auto p = binaer ? Platte::ausDiskutil(alsBinaer(info), alsBinaer(liste)) : Platte::ausDiskutil(info, liste);
+        ASSERT_TRUE(p.has_value()) << "binaer=" << binaer;
+        EXPECT_EQ(p->gesamt, 245107195904);
+        EXPECT_EQ(p->frei, 61234567168);
+        EXPECT_EQ(p->belegt(), 245107195904 - 61234567168);
+        std::vector<std::string> reihenfolge;
+        for (const auto& v : p->volumes) reihenfolge.push_back(v.geraet);
+        // largest first; Recovery and Update are equal and keep the tool's order
+        EXPECT_EQ(reihenfolge, (std::vector<std::string>{"disk3s5", "disk3s1", "disk3s2", "disk3s6", "disk3s3",
+                                                         "disk3s4", "disk3s7"}));
+        ASSERT_NE(p->volume("Update"), nullptr);
+        EXPECT_EQ(p->volume("Update")->titel(), "Update-Vorrat");
+        EXPECT_EQ(p->volume("Data")->titel(), "Deine Daten");
+        EXPECT_EQ(p->volume("System")->erklaerung(),
+                  "Das versiegelte, schreibgeschützte macOS. Niemand kann es verkleinern, auch Hainbrem nicht. Ein "
+                  "Update ersetzt es als Ganzes.");
+        EXPECT_EQ(p->volume("system"), nullptr) << "Rollen werden genau verglichen";
+        const Platte::Volume& ohneRolle = p->volumes.back();
+        EXPECT_EQ(ohneRolle.rolle, "");
+        EXPECT_EQ(ohneRolle.titel(), "Backup");
+        EXPECT_EQ(ohneRolle.erklaerung(), "Ein Volume des Systems.");
+    }
+}
+
+TEST(Platte, DiskutilFehlerUndLuecken) {
+    const std::string info = lies("diskutil-info-apfs.plist");
+    const std::string liste = lies("diskutil-apfs-list.plist");
+    EXPECT_FALSE(Platte::ausDiskutil(lies("diskutil-info-hfs.plist"), liste)) << "kein APFS-Startvolume";
+    EXPECT_FALSE(Platte::ausDiskutil("", liste));
+    EXPECT_FALSE(Platte::ausDiskutil("kein plist", liste));
+    EXPECT_FALSE(Platte::ausDiskutil(info, ""));
+    EXPECT_FALSE(Platte::ausDiskutil(info, "<plist><array/></plist>"));
+    const std::string anderer = std::string(info).replace(info.find("disk3</string>"), 5, "disk9");
+    EXPECT_FALSE(Platte::ausDiskutil(anderer, liste)) << "kein Container mit dieser Referenz";
+
+    const auto p = Platte::ausDiskutil(info, lies("diskutil-apfs-list-luecken.plist"));
+    ASSERT_TRUE(p);
+    EXPECT_EQ(p->gesamt, 1000);
+    EXPECT_EQ(p->frei, 0);
+    ASSERT_EQ(p->volumes.size(), 1u);
+    EXPECT_EQ(p->volumes[0], (Platte::Volume{"?", "", 0, "disk3s9"})) << "Roles ist keine Liste";
+}
+
+TEST(Platte, LsblkRollenNachEinhaengepunkt) {
+    const auto p = Platte::ausLsblk(lies("lsblk-getrennt.json"), "/home/anna");
+    ASSERT_TRUE(p);
+    EXPECT_EQ(p->gesamt, 512110190592);
+    EXPECT_EQ(p->frei, 530579456 + 700000000 + 43000000000LL + 90000000000LL);
+    ASSERT_EQ(p->volumes.size(), 5u) << "die externe Platte und Loop-Geräte gehören nicht dazu";
+    EXPECT_EQ(p->volumes[0].geraet, "nvme0n1p5");
+    EXPECT_EQ(p->volumes[0].rolle, "Data");
+    EXPECT_EQ(p->volume("System")->geraet, "nvme0n1p3");
+    EXPECT_EQ(p->volume("VM")->bytes, 8589934592);
+    EXPECT_EQ(p->volume("Preboot")->geraet, "nvme0n1p2");
+    EXPECT_EQ(p->volume("Data")->name, "daten");
+
+    const auto einfach = Platte::ausLsblk(lies("lsblk-einfach.json"), "/root");
+    ASSERT_TRUE(einfach);
+    ASSERT_EQ(einfach->volumes.size(), 1u);
+    EXPECT_EQ(einfach->volumes[0].rolle, "Data") << "home liegt auf /, also sind das deine Daten";
+    EXPECT_EQ(einfach->volume("System"), nullptr);
+
+    EXPECT_FALSE(Platte::ausLsblk("", "/home"));
+    EXPECT_FALSE(Platte::ausLsblk("{\"blockdevices\": 3}", "/home"));
+    EXPECT_FALSE(Platte::ausLsblk(R"({"blockdevices":[{"name":"sda","mountpoints":["/mnt"]}]})", "/home"));
+}
+
+}  // namespace
+}  // namespace hainbrem
