@@ -1,0 +1,245 @@
+// The history file: exact format, strict reading, atomic saving, merging of two writers, an
+// unreadable file moved aside, and paths that are not UTF-8.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "kern/verlauf.hpp"
+#include "testordner.hpp"
+
+namespace hainbrem {
+namespace {
+
+namespace fs = std::filesystem;
+
+using test::Testordner;
+
+std::string lies(const fs::path& p) {
+    std::ifstream ein(p, std::ios::binary);
+    std::stringstream s;
+    s << ein.rdbuf();
+    return s.str();
+}
+void schreibe(const fs::path& p, const std::string& inhalt) {
+    fs::create_directories(p.parent_path());
+    std::ofstream(p, std::ios::binary) << inhalt;
+}
+
+Runde beispiel(std::string id = "0F5C2B8E-2D1A-4C3B-9E7F-1A2B3C4D5E6F", long sekunden = 1794774900) {
+    Runde r;
+    r.id = std::move(id);
+    r.titel = "Programm-Caches";
+    r.datum = std::chrono::system_clock::from_time_t(sekunden);  // 2026-11-15T20:35:00Z
+    r.freiVorher = 1000;
+    r.freiNachher = 5000;
+    r.posten = {Posten{"/h/.cache/a", 4096, Entsorgung::loeschen, std::nullopt, std::nullopt, false},
+                Posten{"/h/Projekte/b", 8192, Entsorgung::papierkorb, "/h/.local/share/Trash/files/b", std::nullopt, true},
+                Posten{"/h/.cache/c", 0, Entsorgung::loeschen, std::nullopt, "Schon weg", false}};
+    return r;
+}
+
+TEST(VerlaufTest, DateiformatGenauUndZurueckGleich) {
+    const std::string erwartet = R"([
+  {
+    "id": "0F5C2B8E-2D1A-4C3B-9E7F-1A2B3C4D5E6F",
+    "titel": "Programm-Caches",
+    "datum": "2026-11-15T20:35:00Z",
+    "freiVorher": 1000,
+    "freiNachher": 5000,
+    "posten": [
+      {
+        "pfad": "/h/.cache/a",
+        "bytes": 4096,
+        "art": "loeschen",
+        "zurueckgelegt": false
+      },
+      {
+        "pfad": "/h/Projekte/b",
+        "bytes": 8192,
+        "art": "papierkorb",
+        "imPapierkorb": "/h/.local/share/Trash/files/b",
+        "zurueckgelegt": true
+      },
+      {
+        "pfad": "/h/.cache/c",
+        "bytes": 0,
+        "art": "loeschen",
+        "fehler": "Schon weg",
+        "zurueckgelegt": false
+      }
+    ],
+    "probelauf": false
+  }
+]
+)";
+    EXPECT_EQ(Verlauf::kodiere({beispiel()}), erwartet);
+    const auto zurueck = Verlauf::dekodiere(erwartet);
+    ASSERT_TRUE(zurueck);
+    ASSERT_EQ(zurueck->size(), 1u);
+    EXPECT_EQ(zurueck->front(), beispiel());
+}
+
+TEST(VerlaufTest, StrengesLesen) {
+    const std::string gut = Verlauf::kodiere({beispiel()});
+    auto ohne = [&](const std::string& was) {
+        std::string s = gut;
+        s.erase(s.find(was), was.size());
+        return s;
+    };
+    auto ersetzt = [&](const std::string& was, const std::string& durch) {
+        std::string s = gut;
+        s.replace(s.find(was), was.size(), durch);
+        return s;
+    };
+    struct Fall {
+        const char* name;
+        std::string text;
+        bool lesbar;
+    };
+    const std::vector<Fall> faelle = {
+        {"leere Liste", "[]", true},
+        {"gut", gut, true},
+        {"ohne zurueckgelegt", ohne(",\n        \"zurueckgelegt\": false\n      }\n    ],"), false},
+        {"ohne probelauf", ohne(",\n    \"probelauf\": false"), false},
+        {"unbekannte art", ersetzt("\"loeschen\"", "\"verbrennen\""), false},
+        {"datum ohne Z", ersetzt("2026-11-15T20:35:00Z", "2026-11-15T20:35:00"), false},
+        {"datum kein Tag", ersetzt("2026-11-15T20:35:00Z", "2026-02-30T20:35:00Z"), false},
+        {"bytes als Text", ersetzt("\"bytes\": 4096", "\"bytes\": \"4096\""), false},
+        {"bytes zu groß", ersetzt("\"bytes\": 4096", "\"bytes\": 9223372036854775808"), false},
+        {"id keine UUID", ersetzt("0F5C2B8E-2D1A-4C3B-9E7F-1A2B3C4D5E6F", "runde-1"), false},
+        {"kein JSON", "[{", false},
+        {"kein Feld", "{}", false},
+        {"ungültige Base64", ersetzt("\"pfad\": \"/h/.cache/a\",", "\"pfad\": \"x\", \"pfadBase64\": \"%%%\","), false},
+    };
+    for (const auto& f : faelle) EXPECT_EQ(Verlauf::dekodiere(f.text).has_value(), f.lesbar) << f.name;
+}
+
+TEST(VerlaufTest, PfadeOhneUtf8UeberlebenDenRundgang) {
+    Testordner t;
+    const fs::path datei = t / "daten/hainbrem/verlauf.json";
+    Runde r = beispiel();
+    r.posten[1].pfad = "/h/Projekte/kaputt-\xff\xfe-\xc3(.txt";
+    r.posten[1].imPapierkorb = "/h/.local/share/Trash/files/kaputt-\xff\xfe-\xc3(.txt";
+    r.posten[1].fehler = "Fehler mit \xff";
+    {
+        Verlauf v(datei);
+        v.einfuegen(r);
+        ASSERT_TRUE(v.speichern());
+    }
+    const std::string text = lies(datei);
+    EXPECT_NE(text.find("\"pfadBase64\""), std::string::npos);
+    EXPECT_NE(text.find("\"imPapierkorbBase64\""), std::string::npos);
+    Verlauf geladen(datei);
+    ASSERT_EQ(geladen.runden().size(), 1u);
+    const auto runden = geladen.runden();
+    const Posten& p = runden.front().posten[1];
+    EXPECT_EQ(p.pfad, r.posten[1].pfad);
+    EXPECT_EQ(p.imPapierkorb, r.posten[1].imPapierkorb);
+    EXPECT_EQ(p.fehler, "Fehler mit \xEF\xBF\xBD");  // display texts only need to stay readable
+    EXPECT_EQ(geladen.imPapierkorb(), std::set<std::string>{});  // the item was put back
+}
+
+TEST(VerlaufTest, OrdnerWirdAngelegtErsetzenUnbekannterRundeAendertNichts) {
+    Testordner t;
+    const fs::path datei = t / "neu/tief/verlauf.json";
+    Verlauf v(datei);
+    EXPECT_TRUE(v.runden().empty());
+    EXPECT_FALSE(v.warUnlesbar());
+    Runde r = beispiel();
+    r.posten[1].zurueckgelegt = false;
+    v.einfuegen(r);
+    Runde fremd = beispiel("11111111-2222-4333-8444-555555555555");
+    v.ersetzen(fremd);
+    EXPECT_EQ(v.runden(), std::vector<Runde>{r});
+    ASSERT_TRUE(v.speichern());
+    EXPECT_EQ(Verlauf::dekodiere(lies(datei)), std::vector<Runde>{r});
+    EXPECT_EQ(v.imPapierkorb(), std::set<std::string>{"/h/.local/share/Trash/files/b"});
+    // no temporary file is left behind
+    size_t dateien = 0;
+    for (const auto& e : fs::directory_iterator(datei.parent_path()))
+        if (e.path().filename().native().starts_with(".")) ++dateien;
+    EXPECT_EQ(dateien, 0u);
+}
+
+TEST(VerlaufTest, UnlesbareDateiWirdBeiseitegelegtNichtUeberschrieben) {
+    Testordner t;
+    const fs::path datei = t / "verlauf.json";
+    const std::string kaputt = "[{\"id\": kaputt";
+    schreibe(datei, kaputt);
+    Verlauf v(datei);
+    EXPECT_TRUE(v.warUnlesbar());
+    EXPECT_TRUE(v.runden().empty());
+    EXPECT_FALSE(v.hinweis());
+    v.einfuegen(beispiel());
+    ASSERT_TRUE(v.speichern());
+    ASSERT_TRUE(v.hinweis());
+    EXPECT_NE(v.hinweis()->find("nicht lesbar"), std::string::npos);
+    std::vector<fs::path> beiseite;
+    for (const auto& e : fs::directory_iterator(t.pfad()))
+        if (e.path().filename().native().starts_with("verlauf.json.defekt-")) beiseite.push_back(e.path());
+    ASSERT_EQ(beiseite.size(), 1u);
+    EXPECT_EQ(lies(beiseite.front()), kaputt);
+    EXPECT_NE(v.hinweis()->find(beiseite.front().native()), std::string::npos);
+    EXPECT_EQ(Verlauf(datei).runden().size(), 1u);
+}
+
+// Two writers on one file, each saving after every change: no round of either is lost, and a
+// change made by one to a round it shares with the other is kept.
+TEST(VerlaufTest, ZweiSchreiberVerlierenNichts) {
+    Testordner t;
+    const fs::path datei = t / "verlauf.json";
+    constexpr int jeSchreiber = 8;
+    auto schreiber = [&](int nummer) {
+        Verlauf v(datei);
+        for (int i = 0; i < jeSchreiber; ++i) {
+            Runde r = beispiel(neueKennung(), 1794774900 + nummer * 1000 + i);
+            r.titel = "Schreiber " + std::to_string(nummer);
+            v.einfuegen(r);
+            v.speichern();
+            r.posten.push_back(Posten{"/h/x", 1, Entsorgung::loeschen, std::nullopt, std::nullopt, false});
+            v.ersetzen(r);
+            v.speichern();
+        }
+    };
+    // two processes
+    std::vector<pid_t> kinder;
+    for (int n = 0; n < 2; ++n) {
+        const pid_t pid = ::fork();
+        ASSERT_GE(pid, 0);
+        if (pid == 0) {
+            schreiber(n);
+            ::_exit(0);
+        }
+        kinder.push_back(pid);
+    }
+    // and two threads of this one
+    std::thread a(schreiber, 2), b(schreiber, 3);
+    a.join();
+    b.join();
+    for (const pid_t pid : kinder) {
+        int status = 0;
+        ::waitpid(pid, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    }
+    const auto runden = Verlauf(datei).runden();
+    ASSERT_EQ(runden.size(), 4u * jeSchreiber);
+    for (const auto& r : runden) EXPECT_EQ(r.posten.size(), 4u) << r.titel;
+    for (size_t i = 1; i < runden.size(); ++i) EXPECT_GE(runden[i - 1].datum, runden[i].datum);  // newest first
+}
+
+TEST(VerlaufTest, IsoZeitUndKennung) {
+    EXPECT_EQ(isoZeit(std::chrono::system_clock::from_time_t(1794774900)), "2026-11-15T20:35:00Z");
+    EXPECT_EQ(ausIsoZeit("2026-11-15T20:35:00Z"), std::chrono::system_clock::from_time_t(1794774900));
+    EXPECT_FALSE(ausIsoZeit("2026-11-15 20:35:00Z"));
+    const std::string k = neueKennung();
+    ASSERT_EQ(k.size(), 36u);
+    EXPECT_EQ(k[14], '4');
+    EXPECT_NE(k, neueKennung());
+}
+
+}  // namespace
+}  // namespace hainbrem
