@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <nlohmann/json.hpp>
 
 #include "testordner.hpp"
 
@@ -305,6 +306,49 @@ TEST(Programme, DienstProgrammExistiert) {
         agent("d.plist", "<key>ProgramArguments</key><array><string>/bin/sh</string></array>")));
     EXPECT_FALSE(Programme::dienstProgrammExistiert(agent("e.plist", "<key>Label</key><string>x</string>")));
     EXPECT_FALSE(Programme::dienstProgrammExistiert(w.t / "fehlt.plist"));
+}
+
+
+TEST(ProgrammeBefehl, DeinstalliertMitVorgewaehltenRestenInDenPapierkorb) {
+    Welt w;
+    w.bundle(w.eigene, "Editor", "com.example.editor", "3.1");
+    w.bundle(w.eigene, "Bleibt", "org.bleibt.app");
+    const fs::path cache = w.restOrdner("Caches/com.example.editor", 10'000);
+    const fs::path daten = w.restOrdner("Application Support/Editor");
+    w.restOrdner("Caches/com.weg.tool");
+    const std::string vorne = "env -u XDG_DATA_HOME HOME=" + w.home.native() + " TMPDIR=" + w.umgebung.temp.native() +
+                              " " + HAINBREM_BINARY + " ";
+    const std::string hinten = " --ordner " + w.eigene.native() + " </dev/null 2>/dev/null";
+    int status = -1;
+    const auto liste = nlohmann::json::parse(test::laufe(vorne + "--json programme" + hinten, &status));
+    EXPECT_EQ(status, 0);
+    ASSERT_EQ(liste["programme"].size(), 2u);
+    EXPECT_EQ(liste["programme"][0]["bundleID"], "com.example.editor");
+    EXPECT_EQ(liste["programme"][0]["reste"].size(), 2u);
+    ASSERT_EQ(liste["verwaist"].size(), 1u);
+    EXPECT_EQ(liste["verwaist"][0]["bundleID"], "com.weg.tool");
+    EXPECT_EQ(liste["verwaist"][0]["funde"][0]["vorgewaehlt"], false);
+
+    test::laufe(vorne + "programme --deinstallieren Unbekannt --ja" + hinten, &status);
+    EXPECT_EQ(status, 1);
+    test::laufe(vorne + "programme --deinstallieren editor" + hinten, &status);  // nobody to confirm
+    EXPECT_EQ(status, 1);
+    EXPECT_TRUE(fs::exists(w.eigene / "Editor.app"));
+
+    const auto runde =
+        nlohmann::json::parse(test::laufe(vorne + "--json programme --deinstallieren editor --ja" + hinten, &status));
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(runde["titel"], "Deinstallieren: Editor");
+    ASSERT_EQ(runde["posten"].size(), 2u);
+    for (const auto& p : runde["posten"]) {
+        EXPECT_EQ(p["art"], "papierkorb");
+        EXPECT_TRUE(p["imPapierkorb"].is_string());
+    }
+    EXPECT_FALSE(fs::exists(w.eigene / "Editor.app"));
+    EXPECT_FALSE(fs::exists(cache));
+    EXPECT_TRUE(fs::exists(daten));  // personal data stays unless asked for
+    EXPECT_TRUE(fs::exists(w.eigene / "Bleibt.app"));
+    EXPECT_TRUE(fs::exists(w.home / ".local/share/Trash/files/Editor.app"));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <fstream>
+#include <nlohmann/json.hpp>
 
 #include "kern/dienste.hpp"
 #include "kern/eigenschaftsliste.hpp"
@@ -314,6 +315,49 @@ TEST(Dienste, LiegtIn) {
     EXPECT_FALSE(Dienste::liegtIn("/a/bc", "/a/b"));
     EXPECT_FALSE(Dienste::liegtIn("/a", "/a/b"));
     EXPECT_FALSE(Dienste::liegtIn("/a", ""));
+}
+
+
+// ---------------------------------------------------------------- the command
+
+std::string befehl(const Welt& w, const std::string& argumente, int* status) {
+    return test::laufe("env -u XDG_DATA_HOME HOME=" + w.home.native() + " TMPDIR=" + w.umgebung.temp.native() + " " +
+                           HAINBREM_BINARY + " " + argumente + " </dev/null 2>/dev/null",
+                       status);
+}
+
+TEST(ProjekteBefehl, ListetUndLoeschtNurVorgewaehltesNachBestaetigung) {
+    Welt w;
+    const fs::path alt = w.projekt("Projects/alt", "node_modules", "package.json", 20'000);
+    const fs::path jung = w.projekt("Projects/jung", "target", "Cargo.toml");
+    altereProjekt(alt, 45);
+    int status = -1;
+    const auto liste = nlohmann::json::parse(befehl(w, "--json projekte", &status));
+    EXPECT_EQ(status, 0);
+    ASSERT_EQ(liste.size(), 2u);
+    EXPECT_EQ(liste[0]["pfad"], (alt / "node_modules").native());
+    EXPECT_EQ(liste[0]["vorgewaehlt"], true);
+    EXPECT_EQ(liste[0]["art"], "loeschen");
+    EXPECT_EQ(liste[0]["projekt"], alt.native());
+    EXPECT_TRUE(liste[0]["zuletzt"].is_string());
+    EXPECT_EQ(liste[1]["vorgewaehlt"], false);
+
+    befehl(w, "projekte --tiefe 0", &status);
+    EXPECT_EQ(status, 1);
+    // no terminal to ask and no --ja: nothing is touched
+    befehl(w, "projekte --aufraeumen", &status);
+    EXPECT_EQ(status, 1);
+    EXPECT_TRUE(fs::exists(alt / "node_modules"));
+
+    const auto runde = nlohmann::json::parse(befehl(w, "--json projekte --aufraeumen --ja", &status));
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(runde["titel"], "Bauordner");
+    ASSERT_EQ(runde["posten"].size(), 1u);
+    EXPECT_TRUE(runde["posten"][0]["fehler"].is_null());
+    EXPECT_FALSE(fs::exists(alt / "node_modules"));
+    EXPECT_TRUE(fs::exists(alt / "package.json"));
+    EXPECT_TRUE(fs::exists(jung / "target"));
+    EXPECT_TRUE(fs::exists(w.home / ".local/share/hainbrem/verlauf.json"));
 }
 
 }  // namespace
