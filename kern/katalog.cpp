@@ -52,7 +52,7 @@ std::unordered_map<std::string, int64_t> messe(const std::vector<Messung>& messu
                                                const std::function<void(double)>& fortschritt,
                                                const std::function<bool()>& abbrechen) {
     std::unordered_map<std::string, int64_t> tabelle;
-    if (messungen.empty()) return tabelle;
+    if (messungen.empty() || (abbrechen && abbrechen())) return tabelle;
 
     std::atomic<size_t> naechste{0};
     std::atomic<bool> halt{false};
