@@ -1,0 +1,224 @@
+#include "kern/duplikate.hpp"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <openssl/sha.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fmt/core.h>
+
+#include <fstream>
+#include <random>
+
+#include "testordner.hpp"
+
+namespace hainbrem {
+namespace {
+
+using test::Testordner;
+using namespace std::chrono_literals;
+
+std::string zufall(size_t n, unsigned saat) {
+    std::mt19937 z(saat);
+    std::string s(n, '\0');
+    for (auto& c : s) c = static_cast<char>(z());
+    return s;
+}
+
+fs::path schreibe(const fs::path& p, const std::string& inhalt) {
+    fs::create_directories(p.parent_path());
+    std::ofstream(p, std::ios::binary) << inhalt;
+    return p;
+}
+
+DateiInfo infoVon(const fs::path& p) {
+    struct stat st {};
+    ::lstat(p.c_str(), &st);
+    return DateiInfo{p.native(), st.st_size, st.st_blocks * 512, Zeitpunkt(std::chrono::seconds(st.st_mtim.tv_sec)),
+                     Zeitpunkt(std::chrono::seconds(st.st_atim.tv_sec)), st.st_ino, false};
+}
+
+std::string sha256(const std::string& s) {
+    unsigned char d[SHA256_DIGEST_LENGTH];
+    SHA256(reinterpret_cast<const unsigned char*>(s.data()), s.size(), d);
+    std::string hex;
+    for (unsigned char c : d) hex += fmt::format("{:02x}", c);
+    return hex;
+}
+
+std::vector<std::string> pfade(const DuplikatGruppe& g) {
+    std::vector<std::string> p;
+    for (const auto& d : g.dateien) p.push_back(d.pfad);
+    return p;
+}
+
+TEST(Duplikate, WertNachOrtAlterUndTiefe) {
+    const auto jetzt = std::chrono::system_clock::now();
+    struct Fall {
+        const char* pfad;
+        double jahreAlt;
+        double wert;
+    };
+    const Fall faelle[] = {
+        {"/Users/anna/Downloads/a.mov", 0, -32},
+        {"/Users/anna/Filme/a.mov", 0, -2},
+        {"/Users/anna/Filme/a Kopie.mov", 0, -17},
+        {"/Users/anna/Desktop/b copy.txt", 0, -37},
+        {"/Users/anna/.Trash/a (1).mov", 0, -117},
+        {"/tmp/x", 0, -51},
+        {"/Users/anna/Filme/alt.mov", 2, 2},
+        {"/Users/anna/Filme/uralt.mov", 30, 8},  // the bonus stops at 10
+        {"/Users/anna/Filme/zukunft.mov", -1, -4},
+    };
+    for (const auto& f : faelle) {
+        DateiInfo d;
+        d.pfad = f.pfad;
+        d.geaendert = jetzt - std::chrono::seconds(static_cast<int64_t>(f.jahreAlt * 365 * 86'400));
+        EXPECT_NEAR(Duplikate::wert(d, jetzt), f.wert, 1e-6) << f.pfad;
+    }
+}
+
+TEST(Duplikate, RandHashKopfUndSchwanz) {
+    Testordner t;
+    const std::string klein = zufall(10'000, 1);
+    EXPECT_EQ(Duplikate::randHash(schreibe(t / "klein", klein)), sha256(klein));
+    const std::string mittel = zufall(20'000, 4);
+    EXPECT_EQ(Duplikate::randHash(schreibe(t / "mittel", mittel)), sha256(mittel.substr(0, 16'384)));
+    const std::string genau = zufall(32'768, 2);  // up to 32 KiB only the head counts
+    EXPECT_EQ(Duplikate::randHash(schreibe(t / "genau", genau)), sha256(genau.substr(0, 16'384)));
+    const std::string gross = zufall(40'000, 3);
+    EXPECT_EQ(Duplikate::randHash(schreibe(t / "gross", gross)),
+              sha256(gross.substr(0, 16'384) + gross.substr(40'000 - 16'384)));
+    EXPECT_EQ(Duplikate::inhaltHash(t / "gross"), sha256(gross));
+    EXPECT_EQ(Duplikate::randHash(t / "fehlt"), std::nullopt);
+    EXPECT_EQ(Duplikate::inhaltHash(t / "fehlt"), std::nullopt);
+}
+
+TEST(Duplikate, GruppenUndBehalten) {
+    Testordner t;
+    const fs::path h = t.pfad() / "anna";
+    const std::string inhalt = zufall(1'200'000, 7);
+    const auto original = schreibe(h / "Filme/a.mov", inhalt);
+    const auto download = schreibe(h / "Downloads/a.mov", inhalt);
+    const auto kopie = schreibe(h / "Filme/a Kopie.mov", inhalt);
+    fs::create_hard_link(original, h / "Filme/a-link.mov");  // the same file: never its own duplicate
+    // same size, head and tail, but a different middle
+    std::string mitte = zufall(2'000'000, 8);
+    const auto m1 = schreibe(h / "m1", mitte);
+    mitte[1'000'000] = static_cast<char>(mitte[1'000'000] ^ 1);
+    const auto m2 = schreibe(h / "m2", mitte);
+    // only hard links
+    const auto l1 = schreibe(h / "l1", zufall(1'500'000, 9));
+    fs::create_hard_link(l1, h / "l2");
+    // a second, smaller group
+    const std::string zwei = zufall(1'100'000, 10);
+    schreibe(h / "z/1", zwei);
+    schreibe(h / "z/2", zwei);
+    const auto verschwunden = schreibe(h / "z/3", zwei);
+
+    std::vector<DateiInfo> liste;
+    for (const auto& p : {download, kopie, original, h / "Filme/a-link.mov", m1, m2, l1, h / "l2", h / "z/1",
+                          h / "z/2", verschwunden})
+        liste.push_back(infoVon(p));
+    fs::remove(verschwunden);  // unreadable by now: falls out
+    for (auto& d : liste) d.geaendert = std::chrono::system_clock::now();
+
+    std::vector<double> meldungen;
+    const auto gruppen = Duplikate::finde(liste, [&](double a) { meldungen.push_back(a); });
+    ASSERT_EQ(gruppen.size(), 2u);
+    const auto& a = gruppen[0];  // more to gain first
+    EXPECT_EQ(a.id, sha256(inhalt));
+    EXPECT_EQ(pfade(a), (std::vector<std::string>{original.native(), kopie.native(), download.native()}));
+    EXPECT_EQ(a.behalten, original.native());
+    EXPECT_EQ(a.verschwendet(), 2 * a.dateien.front().belegt);
+    // no shared blocks here: everything but the keeper comes free
+    EXPECT_EQ(a.wirklichFrei, infoVon(kopie).belegt + infoVon(download).belegt);
+    EXPECT_FALSE(a.sindKlone());
+    EXPECT_EQ(gruppen[1].dateien.size(), 2u);
+    EXPECT_EQ(gruppen[1].id, sha256(zwei));
+    // progress per size group (a.mov, m, z, the links collapse to one): rising to 1
+    ASSERT_FALSE(meldungen.empty());
+    EXPECT_TRUE(std::is_sorted(meldungen.begin(), meldungen.end()));
+    EXPECT_DOUBLE_EQ(meldungen.back(), 1.0);
+    EXPECT_EQ(meldungen.size(), 3u);
+}
+
+TEST(Duplikate, LeerUndAbgebrochen) {
+    int aufrufe = 0;
+    EXPECT_TRUE(Duplikate::finde({}, [&](double) { ++aufrufe; }).empty());
+    EXPECT_EQ(aufrufe, 0);
+
+    Testordner t;
+    const std::string inhalt = zufall(1'000'000, 11);
+    std::vector<DateiInfo> liste{infoVon(schreibe(t / "a", inhalt)), infoVon(schreibe(t / "b", inhalt))};
+    std::stop_source stopp;
+    stopp.request_stop();
+    EXPECT_TRUE(Duplikate::finde(liste, [&](double) { ++aufrufe; }, stopp.get_token()).empty());
+    EXPECT_EQ(aufrufe, 0);
+    EXPECT_EQ(Duplikate::finde(liste, nullptr).size(), 1u);
+}
+
+TEST(DuplikatGruppe, KloneUndLeereGruppe) {
+    DuplikatGruppe g;
+    EXPECT_EQ(g.verschwendet(), 0);
+    EXPECT_FALSE(g.sindKlone());
+    g.wirklichFrei = -1;
+    EXPECT_TRUE(g.sindKlone());
+    DateiInfo d;
+    d.groesse = 1'000'009;
+    d.belegt = 1'003'520;
+    g.dateien = {d, d, d};
+    g.wirklichFrei = 100'000;  // a tenth of 1,000,009, truncated: not below it
+    EXPECT_FALSE(g.sindKlone());
+    g.wirklichFrei = 99'999;
+    EXPECT_TRUE(g.sindKlone());
+    EXPECT_EQ(g.verschwendet(), 2 * 1'003'520);
+}
+
+// Copies that share their blocks (reflinks on btrfs) are found, but promise little.
+TEST(Duplikate, ReflinkKopienSindKlone) {
+    if (::geteuid() != 0) GTEST_SKIP() << "Einhängen eines Abbilds braucht root";
+    Testordner t;
+    const fs::path abbild = t / "abbild.img";
+    const fs::path punkt = t.ordner("punkt");
+    int status = 0;
+    test::laufe("truncate -s 128M '" + abbild.native() + "' && mkfs.btrfs -q '" + abbild.native() + "' 2>&1", &status);
+    if (status != 0) GTEST_SKIP() << "mkfs.btrfs nicht verfügbar";
+    test::laufe("mount -o loop '" + abbild.native() + "' '" + punkt.native() + "' 2>&1", &status);
+    if (status != 0) GTEST_SKIP() << "Loop-Einhängen ist hier nicht möglich";
+    struct Aushaengen {
+        fs::path p;
+        ~Aushaengen() { test::laufe("umount '" + p.native() + "'"); }
+    } aushaengen{punkt};
+
+    const std::string inhalt = zufall(2'000'000, 12);
+    const auto a = schreibe(punkt / "h/Filme/a.mov", inhalt);
+    ::sync();
+    test::laufe("cp --reflink=always '" + a.native() + "' '" + (punkt / "h/Filme/b.mov").native() + "'", &status);
+    ASSERT_EQ(status, 0);
+    const auto echt = schreibe(punkt / "h/Filme/c.mov", inhalt);  // a real copy
+    test::altere(a, 800);                                          // the keeper
+
+    ScanFortschritt f;
+    const auto scan = Tiefenscan::scanneOrdner(punkt / "h", (punkt / "h").native(), f);
+    ASSERT_EQ(scan.kandidaten.size(), 3u);
+    std::vector<DateiInfo> nurKlone;
+    for (const auto& d : scan.kandidaten)
+        if (d.pfad != echt.native()) nurKlone.push_back(d);
+    const auto klone = Duplikate::finde(nurKlone, nullptr);
+    ASSERT_EQ(klone.size(), 1u);
+    EXPECT_TRUE(klone[0].sindKlone());
+    EXPECT_LT(klone[0].wirklichFrei, klone[0].dateien.front().groesse / 10);
+    EXPECT_EQ(klone[0].verschwendet(), klone[0].dateien.front().belegt);  // still the naive figure
+
+    const auto alle = Duplikate::finde(scan.kandidaten, nullptr);
+    ASSERT_EQ(alle.size(), 1u);
+    EXPECT_EQ(alle[0].dateien.size(), 3u);
+    EXPECT_FALSE(alle[0].sindKlone());  // the real copy frees its blocks
+    EXPECT_GE(alle[0].wirklichFrei, infoVon(echt).belegt);
+}
+
+}  // namespace
+}  // namespace hainbrem
