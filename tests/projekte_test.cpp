@@ -360,5 +360,24 @@ TEST(ProjekteBefehl, ListetUndLoeschtNurVorgewaehltesNachBestaetigung) {
     EXPECT_TRUE(fs::exists(w.home / ".local/share/hainbrem/verlauf.json"));
 }
 
+
+TEST(ProjekteBefehl, UnlesbareOrdnerWerdenStillUebersprungen) {
+    if (!test::kannAlsNobodyLaufen()) GTEST_SKIP() << "braucht root und setpriv, um als nobody zu laufen";
+    Welt w;
+    const fs::path zu = w.projekt("Projects/zu", "node_modules", "package.json");
+    const fs::path offen = w.projekt("Projects/offen", "node_modules", "package.json");
+    ::chmod(zu.c_str(), 0);
+    int status = -1;
+    const std::string aus = test::laufe("env -u XDG_DATA_HOME HOME=" + w.home.native() + " TMPDIR=" +
+                                            w.umgebung.temp.native() +
+                                            " setpriv --reuid=nobody --regid=nogroup --clear-groups " +
+                                            HAINBREM_BINARY + " --json projekte </dev/null 2>/dev/null",
+                                        &status);
+    EXPECT_EQ(status, 0);
+    const auto liste = nlohmann::json::parse(aus);
+    ASSERT_EQ(liste.size(), 1u);
+    EXPECT_EQ(liste[0]["pfad"], (offen / "node_modules").native());
+}
+
 }  // namespace
 }  // namespace hainbrem
