@@ -20,26 +20,41 @@ std::string_view dateiname(std::string_view pfad) {
     return schnitt == std::string_view::npos ? pfad : pfad.substr(schnitt + 1);
 }
 
-}  // namespace
+// A program's three names, lower-cased once per snapshot.
+struct KleineNamen {
+    std::string b, n, e;
+};
 
-bool programmLaeuft(std::string_view besitzer, const std::vector<LaufendesProgramm>& laufend) {
+std::vector<KleineNamen> kleinGeschrieben(const std::vector<LaufendesProgramm>& laufend) {
+    std::vector<KleineNamen> v;
+    v.reserve(laufend.size());
+    for (const LaufendesProgramm& p : laufend)
+        v.push_back({klein(p.kennung), klein(p.name), klein(dateiname(p.programmdatei))});
+    return v;
+}
+
+bool laeuft(std::string_view besitzer, const std::vector<KleineNamen>& laufend) {
     const std::string k = klein(besitzer);
     // no owner is nobody's: it must not match every program without a bundle id
     if (k.empty()) return false;
     const bool istKennung = k.find('.') != std::string::npos;
-    for (const LaufendesProgramm& p : laufend) {
-        const std::string b = klein(p.kennung);
-        const std::string n = klein(p.name);
-        const std::string e = klein(dateiname(p.programmdatei));
+    const std::string kPunkt = k + ".";
+    for (const auto& [b, n, e] : laufend) {
         if ((!b.empty() && b == k) || n == k || e == k) return true;
         if (istKennung) {
-            if (b.starts_with(k + ".")) return true;
+            if (b.starts_with(kPunkt)) return true;
         } else if (k.size() >= 4) {
             if (n.starts_with(k) || (n.size() >= 4 && k.starts_with(n)) || b.find(k) != std::string::npos)
                 return true;
         }
     }
     return false;
+}
+
+}  // namespace
+
+bool programmLaeuft(std::string_view besitzer, const std::vector<LaufendesProgramm>& laufend) {
+    return laeuft(besitzer, kleinGeschrieben(laufend));
 }
 
 std::vector<LaufendesProgramm> laufendeProgramme() {
@@ -52,8 +67,8 @@ std::vector<LaufendesProgramm> laufendeProgramme() {
 bool programmLaeuft(std::string_view besitzer) { return programmLaeuft(besitzer, laufendeProgramme()); }
 
 std::function<bool(const std::string&)> laufTest() {
-    auto liste = std::make_shared<const std::vector<LaufendesProgramm>>(laufendeProgramme());
-    return [liste](const std::string& besitzer) { return programmLaeuft(besitzer, *liste); };
+    auto liste = std::make_shared<const std::vector<KleineNamen>>(kleinGeschrieben(laufendeProgramme()));
+    return [liste](const std::string& besitzer) { return laeuft(besitzer, *liste); };
 }
 
 }  // namespace hainbrem
