@@ -44,8 +44,7 @@ bool laeuft(std::string_view besitzer, const std::vector<KleineNamen>& laufend) 
         if (istKennung) {
             if (b.starts_with(kPunkt)) return true;
         } else if (k.size() >= 4) {
-            if (n.starts_with(k) || (n.size() >= 4 && k.starts_with(n)) || b.find(k) != std::string::npos)
-                return true;
+            if (n.starts_with(k) || (n.size() >= 4 && k.starts_with(n)) || b.find(k) != std::string::npos) return true;
         }
     }
     return false;

@@ -46,9 +46,7 @@ bool liegtUnter(std::string_view pfad, std::string_view ordner) {
     return pfad.size() > ordner.size() + 1 && pfad.starts_with(ordner) && pfad[ordner.size()] == '/';
 }
 
-bool gleichOderUnter(std::string_view rel, std::string_view wurzel) {
-    return rel == wurzel || liegtUnter(rel, wurzel);
-}
+bool gleichOderUnter(std::string_view rel, std::string_view wurzel) { return rel == wurzel || liegtUnter(rel, wurzel); }
 
 std::optional<std::string> echterPfad(const std::string& pfad) {
     std::unique_ptr<char, decltype(&std::free)> echt(::realpath(pfad.c_str(), nullptr), &std::free);
@@ -210,9 +208,8 @@ Urteil SafetyGuard::pruefeImHome(const std::string& pfad, const std::string& rel
         return Urteil::abgelehnt("Grundordner der Library bleiben immer");
 
     // Mail attachments may go, the folder holding them stays.
-    if (!liegtUnter(relKlein, mailAnhaenge) &&
-        (relKlein.starts_with("library/group containers/group.com.apple.") ||
-         relKlein.starts_with("library/containers/com.apple.")))
+    if (!liegtUnter(relKlein, mailAnhaenge) && (relKlein.starts_with("library/group containers/group.com.apple.") ||
+                                                relKlein.starts_with("library/containers/com.apple.")))
         return Urteil::abgelehnt("Daten eines Apple-Programms");
 
     for (std::string_view zone : Namen::sperrzonen)
@@ -220,13 +217,13 @@ Urteil SafetyGuard::pruefeImHome(const std::string& pfad, const std::string& rel
             return Urteil::abgelehnt(zone.starts_with("Library/Mobile Documents")
                                          ? "iCloud-Dateien werden nur ausgelagert, nie gelöscht"
                                          : "Geschützter Bereich");
-    if (!verlaufRel_.empty() && gleichOderUnter(relKlein, verlaufRel_))
-        return Urteil::abgelehnt("Geschützter Bereich");
+    if (!verlaufRel_.empty() && gleichOderUnter(relKlein, verlaufRel_)) return Urteil::abgelehnt("Geschützter Bereich");
 
     for (const std::string& t : teile)
         if (klein(t) == ".git") return Urteil::abgelehnt("Liegt in einem Git-Archiv");
     for (const std::string& t : teile)
-        if (klein(t).ends_with(".photoslibrary")) return Urteil::abgelehnt("Fotos-Mediathek – bitte in Fotos verwalten");
+        if (klein(t).ends_with(".photoslibrary"))
+            return Urteil::abgelehnt("Fotos-Mediathek – bitte in Fotos verwalten");
 
     // Programs in the user's own Applications folder are judged like those of the system.
     if (teile.front() == "Applications" && teile.back().ends_with(".app")) return pruefeProgramm(pfad, art);
@@ -303,7 +300,8 @@ Urteil SafetyGuard::pruefeProgramm(const std::string& pfad, Entsorgung art) cons
             std::string ziel(4096, '\0');
             const ssize_t laenge = ::readlink((versionen + "/Current").c_str(), ziel.data(), ziel.size());
             ziel.resize(laenge > 0 ? static_cast<size_t>(laenge) : 0);
-            if (r == "Current" || r == ziel || ziel.empty()) return Urteil::abgelehnt("Das ist die laufende Chrome-Version");
+            if (r == "Current" || r == ziel || ziel.empty())
+                return Urteil::abgelehnt("Das ist die laufende Chrome-Version");
             return Urteil::erlaubt();
         }
     }

@@ -22,8 +22,7 @@ public:
 
     static constexpr std::string_view standardKennung = "de.hainbrem.Hainbrem";
     // The shared temp folder of a Linux system holds other users' entries too.
-    static constexpr std::string_view fremderEintrag =
-        "Gehört einem anderen Benutzer – wird nicht angefasst";
+    static constexpr std::string_view fremderEintrag = "Gehört einem anderen Benutzer – wird nicht angefasst";
 
     static std::filesystem::path benutzerTemp();  // = plattform::benutzerTemp()
 

@@ -33,25 +33,25 @@ TEST(Laufend, BesitzerGegenFesteListe) {
         {"COM.TinySpeck.SlackMacGap", true},  // ignoring case
         {"Slack", true},                      // name
         {"slack", true},
-        {"electron", true},           // executable file name
+        {"electron", true},  // executable file name
         {"Google Chrome Helper", true},
         {"com.google.Chrome", true},  // a helper's id begins with the owner's id + "."
         {"com.microsoft", true},
-        {"com.google.Chr", false},    // only whole id parts
+        {"com.google.Chr", false},  // only whole id parts
         {"com.example.app", false},
-        {"mozilla.firefox", false},   // an id never matches by name
-        {"google chrome", true},      // name begins with the owner
-        {"Slack Helper (GPU)", true}, // owner begins with a name of 4 or more characters
-        {"tinyspeck", true},          // bundle id contains the owner
+        {"mozilla.firefox", false},    // an id never matches by name
+        {"google chrome", true},       // name begins with the owner
+        {"Slack Helper (GPU)", true},  // owner begins with a name of 4 or more characters
+        {"tinyspeck", true},           // bundle id contains the owner
         {"mozilla", true},
         {"fire", true},
         {"code", true},
-        {"cod", false},               // short owners match only exactly
+        {"cod", false},  // short owners match only exactly
         {"fox", false},
         {"vi", true},
-        {"vim-cache", false},         // names shorter than 4 are no prefix of the owner
+        {"vim-cache", false},  // names shorter than 4 are no prefix of the owner
         {"Photoshop", false},
-        {"", false},                  // no owner is nobody's program
+        {"", false},  // no owner is nobody's program
         {"usr", false},
     };
     for (const auto& f : faelle) EXPECT_EQ(programmLaeuft(f.besitzer, laufend), f.laeuft) << f.besitzer;

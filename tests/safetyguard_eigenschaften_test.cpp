@@ -2,11 +2,10 @@
 // allowed places, nothing in a protected place, and deleting for good only under a positive rule.
 #ifdef HAINBREM_RAPIDCHECK
 
+#include <dirent.h>
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
-
-#include <dirent.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -54,26 +53,109 @@ bool existiert(const std::string& p) {
     return ::stat(p.c_str(), &st) == 0;
 }
 
-const std::vector<std::string> bausteine{
-    "Library", "Caches", "Logs", "Application Support", "Containers", "Group Containers", "Data", "Developer",
-    "Xcode", "DerivedData", "iOS DeviceSupport", "com.example.app", "com.example.notes", "com.apple.Maps",
-    "com.apple.Safari", "com.apple.Notes", "com.apple.mail", "Mail Downloads", "JetBrains", "Slack", "app-4.1.0",
-    "app-4.2.0", "Cache", "Code Cache", "GPUCache", "Claude", "vm_bundles", "Hainbrem", "AddressBook",
-    "Mobile Documents", "CloudStorage", "Mail", "Keychains", "Documents", "bericht.pdf", "Desktop", ".Trash",
-    "alt.txt", ".cache", "pip", ".npm", "_cacache", ".local", "share", "Trash", "files", "info", "hainbrem",
-    "verlauf.json", ".ssh", "code", "web", "ohne", "rust", "java", "ios", "ios2", "node_modules", "target",
-    "package.json", "DerivedData", ".git", "HEAD", "Pictures", "Fotos.photoslibrary", "Applications", "Foo.app",
-    "Safari.app", "Hainbrem.app", "Eigen.app", "Contents", "Helpers", "Bar.app", "Google Chrome.app",
-    "Frameworks", "Google Chrome Framework.framework", "Versions", "120.0.1", "121.0.2", "Current", "verweis",
-    "nach-draussen", "caches-verweis", "home-verweis", "home", "temp", "sitzung", "a.tmp", "draussen",
-    "X", "com.google.Chrome.code_sign_clone", "kopie1", "etc", "tmp"};
+const std::vector<std::string> bausteine{"Library",
+                                         "Caches",
+                                         "Logs",
+                                         "Application Support",
+                                         "Containers",
+                                         "Group Containers",
+                                         "Data",
+                                         "Developer",
+                                         "Xcode",
+                                         "DerivedData",
+                                         "iOS DeviceSupport",
+                                         "com.example.app",
+                                         "com.example.notes",
+                                         "com.apple.Maps",
+                                         "com.apple.Safari",
+                                         "com.apple.Notes",
+                                         "com.apple.mail",
+                                         "Mail Downloads",
+                                         "JetBrains",
+                                         "Slack",
+                                         "app-4.1.0",
+                                         "app-4.2.0",
+                                         "Cache",
+                                         "Code Cache",
+                                         "GPUCache",
+                                         "Claude",
+                                         "vm_bundles",
+                                         "Hainbrem",
+                                         "AddressBook",
+                                         "Mobile Documents",
+                                         "CloudStorage",
+                                         "Mail",
+                                         "Keychains",
+                                         "Documents",
+                                         "bericht.pdf",
+                                         "Desktop",
+                                         ".Trash",
+                                         "alt.txt",
+                                         ".cache",
+                                         "pip",
+                                         ".npm",
+                                         "_cacache",
+                                         ".local",
+                                         "share",
+                                         "Trash",
+                                         "files",
+                                         "info",
+                                         "hainbrem",
+                                         "verlauf.json",
+                                         ".ssh",
+                                         "code",
+                                         "web",
+                                         "ohne",
+                                         "rust",
+                                         "java",
+                                         "ios",
+                                         "ios2",
+                                         "node_modules",
+                                         "target",
+                                         "package.json",
+                                         "DerivedData",
+                                         ".git",
+                                         "HEAD",
+                                         "Pictures",
+                                         "Fotos.photoslibrary",
+                                         "Applications",
+                                         "Foo.app",
+                                         "Safari.app",
+                                         "Hainbrem.app",
+                                         "Eigen.app",
+                                         "Contents",
+                                         "Helpers",
+                                         "Bar.app",
+                                         "Google Chrome.app",
+                                         "Frameworks",
+                                         "Google Chrome Framework.framework",
+                                         "Versions",
+                                         "120.0.1",
+                                         "121.0.2",
+                                         "Current",
+                                         "verweis",
+                                         "nach-draussen",
+                                         "caches-verweis",
+                                         "home-verweis",
+                                         "home",
+                                         "temp",
+                                         "sitzung",
+                                         "a.tmp",
+                                         "draussen",
+                                         "X",
+                                         "com.google.Chrome.code_sign_clone",
+                                         "kopie1",
+                                         "etc",
+                                         "tmp"};
 
 std::string variiere(std::string s, uint64_t maske) {
     for (size_t i = 0; i < s.size() && i < 64; ++i)
         if ((maske >> i) & 1u) {
             char& c = s[i];
-            if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-            else if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+            if (c >= 'a' && c <= 'z')
+                c = static_cast<char>(c - 'a' + 'A');
+            else if (c >= 'A' && c <= 'Z')
+                c = static_cast<char>(c - 'A' + 'a');
         }
     return s;
 }
@@ -95,7 +177,8 @@ std::string erzeugePfad() {
         std::vector<std::string> da;
         if (DIR* d = ::opendir(pfad.empty() ? "/" : pfad.c_str())) {
             while (const dirent* e = ::readdir(d))
-                if (std::string_view(e->d_name) != "." && std::string_view(e->d_name) != "..") da.emplace_back(e->d_name);
+                if (std::string_view(e->d_name) != "." && std::string_view(e->d_name) != "..")
+                    da.emplace_back(e->d_name);
             ::closedir(d);
         }
         std::sort(da.begin(), da.end());
@@ -160,8 +243,8 @@ bool pruefeInvarianten(const SafetyGuard& waechter, const std::string& roh, Ents
     const size_t schnitt = roh.rfind('/');
     std::string name = roh.substr(schnitt + 1);
     RC_ASSERT(name != "" && name != "." && name != "..");
-    std::unique_ptr<char, decltype(&std::free)> echt(::realpath(schnitt == 0 ? "/" : roh.substr(0, schnitt).c_str(), nullptr),
-                                                     &std::free);
+    std::unique_ptr<char, decltype(&std::free)> echt(
+        ::realpath(schnitt == 0 ? "/" : roh.substr(0, schnitt).c_str(), nullptr), &std::free);
     RC_ASSERT(echt != nullptr);
     const std::string eltern = echt.get();
     // the tables see the name as spelled on disk
@@ -175,8 +258,10 @@ bool pruefeInvarianten(const SafetyGuard& waechter, const std::string& roh, Ents
 
     if (unter(pfad, waechter.temp()) || unter(pfad, kopien)) RC_ASSERT(art == Entsorgung::loeschen);
     if (unter(pfad, waechter.programme())) {
-        if (art == Entsorgung::loeschen) RC_ASSERT(unter(pfad, versionen) && pfad.find('/', versionen.size() + 1) == std::string::npos);
-        else RC_ASSERT(pfad.ends_with(".app"));
+        if (art == Entsorgung::loeschen)
+            RC_ASSERT(unter(pfad, versionen) && pfad.find('/', versionen.size() + 1) == std::string::npos);
+        else
+            RC_ASSERT(pfad.ends_with(".app"));
     }
     if (!imHome) return true;
 

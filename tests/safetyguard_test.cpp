@@ -324,14 +324,14 @@ TEST(WaechterBefehl, UrteilAlsTextUndJson) {
     const WaechterWelt& welt = hainbrem::welt();
     const std::string vorne = "HOME='" + welt.home.native() + "' TMPDIR='" + welt.temp.native() + "' " HAINBREM_BINARY;
     int status = -1;
-    EXPECT_EQ(test::laufe(vorne + " urteil '" + (welt.home / "Library/Caches/com.example.app").native() +
-                              "' --art loeschen",
-                          &status),
-              "erlaubt\n");
+    EXPECT_EQ(
+        test::laufe(vorne + " urteil '" + (welt.home / "Library/Caches/com.example.app").native() + "' --art loeschen",
+                    &status),
+        "erlaubt\n");
     EXPECT_EQ(status, 0);
-    EXPECT_EQ(test::laufe(vorne + " urteil '" + (welt.home / "Documents/bericht.pdf").native() + "' --art loeschen",
-                          &status),
-              "Kein Cache – darf nur in den Papierkorb\n");
+    EXPECT_EQ(
+        test::laufe(vorne + " urteil '" + (welt.home / "Documents/bericht.pdf").native() + "' --art loeschen", &status),
+        "Kein Cache – darf nur in den Papierkorb\n");
     EXPECT_EQ(status, 1);
 
     const auto j = nlohmann::json::parse(

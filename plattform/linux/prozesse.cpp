@@ -1,13 +1,13 @@
 // Linux: the running processes from /proc, read with plain system calls (hundreds of processes,
 // a few small files each).
+#include "plattform/prozesse.hpp"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
 #include <string_view>
-
-#include "plattform/prozesse.hpp"
 
 namespace hainbrem::plattform {
 
