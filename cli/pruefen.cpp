@@ -82,13 +82,18 @@ int pruefen(const Kontext& k) {
         std::printf("Nichts gefunden, was weg kann.\n");
         return 0;
     }
+    // one path can be found by two rules (~/.cache/uv); the totals count it once
     int64_t gesamt = 0, vorgewaehlt = 0;
+    std::set<std::string> gezaehlt, vorgewaehltGezaehlt;
     for (const auto& e : ergebnisse) {
-        gesamt = addiere(gesamt, e.bytes());
+        for (const auto& f : e.funde) {
+            if (gezaehlt.insert(f.url.native()).second) gesamt = addiere(gesamt, f.bytes);
+            if (f.vorgewaehlt && vorgewaehltGezaehlt.insert(f.url.native()).second)
+                vorgewaehlt = addiere(vorgewaehlt, f.bytes);
+        }
         std::printf("%s  ·  %s  ·  %s  ·  %zu %s\n", e.regel.titel.c_str(), std::string(name(e.regel.risiko)).c_str(),
                     alsBytes(e.bytes()).c_str(), e.funde.size(), e.funde.size() == 1 ? "Fund" : "Funde");
         for (const auto& f : e.funde) {
-            if (f.vorgewaehlt) vorgewaehlt = addiere(vorgewaehlt, f.bytes);
             std::string zeile = fmt::format("  {:>10}  {}  {}", alsBytes(f.bytes), f.vorgewaehlt ? "[x]" : "[ ]",
                                             kurzerPfad(f.url, k.home));
             if (f.titel) zeile += fmt::format(" „{}“", *f.titel);
