@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <thread>
 
 #include "plattform/prozesse.hpp"
@@ -72,28 +73,65 @@ TEST(Laufend, TestprozessSelbstLaeuft) {
     for (const auto& p : laufendeProgramme()) EXPECT_FALSE(p.programmdatei.empty()) << p.name;
 }
 
+// A long-running copy of sleep under a name longer than the kernel keeps.
+class LangerProzess {
+public:
+    static constexpr const char* name = "ein-sehr-langer-programmname";
+    LangerProzess() {
+        std::filesystem::copy_file("/bin/sleep", prog);
+        std::filesystem::permissions(prog, std::filesystem::perms::owner_exec | std::filesystem::perms::others_exec,
+                                     std::filesystem::perm_options::add);
+        kind_ = ::fork();
+        if (kind_ == 0) {
+            ::execl(prog.c_str(), prog.c_str(), "30", static_cast<char*>(nullptr));
+            ::_exit(127);
+        }
+        // until the child has exec'd
+        for (int versuch = 0; versuch < 300 && !programmLaeuft(name); ++versuch)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ~LangerProzess() {
+        if (kind_ > 0) {
+            ::kill(kind_, SIGKILL);
+            ::waitpid(kind_, nullptr, 0);
+        }
+    }
+    test::Testordner t;
+    const std::filesystem::path prog = t / name;
+
+private:
+    pid_t kind_ = -1;
+};
+
 TEST(Laufend, LangerProzessnameKommtGanz) {
     // the kernel cuts process names to 15 bytes; the whole name comes from argv[0]
-    test::Testordner t;
-    const std::filesystem::path prog = t / "ein-sehr-langer-programmname";
-    std::filesystem::copy_file("/bin/sleep", prog);
-    std::filesystem::permissions(prog, std::filesystem::perms::owner_exec, std::filesystem::perm_options::add);
-    const pid_t kind = ::fork();
-    ASSERT_GE(kind, 0);
-    if (kind == 0) {
-        ::execl(prog.c_str(), prog.c_str(), "30", static_cast<char*>(nullptr));
-        ::_exit(127);
-    }
+    const LangerProzess p;
     bool gefunden = false;
-    for (int versuch = 0; versuch < 200 && !gefunden; ++versuch) {
-        for (const auto& p : plattform::laufendeProgramme())
-            gefunden = gefunden || (p.name == "ein-sehr-langer-programmname" && p.programmdatei == prog.native());
-        if (!gefunden) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    for (const auto& e : plattform::laufendeProgramme())
+        gefunden = gefunden || (e.name == LangerProzess::name && e.programmdatei == p.prog.native());
     EXPECT_TRUE(gefunden);
     EXPECT_TRUE(programmLaeuft("Ein-Sehr-Langer-Programmname"));
-    ::kill(kind, SIGKILL);
-    ::waitpid(kind, nullptr, 0);
+}
+
+TEST(Laufend, FremdeProzesseOhneLesbareProgrammdatei) {
+    // another user's executable link is unreadable: argv[0] stands in for it
+    if (std::getenv("HAINBREM_LAUFEND_ALS_NOBODY")) {
+        std::error_code e;
+        (void)std::filesystem::read_symlink("/proc/1/exe", e);
+        EXPECT_TRUE(e) << "als nobody lesbar?";
+        EXPECT_TRUE(programmLaeuft(LangerProzess::name));
+        return;
+    }
+    if (!test::kannAlsNobodyLaufen()) GTEST_SKIP() << "braucht root und setpriv";
+    const LangerProzess p;
+    ASSERT_TRUE(programmLaeuft(LangerProzess::name));
+    const std::string ich = std::filesystem::read_symlink("/proc/self/exe");
+    int status = -1;
+    const std::string aus =
+        test::laufe("HAINBREM_LAUFEND_ALS_NOBODY=1 setpriv --reuid=nobody --regid=nogroup --clear-groups '" + ich +
+                        "' --gtest_filter=Laufend.FremdeProzesseOhneLesbareProgrammdatei 2>&1",
+                    &status);
+    EXPECT_EQ(status, 0) << aus;
 }
 
 }  // namespace
