@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <unordered_map>
 
@@ -59,7 +60,7 @@ std::unordered_map<std::string, int64_t> messe(const std::vector<Messung>& messu
     std::mutex sperre;
     std::condition_variable bereit;
     std::deque<Ergebnis> fertige;
-    size_t arbeitendeFaeden = std::min<size_t>(gleichzeitigeMessungen, messungen.size());
+    size_t arbeitendeFaeden = 0;
 
     auto arbeite = [&] {
         for (;;) {
@@ -78,9 +79,26 @@ std::unordered_map<std::string, int64_t> messe(const std::vector<Messung>& messu
     };
 
     std::vector<std::jthread> faeden;
-    const size_t anzahl = arbeitendeFaeden;
+    const size_t anzahl = std::min<size_t>(gleichzeitigeMessungen, messungen.size());
     faeden.reserve(anzahl);
-    for (size_t i = 0; i < anzahl; ++i) faeden.emplace_back(arbeite);
+    for (size_t i = 0; i < anzahl; ++i) {
+        {
+            std::lock_guard zaehler(sperre);
+            ++arbeitendeFaeden;
+        }
+        try {
+            faeden.emplace_back(arbeite);
+        } catch (const std::system_error&) {
+            std::lock_guard zaehler(sperre);
+            --arbeitendeFaeden;
+            break;
+        }
+    }
+    if (faeden.empty()) {
+        // no thread to be had: measure here, one after the other
+        arbeitendeFaeden = 1;
+        arbeite();
+    }
 
     const double teiler = static_cast<double>(gesamtFunde == 0 ? 1 : gesamtFunde);
     size_t erledigt = 0;
@@ -112,7 +130,14 @@ std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::vector<Re
     gefunden.reserve(liste.size());
     for (const auto& r : liste) {
         if (abbrechen && abbrechen()) break;
-        gefunden.emplace_back(&r, r.finde ? r.finde(umgebung) : std::vector<Fund>{});
+        std::vector<Fund> funde;
+        try {
+            if (r.finde) funde = r.finde(umgebung);
+        } catch (const std::exception&) {
+            // a finder that fails finds nothing; the other rules still run
+            funde.clear();
+        }
+        gefunden.emplace_back(&r, std::move(funde));
     }
 
     // 2. one measurement per distinct path (~/.cache/uv is found by two rules), in list order

@@ -168,6 +168,16 @@ TEST(KatalogPruefe, AbbrechenStartetNichtsMehr) {
     EXPECT_EQ(aufrufe, 0);
 }
 
+TEST(KatalogPruefe, EinScheiternderFinderNimmtDenAnderenNichts) {
+    Testordner t;
+    const auto datei = t.datei("f", 4096);
+    std::vector<Regel> regeln{regelMit("kaputt", Risiko::sicher, {}), regelMit("heil", Risiko::sicher, {fundFuer(datei)})};
+    regeln[0].finde = [](const Umgebung&) -> std::vector<Fund> { throw std::runtime_error("kaputt"); };
+    const auto ergebnis = Katalog::pruefe(umgebungMit(t), regeln);
+    ASSERT_EQ(ergebnis.size(), 1u);
+    EXPECT_EQ(ergebnis[0].id(), "heil");
+}
+
 TEST(KatalogPruefe, TestHomeVollstaendig) {
     Testordner t;
     const MacHome h(t);
