@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <sys/stat.h>
+
 #include <atomic>
+#include <set>
 #include <mutex>
 #include <thread>
 
@@ -271,6 +274,30 @@ TEST(KatalogBefehl, PruefenJsonAufDemTestHome) {
     ASSERT_FALSE(whisper.is_null());
     EXPECT_EQ(whisper["vorgewaehlt"], false);
     EXPECT_EQ(whisper["titel"], "whisper-small (openai)");
+}
+
+TEST(KatalogBefehl, UnlesbareOrdnerErgebenKeineFundeUndKeinenFehler) {
+    if (!test::kannAlsNobodyLaufen()) GTEST_SKIP() << "braucht root, um als nobody zu laufen";
+    Testordner t;
+    const MacHome h(t);
+    ::chmod((h.home() / "Library/Caches").c_str(), 0700);
+    int status = -1;
+    const std::string befehl = "HOME='" + h.home().native() + "' TMPDIR='" + h.temp().native() +
+                               "' XDG_DATA_HOME= setpriv --reuid=nobody --regid=nogroup --clear-groups '" +
+                               std::string(HAINBREM_BINARY) + "' --json pruefen 2>/dev/null";
+    const auto j = nlohmann::json::parse(test::laufe(befehl, &status), nullptr, false);
+    EXPECT_EQ(status, 0);
+    ASSERT_TRUE(j.is_array()) << j.dump();
+    std::set<std::string> ids;
+    for (const auto& r : j) {
+        ids.insert(r["id"].get<std::string>());
+        for (const auto& f : r["funde"])
+            EXPECT_FALSE(f["pfad"].get<std::string>().starts_with((h.home() / "Library/Caches/").native())) << f["pfad"];
+    }
+    EXPECT_FALSE(ids.contains("browser"));
+    EXPECT_FALSE(ids.contains("temporaer"));  // nobody owns nothing in that temp folder
+    EXPECT_TRUE(ids.contains("protokolle"));
+    EXPECT_TRUE(ids.contains("xcode-derived"));
 }
 
 TEST(KatalogBefehl, RegelnListetAlle21MitTexten) {
