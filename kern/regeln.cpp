@@ -323,7 +323,11 @@ std::vector<Fund> findeInstaller(const Umgebung& u) {
     std::vector<Fund> funde;
     const auto jetzt = std::chrono::system_clock::now();
     const auto profil = plattform::profil(u.home);
-    for (const auto& ordner : {profil.downloads, profil.schreibtisch})
+    std::vector<fs::path> ordnerListe{profil.downloads};
+    // user-dirs.dirs may point both at the same folder; its installers are found once
+    if (profil.schreibtisch.lexically_normal() != profil.downloads.lexically_normal())
+        ordnerListe.push_back(profil.schreibtisch);
+    for (const auto& ordner : ordnerListe)
         for (const auto& e : kinder(ordner)) {
             if (!istMacInstaller(e)) continue;
             const auto d = datum(e);

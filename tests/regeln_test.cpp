@@ -5,11 +5,13 @@
 
 #include <fmt/format.h>
 
+#include <fstream>
 #include <set>
 
 #include "fixture_home.hpp"
 #include "kern/katalog.hpp"
 #include "kern/namen.hpp"
+#include "plattform/plattform.hpp"
 #include "testordner.hpp"
 
 namespace hainbrem {
@@ -288,6 +290,17 @@ TEST(RegelnPapierkorb, VonHainbremErkanntAuchUeberVerknuepftenPfad) {
             EXPECT_TRUE(f.vorgewaehlt);
         }
     }
+}
+
+TEST(RegelnInstaller, DownloadsUndSchreibtischImSelbenOrdnerZaehlenEinmal) {
+    Testordner t;
+    const MacHome h(t);
+    t.datei("home/.config/user-dirs.dirs", 0);
+    std::ofstream(h.home() / ".config/user-dirs.dirs")
+        << "XDG_DOWNLOAD_DIR=\"$HOME/Downloads\"\nXDG_DESKTOP_DIR=\"$HOME/Downloads\"\n";
+    const auto funde = Katalog::regel("installer")->finde(h.umgebung());
+    if (plattform::istMacOS) GTEST_SKIP() << "user-dirs.dirs gilt nur unter Linux";
+    EXPECT_EQ(funde.size(), 5u);  // the five in Downloads, none twice
 }
 
 }  // namespace
