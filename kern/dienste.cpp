@@ -199,7 +199,8 @@ std::vector<std::string> pfade(const fs::path& home) {
         aus.insert(aus.end(), std::make_move_iterator(neu.begin()), std::make_move_iterator(neu.end()));
     };
     for (const auto& p : dateienMit(home / "Library/LaunchAgents", ".plist"))
-        if (auto liste = Eigenschaftsliste::ausDatei(p)) haenge(ausLaunchAgent(liste->wurzel()));
+        if (auto text = leseKlein(p))
+            if (auto liste = Eigenschaftsliste::ausSpeicher(*text)) haenge(ausLaunchAgent(liste->wurzel()));
 
     const fs::path einheiten = home / ".config/systemd/user";
     std::vector<fs::path> dateien = dateienMit(einheiten, ".service");

@@ -109,6 +109,13 @@ Fund rest(const fs::path& pfad, const std::string& besitzer, bool vorgewaehlt) {
     return f;
 }
 
+// Only regular files of sensible size: a named pipe in place of Info.plist would block the read.
+std::optional<Eigenschaftsliste> liesListe(const fs::path& pfad) {
+    struct stat st;
+    if (::stat(pfad.c_str(), &st) != 0 || !S_ISREG(st.st_mode) || st.st_size > (8 << 20)) return std::nullopt;
+    return Eigenschaftsliste::ausDatei(pfad);
+}
+
 void miss(std::vector<Fund>& funde) {
     parallel(funde.size(), [&](size_t i) { funde[i].bytes = Groesse::belegt(funde[i].url, 1); });
 }
@@ -176,7 +183,7 @@ std::vector<fs::path> standardOrdner(const Umgebung& umgebung) {
 }
 
 std::optional<Programm> lies(const fs::path& bundle) {
-    const auto info = Eigenschaftsliste::ausDatei(bundle / "Contents/Info.plist");
+    const auto info = liesListe(bundle / "Contents/Info.plist");
     if (!info) return std::nullopt;
     const auto id = info->wurzel().feld("CFBundleIdentifier").text();
     if (!id || id->empty()) return std::nullopt;
@@ -301,7 +308,7 @@ std::set<std::string> geladeneDienste() {
 }
 
 bool dienstProgrammExistiert(const fs::path& agent) {
-    const auto liste = Eigenschaftsliste::ausDatei(agent);
+    const auto liste = liesListe(agent);
     if (!liste) return false;
     auto programm = liste->wurzel().feld("Program").text();
     if (!programm || programm->empty()) programm = liste->wurzel().feld("ProgramArguments").element(0).text();

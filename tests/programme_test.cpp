@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <plist/plist.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <fstream>
@@ -72,6 +73,9 @@ TEST(Programme, ListetBundlesAusBeidenOrdnernOhneApple) {
     w.t.datei("Applications/Store.app/Contents/_MASReceipt/receipt", 10);
     w.t.ordner("Applications/Ordner");  // not a bundle
     fs::create_directory_symlink(w.programme / "Editor.app", w.programme / "Verweis.app");
+    // a named pipe instead of Info.plist must not hang the listing
+    w.t.ordner("Applications/Rohr.app/Contents");
+    ASSERT_EQ(::mkfifo((w.programme / "Rohr.app/Contents/Info.plist").c_str(), 0644), 0);
 
     const auto liste = w.alle();
     ASSERT_EQ(liste.size(), 3u);

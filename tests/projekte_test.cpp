@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <plist/plist.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <atomic>
@@ -305,6 +306,8 @@ TEST(Dienste, UnlesbareDateienTragenNichtsBei) {
                R"(<?xml version="1.0"?><plist version="1.0"><dict><key>Program</key><string>/gut</string></dict></plist>)");
     w.schreibe(".config/systemd/user/x.service.bak", "[Service]\nExecStart=/nicht\n");
     w.schreibe(".config/autostart/a.desktop", "[Desktop Entry]\nExec=/auto\n");
+    w.t.ordner("home/.config/systemd/user");
+    ASSERT_EQ(::mkfifo((w.home / ".config/systemd/user/rohr.service").c_str(), 0644), 0);
     EXPECT_EQ(Dienste::pfade(w.home), (std::vector<std::string>{"/auto", "/gut"}));
 }
 
