@@ -148,6 +148,40 @@ TEST(KatalogPruefe, FortschrittSteigtBisEinsUndBleibtOhneFundeStumm) {
     EXPECT_EQ(aufrufe, 0);
 }
 
+size_t faedenJetzt() {
+    size_t n = 0;
+    std::error_code fehler;
+    for (auto it = fs::directory_iterator("/proc/self/task", fehler); !fehler && it != fs::directory_iterator();
+         it.increment(fehler))
+        ++n;
+    return n;
+}
+
+TEST(KatalogPruefe, HoechstensSechsMessungenZugleich) {
+    if (!fs::exists("/proc/self/task")) GTEST_SKIP() << "braucht /proc";
+    Testordner t;
+    std::vector<Fund> funde;
+    // folders with some content, so measurements overlap
+    for (int i = 0; i < 60; ++i) {
+        for (int j = 0; j < 20; ++j) t.datei("o" + std::to_string(i) + "/d" + std::to_string(j), 100);
+        funde.push_back(fundFuer(t / ("o" + std::to_string(i))));
+    }
+    // a watcher counts the process's threads all through the check
+    std::atomic<bool> fertig{false};
+    std::atomic<size_t> hoechstens{0};
+    std::thread waechter([&] {
+        while (!fertig.load()) hoechstens = std::max(hoechstens.load(), faedenJetzt());
+    });
+    const size_t vorher = faedenJetzt();  // with the watcher
+    const auto ergebnis = Katalog::pruefe(umgebungMit(t), {regelMit("viele", Risiko::sicher, funde)});
+    fertig = true;
+    waechter.join();
+    ASSERT_EQ(ergebnis.size(), 1u);
+    EXPECT_EQ(ergebnis[0].funde.size(), 60u);
+    EXPECT_LE(hoechstens.load(), vorher + Katalog::gleichzeitigeMessungen);
+    EXPECT_EQ(faedenJetzt(), vorher - 1);  // the pool is gone afterwards, and so is the watcher
+}
+
 TEST(KatalogPruefe, AbbrechenStartetNichtsMehr) {
     Testordner t;
     const auto datei = t.datei("f", 4096);
