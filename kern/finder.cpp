@@ -17,10 +17,9 @@ namespace hainbrem::Katalog {
 
 namespace {
 
-Zeitpunkt alsZeitpunkt(const struct timespec& ts) {
-    using namespace std::chrono;
-    return Zeitpunkt(duration_cast<system_clock::duration>(seconds(ts.tv_sec) + nanoseconds(ts.tv_nsec)));
-}
+// Whole seconds: st_mtime is the one spelling every POSIX system shares (macOS has no st_mtim),
+// and no rule compares finer than days.
+Zeitpunkt alsZeitpunkt(time_t sekunden) { return Zeitpunkt(std::chrono::seconds(sekunden)); }
 
 std::string klein(std::string_view s) {
     std::string k(s);
@@ -51,7 +50,7 @@ std::vector<fs::path> kinder(const fs::path& ordner) {
 std::optional<Zeitpunkt> datum(const fs::path& eintrag) {
     struct stat st;
     if (::lstat(eintrag.c_str(), &st) != 0) return std::nullopt;
-    return alsZeitpunkt(st.st_mtim);
+    return alsZeitpunkt(st.st_mtime);
 }
 
 std::optional<Zeitpunkt> juengsteAenderung(const fs::path& ordner, size_t hoechstens) {
@@ -61,7 +60,7 @@ std::optional<Zeitpunkt> juengsteAenderung(const fs::path& ordner, size_t hoechs
         // a folder counts once, after its contents
         if (e.ebene == 0 || e.art == Groesse::EintragArt::ordnerAnfang) return Groesse::Weiter::ja;
         if (e.art == Groesse::EintragArt::unlesbar || !e.statt) return Groesse::Weiter::ja;
-        neueste = std::max<int64_t>(neueste, e.statt->st_mtim.tv_sec);
+        neueste = std::max<int64_t>(neueste, static_cast<int64_t>(e.statt->st_mtime));
         return ++gesehen >= hoechstens ? Groesse::Weiter::abbrechen : Groesse::Weiter::ja;
     });
     if (neueste > 0) return Zeitpunkt(std::chrono::seconds(neueste));
