@@ -13,6 +13,7 @@
 #include "kern/papierkorb_info.hpp"
 #include "kern/regel_namen.hpp"
 #include "kern/safetyguard.hpp"
+#include "plattform/papierkorb_datum.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem::Katalog {
@@ -306,7 +307,8 @@ std::vector<Fund> findePapierkorb(const Umgebung& u) {
     std::vector<Fund> funde;
     const auto jetzt = std::chrono::system_clock::now();
     for (const auto& e : kinder(plattform::profil(u.home).papierkorb)) {
-        const auto hinein = PapierkorbInfo::hinzugefuegt(e);
+        auto hinein = PapierkorbInfo::hinzugefuegt(e);
+        if (!hinein) hinein = plattform::imPapierkorbSeit(e);
         if (vonHainbrem.contains(aufgeloest(e))) {
             // stays unticked so the round that put it there can still be undone
             funde.push_back(fund(e, Entsorgung::loeschen, std::nullopt, false, hinein,
