@@ -2,8 +2,11 @@
 
 #include <plist/plist.h>
 
-#include <fstream>
-#include <iterator>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <limits>
 
 namespace hainbrem {
@@ -77,12 +80,24 @@ std::optional<Eigenschaftsliste> Eigenschaftsliste::ausSpeicher(std::string_view
 }
 
 std::optional<Eigenschaftsliste> Eigenschaftsliste::ausDatei(const std::filesystem::path& pfad) {
-    std::ifstream ein(pfad, std::ios::binary);
-    if (!ein) return std::nullopt;
-    // Info.plist files are small; anything huge is not what we look for
-    std::string daten;
-    daten.assign(std::istreambuf_iterator<char>(ein), std::istreambuf_iterator<char>());
-    if (!ein.good() && !ein.eof()) return std::nullopt;
+    // O_NONBLOCK and the type check: a named pipe or device where a plist should be must not hang us
+    const int fd = ::open(pfad.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    if (fd < 0) return std::nullopt;
+    struct stat st;
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || st.st_size > maxDateiGroesse) {
+        ::close(fd);
+        return std::nullopt;
+    }
+    std::string daten(static_cast<size_t>(st.st_size), '\0');
+    size_t gelesen = 0;
+    while (gelesen < daten.size()) {
+        const ssize_t n = ::read(fd, daten.data() + gelesen, daten.size() - gelesen);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) break;
+        gelesen += static_cast<size_t>(n);
+    }
+    ::close(fd);
+    daten.resize(gelesen);
     return ausSpeicher(daten);
 }
 

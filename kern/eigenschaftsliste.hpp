@@ -32,7 +32,9 @@ private:
 class Eigenschaftsliste {
 public:
     static std::optional<Eigenschaftsliste> ausSpeicher(std::string_view daten);
+    // Regular files up to maxDateiGroesse only; anything else (pipes, devices, huge files) is nothing.
     static std::optional<Eigenschaftsliste> ausDatei(const std::filesystem::path& pfad);
+    static constexpr int64_t maxDateiGroesse = 16 * 1024 * 1024;
     PlistKnoten wurzel() const { return PlistKnoten(wurzel_.get()); }
 
 private:

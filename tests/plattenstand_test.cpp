@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <plist/plist.h>
 
+#include <sys/stat.h>
+
 #include <fstream>
 #include <sstream>
 
@@ -139,6 +141,38 @@ TEST(Platte, LsblkRollenNachEinhaengepunkt) {
     EXPECT_FALSE(Platte::ausLsblk("", "/home"));
     EXPECT_FALSE(Platte::ausLsblk("{\"blockdevices\": 3}", "/home"));
     EXPECT_FALSE(Platte::ausLsblk(R"({"blockdevices":[{"name":"sda","mountpoints":["/mnt"]}]})", "/home"));
+}
+
+}  // namespace
+}  // namespace hainbrem
+
+#include "kern/eigenschaftsliste.hpp"
+
+namespace hainbrem {
+namespace {
+
+TEST(Eigenschaftsliste, DateiNurWennRegulaerUndLesbar) {
+    test::Testordner t;
+    const std::string xml = lies("diskutil-info-apfs.plist");
+    t.datei("gut.plist");
+    {
+        std::ofstream(t / "gut.plist") << xml;
+        std::ofstream(t / "binaer.plist", std::ios::binary) << alsBinaer(xml);
+        std::ofstream(t / "kaputt.plist") << "<plist><dict><key>x</key>";
+    }
+    ::mkfifo((t / "rohr.plist").c_str(), 0644);  // would block a plain read forever
+    t.ordner("ordner.plist");
+    for (const char* name : {"gut.plist", "binaer.plist"}) {
+        const auto p = Eigenschaftsliste::ausDatei(t / name);
+        ASSERT_TRUE(p) << name;
+        EXPECT_EQ(p->wurzel().feld("APFSContainerReference").text(), "disk3") << name;
+        EXPECT_EQ(p->wurzel().feld("Size").zahl(), 245107195904) << name;
+        EXPECT_EQ(p->wurzel().feld("Bootable").wahrheit(), true) << name;
+        EXPECT_TRUE(p->wurzel().feld("fehlt").leer()) << name;
+        EXPECT_EQ(p->wurzel().feld("Size").text(), std::nullopt) << "falscher Typ ist nichts";
+    }
+    for (const char* name : {"kaputt.plist", "rohr.plist", "ordner.plist", "fehlt.plist"})
+        EXPECT_FALSE(Eigenschaftsliste::ausDatei(t / name)) << name;
 }
 
 }  // namespace
