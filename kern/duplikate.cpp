@@ -7,10 +7,11 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <condition_variable>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <numeric>
 #include <thread>
 #include <unordered_map>
 
@@ -126,6 +127,76 @@ std::vector<Teilgruppe> gruppiere(const std::vector<size_t>& dateien, F&& schlue
     return gruppen;
 }
 
+// Two threads over the files of one group: the caller and one helper that lives as long as the search.
+class Paar {
+public:
+    Paar() : helfer_([this] { arbeite(); }) {}
+    ~Paar() {
+        {
+            std::lock_guard lock(sperre_);
+            ende_ = true;
+        }
+        cv_.notify_all();
+        helfer_.join();
+    }
+    Paar(const Paar&) = delete;
+    Paar& operator=(const Paar&) = delete;
+
+    // Runs arbeit(k) for every k below n, on both threads; returns when all are done.
+    void fuerAlle(size_t n, const std::function<void(size_t)>& arbeit) {
+        if (n == 0) return;
+        {
+            std::lock_guard lock(sperre_);
+            arbeit_ = &arbeit;
+            n_ = n;
+            naechste_.store(0);
+            ++runde_;
+            helferFertig_ = false;
+        }
+        cv_.notify_all();
+        ziehe(arbeit, n);
+        std::unique_lock lock(sperre_);
+        cv_.wait(lock, [this] { return helferFertig_; });
+        arbeit_ = nullptr;
+    }
+
+private:
+    void ziehe(const std::function<void(size_t)>& arbeit, size_t n) {
+        for (size_t k; (k = naechste_.fetch_add(1)) < n;) arbeit(k);
+    }
+    void arbeite() {
+        uint64_t gesehen = 0;
+        for (;;) {
+            const std::function<void(size_t)>* arbeit;
+            size_t n;
+            {
+                std::unique_lock lock(sperre_);
+                cv_.wait(lock, [&] { return ende_ || runde_ != gesehen; });
+                if (ende_) return;
+                gesehen = runde_;
+                arbeit = arbeit_;
+                n = n_;
+            }
+            ziehe(*arbeit, n);
+            {
+                std::lock_guard lock(sperre_);
+                helferFertig_ = true;
+            }
+            cv_.notify_all();
+        }
+    }
+
+    std::mutex sperre_;
+    std::condition_variable cv_;
+    const std::function<void(size_t)>* arbeit_ = nullptr;
+    size_t n_ = 0;
+    std::atomic<size_t> naechste_{0};
+    uint64_t runde_ = 0;
+    bool helferFertig_ = true;
+    bool ende_ = false;
+    std::thread helfer_;
+};
+
 }  // namespace
 
 std::optional<std::string> randHash(const std::filesystem::path& pfad) {
@@ -152,16 +223,41 @@ std::optional<std::string> randHash(const std::filesystem::path& pfad) {
 std::optional<std::string> inhaltHash(const std::filesystem::path& pfad, std::stop_token halt) {
     Datei d(pfad.c_str());
     if (d.fd() < 0) return std::nullopt;
+    struct stat st;
+    if (::fstat(d.fd(), &st) != 0) return std::nullopt;
     plattform::liestNacheinander(d.fd());
     auto& p = puffer();
+    // Holes of sparse files read as zeros: hashed from memory instead of being read.
+    static const std::vector<unsigned char> nullen(static_cast<size_t>(stueckBytes), 0);
+    const off_t laenge = st.st_size;
     Hasher h;
     for (off_t ab = 0;;) {
-        const ssize_t n = d.lies(p.data(), p.size(), ab);
+        if (halt.stop_requested()) return std::nullopt;
+        off_t daten = ab;
+        off_t loch = ab + stueckBytes;
+#ifdef SEEK_DATA
+        if (ab < laenge) {
+            const off_t dd = ::lseek(d.fd(), ab, SEEK_DATA);
+            if (dd >= 0)
+                daten = std::min(dd, laenge);
+            else if (errno == ENXIO)
+                daten = laenge;
+            const off_t l = ::lseek(d.fd(), daten, SEEK_HOLE);
+            if (l > daten) loch = l;
+        }
+#endif
+        if (daten > ab) {
+            const auto n = static_cast<size_t>(std::min<off_t>(daten - ab, stueckBytes));
+            h.dazu(nullen.data(), n);
+            ab += static_cast<off_t>(n);
+            continue;
+        }
+        const auto wunsch = static_cast<size_t>(std::clamp<off_t>(loch - ab, 1, stueckBytes));
+        const ssize_t n = d.lies(p.data(), wunsch, ab);
         if (n < 0) return std::nullopt;
         if (n == 0) break;
         h.dazu(p.data(), static_cast<size_t>(n));
         ab += n;
-        if (halt.stop_requested()) return std::nullopt;
     }
     return h.fertig();
 }
@@ -201,65 +297,42 @@ std::vector<DuplikatGruppe> finde(const std::vector<DateiInfo>& dateien,
         if (eigene.size() > 1) gruppen.push_back(std::move(eigene));
     }
     const size_t anzahl = gruppen.size();
-    std::vector<std::vector<DuplikatGruppe>> ergebnisse(anzahl);
-    if (anzahl > 0) {
-        // Largest work first, spread over two threads; results keep the size groups' order.
-        std::vector<size_t> reihenfolge(anzahl);
-        std::iota(reihenfolge.begin(), reihenfolge.end(), size_t{0});
-        auto arbeit = [&](size_t g) {
-            return static_cast<double>(dateien[gruppen[g].front()].groesse) * static_cast<double>(gruppen[g].size());
-        };
-        std::stable_sort(reihenfolge.begin(), reihenfolge.end(),
-                         [&](size_t a, size_t b) { return arbeit(a) > arbeit(b); });
-        std::atomic<size_t> naechste{0};
-        std::mutex meldeSperre;
-        size_t erledigt = 0;
-        auto bearbeite = [&](size_t g) {
-            const auto& gruppe = gruppen[g];
-            // 3.2 beginning and end
-            const auto rand = gruppiere(gruppe, [&](size_t i) {
-                return randHash(dateien[i].pfad).value_or(einzigartig());
-            });
-            for (const auto& teil : rand) {
-                // 3.3 the whole content
-                const auto gleich = gruppiere(teil.second, [&](size_t i) {
-                    return inhaltHash(dateien[i].pfad, halt).value_or(einzigartig());
-                });
-                for (const auto& [digest, mitglieder] : gleich) {
-                    std::vector<std::pair<double, size_t>> bewertet;
-                    for (const size_t i : mitglieder) bewertet.emplace_back(wert(dateien[i], jetzt), i);
-                    std::stable_sort(bewertet.begin(), bewertet.end(),
-                                     [](const auto& a, const auto& b) { return a.first > b.first; });
-                    DuplikatGruppe d;
-                    d.id = digest;
-                    for (const auto& [w, i] : bewertet) d.dateien.push_back(dateien[i]);
-                    d.behalten = d.dateien.front().pfad;
-                    for (size_t k = 1; k < d.dateien.size(); ++k)
-                        d.wirklichFrei = addiere(
-                            d.wirklichFrei, Groesse::privat(d.dateien[k].pfad).value_or(d.dateien[k].belegt));
-                    ergebnisse[g].push_back(std::move(d));
-                }
-            }
-        };
-        auto arbeiter = [&] {
-            for (;;) {
-                if (halt.stop_requested()) return;
-                const size_t n = naechste.fetch_add(1);
-                if (n >= anzahl) return;
-                bearbeite(reihenfolge[n]);
-                if (halt.stop_requested()) return;
-                std::lock_guard lock(meldeSperre);
-                ++erledigt;
-                if (fortschritt) fortschritt(static_cast<double>(erledigt) / static_cast<double>(anzahl));
-            }
-        };
-        std::thread zweiter(arbeiter);
-        arbeiter();
-        zweiter.join();
-    }
     std::vector<DuplikatGruppe> alle;
-    for (auto& e : ergebnisse)
-        for (auto& d : e) alle.push_back(std::move(d));
+    Paar paar;
+    std::vector<std::string> schluessel(dateien.size());
+    for (size_t g = 0; g < anzahl; ++g) {
+        if (halt.stop_requested()) break;
+        const auto& gruppe = gruppen[g];
+        // 3.2 beginning and end, both threads over the group's files
+        paar.fuerAlle(gruppe.size(), [&](size_t k) {
+            schluessel[gruppe[k]] = randHash(dateien[gruppe[k]].pfad).value_or(einzigartig());
+        });
+        const auto rand = gruppiere(gruppe, [&](size_t i) { return schluessel[i]; });
+        // 3.3 the whole content of every file still in the race
+        std::vector<size_t> weiter;
+        for (const auto& teil : rand) weiter.insert(weiter.end(), teil.second.begin(), teil.second.end());
+        paar.fuerAlle(weiter.size(), [&](size_t k) {
+            schluessel[weiter[k]] = inhaltHash(dateien[weiter[k]].pfad, halt).value_or(einzigartig());
+        });
+        for (const auto& teil : rand) {
+            for (const auto& [digest, mitglieder] : gruppiere(teil.second, [&](size_t i) { return schluessel[i]; })) {
+                std::vector<std::pair<double, size_t>> bewertet;
+                for (const size_t i : mitglieder) bewertet.emplace_back(wert(dateien[i], jetzt), i);
+                std::stable_sort(bewertet.begin(), bewertet.end(),
+                                 [](const auto& a, const auto& b) { return a.first > b.first; });
+                DuplikatGruppe d;
+                d.id = digest;
+                for (const auto& [w, i] : bewertet) d.dateien.push_back(dateien[i]);
+                d.behalten = d.dateien.front().pfad;
+                for (size_t k = 1; k < d.dateien.size(); ++k)
+                    d.wirklichFrei =
+                        addiere(d.wirklichFrei, Groesse::privat(d.dateien[k].pfad).value_or(d.dateien[k].belegt));
+                alle.push_back(std::move(d));
+            }
+        }
+        if (halt.stop_requested()) break;  // this group's hashing may have been cut short
+        if (fortschritt) fortschritt(static_cast<double>(g + 1) / static_cast<double>(anzahl));
+    }
     std::stable_sort(alle.begin(), alle.end(),
                      [](const DuplikatGruppe& a, const DuplikatGruppe& b) { return a.wirklichFrei > b.wirklichFrei; });
     return alle;
