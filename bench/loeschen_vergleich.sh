@@ -44,7 +44,7 @@ PY
 
 HOME_FIXTURE="$W/home"
 mkdir -p "$HOME_FIXTURE/.cache/bench" "$W/rm"
-zeit() { local a b; a=$(date +%s.%N); "$@" >/dev/null; b=$(date +%s.%N); echo "$b - $a" | bc -l; }
+zeit() { local a b; a=$(date +%s%N); "$@" >/dev/null; b=$(date +%s%N); awk -v n=$((b - a)) 'BEGIN {printf "%.4f\n", n / 1e9}'; }
 median() { sort -g | awk '{a[NR]=$1} END {if (NR%2) print a[(NR+1)/2]; else print (a[NR/2]+a[NR/2+1])/2}'; }
 
 H=(); R=()
@@ -60,4 +60,4 @@ for ((i = 1; i <= LAEUFE; i++)); do
 done
 MH=$(printf '%s\n' "${H[@]}" | median)
 MR=$(printf '%s\n' "${R[@]}" | median)
-printf 'Median hainbrem: %.3f s\nMedian rm -rf:   %.3f s\nVerhältnis:      %.2f (Ziel ≤ 0,75)\n' "$MH" "$MR" "$(echo "$MH / $MR" | bc -l)"
+printf 'Median hainbrem: %.3f s\nMedian rm -rf:   %.3f s\nVerhältnis:      %.2f (Ziel ≤ 0,75)\n' "$MH" "$MR" "$(awk -v a="$MH" -v b="$MR" 'BEGIN {print a / b}')"
