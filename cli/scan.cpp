@@ -12,7 +12,11 @@
 
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
+#include "kern/bestaetigung.hpp"
 #include "kern/duplikate.hpp"
+#include "kern/entsorger.hpp"
+#include "kern/laufend.hpp"
+#include "kern/verlauf.hpp"
 #include "kern/format.hpp"
 #include "kern/rechnen.hpp"
 #include "kern/tiefenscan.hpp"
@@ -259,6 +263,58 @@ const bool grossRegistriert = registriere({
 // ---- duplikate ----
 
 ScanWahl dupWahl;
+struct {
+    bool aufraeumen = false, ja = false, probelauf = false;
+} dupOpt;
+
+// Every copy but the proposed keeper goes to the Trash, through the guard and into the history.
+int entsorgeKopien(const std::vector<DuplikatGruppe>& gruppen, const Kontext& k) {
+    std::vector<Fund> funde;
+    for (const auto& g : gruppen)
+        for (size_t i = 1; i < g.dateien.size(); ++i) {
+            const DateiInfo& d = g.dateien[i];
+            funde.push_back(Fund{d.url(), d.belegt, Entsorgung::papierkorb, std::nullopt, d.geaendert, true,
+                                 std::nullopt});
+        }
+    if (funde.empty()) {
+        std::fprintf(stderr, "Nichts aufzuräumen.\n");
+        return 0;
+    }
+    const auto laeuft = laufTest();
+    const Bestaetigung b = bestaetigung(funde, laeuft);
+    FILE* aus = k.json ? stderr : stdout;
+    std::fprintf(aus, "\n");
+    for (const auto& z : b.zeilen) std::fprintf(aus, "%s  %s\n  %s\n", z.titel.c_str(), alsBytes(z.bytes).c_str(), z.text.c_str());
+    std::fprintf(aus, "Zusammen %s %s\n%s\n", alsBytes(b.bytes).c_str(), b.teile.c_str(), b.hinweis.c_str());
+    for (const auto& w : b.warnungen) std::fprintf(aus, "! %s\n", w.c_str());
+    std::fflush(aus);
+    if (!dupOpt.probelauf && !dupOpt.ja) {
+        if (::isatty(0) != 1)
+            return fehler("Keine Rückfrage möglich (kein Terminal). Mit --ja bestätigen – nichts wurde angefasst.");
+        if (!frage("Alle Kopien außer der vorgeschlagenen in den Papierkorb legen?"))
+            return fehler("Abgebrochen – nichts wurde angefasst.");
+    }
+    Verlauf verlauf(Verlauf::standardDatei(k.home));
+    Entsorger entsorger(SafetyGuard(k.home, k.temp), verlauf, dupOpt.probelauf, laeuft);
+    Fortschritt anzeige;
+    entsorger.fortschritt = [&](size_t i, size_t n, const Posten& p) {
+        anzeige.zeige(fmt::format("{} von {}: {}", i + 1, n, kurzerPfad(p.pfad, k.home)));
+    };
+    const Runde r = entsorger.entsorge(funde, "Doppelte Dateien", k.home);
+    anzeige.fertig();
+    if (const auto h = verlauf.hinweis()) warnung(*h);
+    int fehlgeschlagen = 0;
+    for (const auto& p : r.posten)
+        if (p.fehler) {
+            ++fehlgeschlagen;
+            std::fprintf(aus, "  ✗ %s: %s\n", kurzerPfad(p.pfad, k.home).c_str(), p.fehler->c_str());
+        }
+    if (r.probelauf) std::fprintf(aus, "Probelauf – nichts wurde angefasst.\n");
+    std::fprintf(aus, "%s\n", erklaerung(r, k.home).c_str());
+    if (!r.probelauf && r.kannRueckgaengig())
+        std::fprintf(aus, "Rückgängig: hainbrem rueckgaengig %s\n", r.id.c_str());
+    return fehlgeschlagen > 0 ? 1 : 0;
+}
 
 int duplikate(const Kontext& k) {
     if (!dupWahl.pfad.empty())
@@ -279,7 +335,10 @@ int duplikate(const Kontext& k) {
     }
     const auto gruppen = aufgabe.get();
     if (stopp.stop_requested()) warnung("Abgebrochen – nicht alle Dateien wurden verglichen.");
+    int status = 0;
+    const bool aufraeumen = dupOpt.aufraeumen && !stopp.stop_requested();
     if (k.json) {
+        if (aufraeumen) status = entsorgeKopien(gruppen, k);
         json j = json::array();
         for (const auto& g : gruppen) {
             json dateien = json::array();
@@ -292,11 +351,11 @@ int duplikate(const Kontext& k) {
                              {"dateien", dateien}});
         }
         druckeJson(json{{"gruppen", j}, {"kandidaten", e.kandidaten.size()}, {"unlesbar", e.unlesbar}});
-        return 0;
+        return status;
     }
     if (gruppen.empty()) {
         std::printf("Keine doppelten Dateien gefunden (%zu Dateien ab 1 MB verglichen).\n", e.kandidaten.size());
-        return 0;
+        return status;
     }
     int64_t frei = 0;
     for (const auto& g : gruppen) {
@@ -309,14 +368,24 @@ int duplikate(const Kontext& k) {
     }
     std::printf("\n%zu Gruppen; wirklich frei würden %s.\n", gruppen.size(), alsBytes(frei).c_str());
     druckeUnlesbarUndAusgelassen(e, k);
-    return 0;
+    if (aufraeumen) status = entsorgeKopien(gruppen, k);
+    return status;
 }
 
 const bool duplikateRegistriert = registriere({
     .name = "duplikate",
     .beschreibung = "Doppelte Dateien ab 1 MB finden (Größe, Anfang und Ende, dann der ganze Inhalt)",
     .reihenfolge = 42,
-    .optionen = [](CLI::App& a) { a.add_option("pfad", dupWahl.pfad, "Ordner (ohne: dein Home-Ordner)"); },
+    .optionen =
+        [](CLI::App& a) {
+            a.add_option("pfad", dupWahl.pfad, "Ordner (ohne: dein Home-Ordner)");
+            a.add_flag("--aufraeumen", dupOpt.aufraeumen,
+                       "Alle Kopien außer der vorgeschlagenen in den Papierkorb legen (mit Rückfrage)");
+            auto* ja = a.add_flag("--ja", dupOpt.ja, "Ohne Rückfrage ausführen");
+            auto* probe = a.add_flag("--probelauf", dupOpt.probelauf, "Nur zeigen, was geschähe; nichts anfassen");
+            ja->needs("--aufraeumen");
+            probe->needs("--aufraeumen");
+        },
     .ausfuehren = duplikate,
 });
 

@@ -186,6 +186,26 @@ TEST(DuplikatGruppe, KloneUndLeereGruppe) {
     EXPECT_EQ(g.verschwendet(), 2 * 1'003'520);
 }
 
+TEST(Duplikate, AufraeumenLegtKopienInDenPapierkorb) {
+    Testordner t;
+    const fs::path h = t.pfad() / "home";
+    const std::string inhalt = zufall(1'300'000, 13);
+    const auto behalten = schreibe(h / "Filme/a.mov", inhalt);
+    const auto kopie = schreibe(h / "Downloads/a.mov", inhalt);
+    const std::string basis = "HOME='" + h.native() + "' TMPDIR='" + t.pfad().native() + "' " + HAINBREM_BINARY;
+    int status = 0;
+    // without a terminal and without --ja nothing is touched
+    test::laufe(basis + " duplikate --aufraeumen < /dev/null 2>&1", &status);
+    EXPECT_NE(status, 0);
+    EXPECT_TRUE(fs::exists(kopie));
+    const std::string aus = test::laufe(basis + " duplikate --aufraeumen --ja 2>&1", &status);
+    EXPECT_EQ(status, 0) << aus;
+    EXPECT_TRUE(fs::exists(behalten));
+    EXPECT_FALSE(fs::exists(kopie)) << aus;
+    EXPECT_TRUE(fs::exists(h / ".local/share/Trash/files/a.mov")) << aus;
+    EXPECT_NE(aus.find("Rückgängig: hainbrem rueckgaengig"), std::string::npos) << aus;
+}
+
 // Copies that share their blocks (reflinks on btrfs) are found, but promise little.
 TEST(Duplikate, ReflinkKopienSindKlone) {
     if (::geteuid() != 0) GTEST_SKIP() << "Einhängen eines Abbilds braucht root";
