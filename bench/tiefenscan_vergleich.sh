@@ -41,7 +41,7 @@ vergleiche() {
   local pfad=$1
   echo "== $pfad"
   local soll ist
-  soll=$(du -sxB1 "$pfad" 2>/dev/null | cut -f1)
+  soll=$(du -sxB1 "$pfad" 2>/dev/null | cut -f1 || true)
   ist=$("$HB" --json scan "$pfad" 2>/dev/null | python3 -c 'import json,sys; print(json.load(sys.stdin)["wurzel"]["bytes"])')
   echo "Summe: hainbrem $ist, du -sxB1 $soll $([ "$ist" = "$soll" ] && echo '(gleich)' || echo '(ABWEICHUNG)')"
   "$HB" scan "$pfad" >/dev/null 2>&1  # warm cache

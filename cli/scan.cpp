@@ -3,6 +3,7 @@
 #include <signal.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cmath>
@@ -115,7 +116,9 @@ std::string balken(double anteil, int breite = 20) {
 
 std::string anteilText(int64_t teil, int64_t ganz) {
     if (ganz <= 0) return "   –  ";
-    return fmt::format("{:5.1f} %", 100.0 * static_cast<double>(teil) / static_cast<double>(ganz));
+    std::string t = fmt::format("{:5.1f} %", 100.0 * static_cast<double>(teil) / static_cast<double>(ganz));
+    std::replace(t.begin(), t.end(), '.', Zahlformat::ausLocale().dezimalTrenner);
+    return t;
 }
 
 void druckeBaum(const Knoten& k, const Kontext& kx, int64_t ganz, int ebene, int maxEbene, int maxZeilen) {
