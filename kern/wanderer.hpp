@@ -43,6 +43,7 @@ public:
                  const char* name, B&& besuch, A&& abgabe) {
         pfad_ = pfad;
         geraet_ = geraet;
+        abgebrochen_ = false;
         tiefe_ = 0;
         offen_ = 0;
         niedrigsterOffen_ = 0;
