@@ -169,6 +169,9 @@ struct DienstFall {
     std::string inhalt;  // "@P" stands for the project's path
 };
 
+// Names the case in test output instead of dumping the struct's bytes.
+void PrintTo(const DienstFall& f, std::ostream* aus) { *aus << f.art; }
+
 class ProjekteDienst : public ::testing::TestWithParam<DienstFall> {};
 
 TEST_P(ProjekteDienst, GenutztesProjektWirdNieVorgewaehlt) {
