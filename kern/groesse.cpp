@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <mutex>
 #include <set>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -71,7 +72,7 @@ namespace {
 // the next subfolder it meets as an open descriptor.
 class GeteilteMessung {
 public:
-    explicit GeteilteMessung(unsigned faeden) : faeden_(faeden) {}
+    explicit GeteilteMessung(unsigned faeden) : gewuenscht_(faeden) {}
 
     void starte(int fd, const struct stat& st, std::string pfad) {
         auftraege_.push_back(Auftrag{fd, st, std::move(pfad)});
@@ -79,7 +80,24 @@ public:
 
     Messung messe() {
         std::vector<std::thread> helfer;
-        for (unsigned i = 1; i < faeden_; ++i) helfer.emplace_back([this] { arbeite(); });
+        for (unsigned i = 1; i < gewuenscht_; ++i) {
+            // counted before the start, so no waiting walker ever sees a finished tree too early
+            {
+                std::lock_guard lock(sperre_);
+                ++faeden_;
+            }
+            try {
+                helfer.emplace_back([this] { arbeite(); });
+            } catch (const std::system_error&) {
+                // no thread to be had: the walkers already running do the work
+                {
+                    std::lock_guard lock(sperre_);
+                    --faeden_;
+                }
+                cv_.notify_all();
+                break;
+            }
+        }
         arbeite();
         for (auto& t : helfer) t.join();
         return Messung{summe_, unlesbar_};
@@ -150,7 +168,8 @@ private:
         unlesbar_ += unlesbar;
     }
 
-    const unsigned faeden_;
+    const unsigned gewuenscht_;
+    unsigned faeden_ = 1;  // walkers running: this thread and the helpers started so far
     std::mutex sperre_;
     std::condition_variable cv_;
     std::vector<Auftrag> auftraege_;

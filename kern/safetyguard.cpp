@@ -111,14 +111,31 @@ int vergleicheVersion(std::string_view a, std::string_view b) {
 }
 
 // The part of `p` below home, from the home as given or as resolved; empty when outside.
-std::string relativZuHome(const fs::path& p, const fs::path& gegeben, const std::string& echt) {
+std::string relativZuHomeGenau(const fs::path& p, const fs::path& gegeben, const std::string& echt) {
     std::string s = p.lexically_normal().native();
     while (s.size() > 1 && s.back() == '/') s.pop_back();
     std::string g = gegeben.lexically_normal().native();
     while (g.size() > 1 && g.back() == '/') g.pop_back();
     for (const std::string& basis : {g, echt})
-        if (liegtUnter(s, basis)) return klein(s.substr(basis.size() + 1));
+        if (liegtUnter(s, basis)) return s.substr(basis.size() + 1);
     return {};
+}
+
+std::string relativZuHome(const fs::path& p, const fs::path& gegeben, const std::string& echt) {
+    return klein(relativZuHomeGenau(p, gegeben, echt));
+}
+
+// "." and ".." are resolved differently by the kernel (after links) and by text operations
+// (before them); a path that needs either is not one we act on.
+bool hatPunktTeil(std::string_view pfad) {
+    for (size_t anfang = 0; anfang <= pfad.size();) {
+        size_t ende = pfad.find('/', anfang);
+        if (ende == std::string_view::npos) ende = pfad.size();
+        const std::string_view teil = pfad.substr(anfang, ende - anfang);
+        if (teil == "." || teil == "..") return true;
+        anfang = ende + 1;
+    }
+    return false;
 }
 
 }  // namespace
@@ -130,6 +147,9 @@ SafetyGuard::SafetyGuard(const fs::path& home, const fs::path& temp, fs::path pr
       eigeneKennung_(std::move(eigeneKennung)) {
     const plattform::Profil profil = plattform::profil(home);
     papierkorbRel_ = relativZuHome(profil.papierkorb, home, home_);
+    papierkorbGenau_ = relativZuHomeGenau(profil.papierkorb, home, home_);
+    if (fs::path(papierkorbGenau_).filename() == "files")
+        papierkorbInfoGenau_ = (fs::path(papierkorbGenau_).parent_path() / "info").native();
     verlaufRel_ = relativZuHome(profil.verlaufOrdner, home, home_);
     if (!papierkorbRel_.empty()) {
         // freedesktop.org keeps a record per item in "info" beside "files"; both go together
@@ -150,6 +170,7 @@ Urteil SafetyGuard::pruefe(const fs::path& url, Entsorgung art) const {
     const std::string& roh = url.native();
     if (roh.empty() || roh.find('\0') != std::string::npos) return Urteil::abgelehnt("Kein gültiger Pfad");
     if (roh.front() != '/') return Urteil::abgelehnt("Kein gültiger Pfad");
+    if (hatPunktTeil(roh.substr(0, roh.rfind('/')))) return Urteil::abgelehnt("Kein gültiger Pfad");
 
     const size_t schnitt = roh.rfind('/');
     std::string name = roh.substr(schnitt + 1);
@@ -250,12 +271,11 @@ Urteil SafetyGuard::darfLoeschen(const std::string& pfad, const std::string& rel
     };
     for (std::string_view w : Namen::loeschWurzeln)
         if (auto u = wurzelUrteil(w, Namen::enthaelt(Namen::nurInhalt, w))) return *u;
-    // The Linux Trash (and its records) is treated like ~/.Trash. Its spelling is fixed, so
-    // compare the lower-cased path.
-    const std::string relKlein = klein(rel);
-    for (const std::string* w : {&papierkorbRel_, &papierkorbInfoRel_})
-        if (!w->empty() && gleichOderUnter(relKlein, *w))
-            return relKlein == *w ? Urteil::abgelehnt("Nur der Inhalt, nicht der Ordner selbst") : Urteil::erlaubt();
+    // The Linux Trash (and its records) is treated like ~/.Trash. This allows deleting, so only
+    // the exact spelling counts: on a case-sensitive disk ".../TRASH/files" is somebody's folder.
+    for (const std::string* w : {&papierkorbGenau_, &papierkorbInfoGenau_})
+        if (!w->empty() && gleichOderUnter(rel, *w))
+            return rel == *w ? Urteil::abgelehnt("Nur der Inhalt, nicht der Ordner selbst") : Urteil::erlaubt();
 
     const size_t n = teile.size();
     if (n >= 4 && teile[0] == "Library" && teile[1] == "Application Support")
@@ -308,9 +328,16 @@ Urteil SafetyGuard::pruefeProgramm(const std::string& pfad, Entsorgung art) cons
     if (!pfad.ends_with(".app")) return Urteil::abgelehnt("Nur ganze Programme");
     if (art != Entsorgung::papierkorb) return Urteil::abgelehnt("Programme gehen in den Papierkorb");
     const std::string eltern = pfad.substr(0, pfad.rfind('/'));
-    // Any bundle on the way makes it part of another program (Contents/Helpers/…).
-    if (eltern.find(".app/") != std::string::npos || eltern.ends_with(".app"))
-        return Urteil::abgelehnt("Liegt in einem anderen Programm");
+    // ".app" anywhere on the way inside the Applications folder makes it part of another program
+    // (Contents/Helpers/…, "Foo.appx/Bar.app"); the folder's own location does not count, so a
+    // home named "john.appleseed" keeps its ~/Applications.
+    std::string_view innen = eltern;
+    for (const std::string& basis : {programme_, home_ + "/Applications"})
+        if (eltern == basis || liegtUnter(eltern, basis)) {
+            innen.remove_prefix(basis.size());
+            break;
+        }
+    if (innen.find(".app") != std::string_view::npos) return Urteil::abgelehnt("Liegt in einem anderen Programm");
 
     std::string kennung;
     if (auto liste = Eigenschaftsliste::ausDatei(pfad + "/Contents/Info.plist"))

@@ -58,6 +58,9 @@ private:
     // Linux, the history folder (a protected zone), and the folders on the way to the Trash.
     std::string papierkorbRel_;
     std::string papierkorbInfoRel_;
+    // The same two in their exact spelling, for the one check that allows deleting.
+    std::string papierkorbGenau_;
+    std::string papierkorbInfoGenau_;
     std::string verlaufRel_;
     std::vector<std::string> zusatzStandardordner_;
 };

@@ -48,7 +48,11 @@ const std::vector<Fall>& faelle() {
         {"=/etc/passwd", P, "Liegt außerhalb deines Benutzerordners"},
         // H: inside home
         {"home", P, "Das ist dein Benutzerordner"},
-        {"home/../home", L, "Das ist dein Benutzerordner"},
+        {"home/../home", L, "Kein gültiger Pfad"},
+        // "." and ".." would be resolved after the link by the guard but before it by text
+        {"home/zu-cache/../Documents", L, "Kein gültiger Pfad"},
+        {"home/Library/Caches/./com.example.app", L, "Kein gültiger Pfad"},
+        {"home/.local/share/TRASH/files/eigene", L, "Kein Cache – darf nur in den Papierkorb"},
         {"home/Documents", P, "Standardordner bleiben immer"},
         {"home/documents", L, "Standardordner bleiben immer"},
         {"home/.Trash", P, "Standardordner bleiben immer"},
@@ -139,6 +143,7 @@ const std::vector<Fall>& faelle() {
         {"Applications/Foo.app", L, "Programme gehen in den Papierkorb"},
         {"Applications/Foo.app/Contents", P, "Nur ganze Programme"},
         {"Applications/Foo.app/Contents/Helpers/Bar.app", P, "Liegt in einem anderen Programm"},
+        {"Applications/Foo.appx/Bar.app", P, "Liegt in einem anderen Programm"},
         {"Applications/Hainbrem.app", P, "Das bin ich selbst"},
         {"Applications/OhneListe.app", P, ""},
         {"Applications/Fehlt.app", P, ""},
@@ -350,6 +355,24 @@ TEST(WaechterBefehl, UrteilAlsTextUndJson) {
     const std::string falsch = test::laufe(vorne + " urteil /tmp --art weg 2>&1", &status);
     EXPECT_NE(falsch.find("Unbekannte Art „weg“"), std::string::npos) << falsch;
     EXPECT_EQ(status, 2);
+}
+
+}  // namespace
+}  // namespace hainbrem
+
+namespace hainbrem {
+namespace {
+
+TEST(WaechterProgramme, PunktAppImHomeNamenZaehltNicht) {
+    // Only the way inside the Applications folder is looked at, not where that folder lives.
+    test::Testordner t;
+    const fs::path home = t.ordner("john.appleseed");
+    t.datei("john.appleseed/Applications/Werkzeug.app/Contents/Info.plist", 10);
+    t.datei("john.appleseed/Applications/Sammlung.app-alt/Teil.app/Contents/Info.plist", 10);
+    const SafetyGuard w(home, t.ordner("tmp"), t.ordner("Applications"));
+    EXPECT_EQ(w.pruefe(home / "Applications/Werkzeug.app", Entsorgung::papierkorb), Urteil::erlaubt());
+    EXPECT_EQ(w.pruefe(home / "Applications/Sammlung.app-alt/Teil.app", Entsorgung::papierkorb),
+              Urteil::abgelehnt("Liegt in einem anderen Programm"));
 }
 
 }  // namespace

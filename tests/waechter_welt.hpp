@@ -60,6 +60,7 @@ public:
                               "home/.local/share/Trash/files/alt",
                               "home/.local/share/Trash/info",
                               "home/.local/share/Trash/expunged",
+                              "home/.local/share/TRASH/files/eigene",
                               "home/.local/state",
                               "home/.local/bin",
                               "home/code/web/node_modules/react",
@@ -110,12 +111,14 @@ public:
             t.datei(f, 10);
         fs::create_directory_symlink(home / "Documents", home / "Library/Caches/com.example.app/verweis");
         fs::create_directory_symlink(t / "draussen", home / "nach-draussen");
+        fs::create_directory_symlink(home / "Library/Caches/com.example.app", home / "zu-cache");
         fs::create_directory_symlink(home, t / "home-verweis");
         fs::create_directory_symlink(home / "Library/Caches", home / "code/caches-verweis");
 
         schreibeInfoPlist(programme / "Safari.app", "com.apple.Safari");
         schreibeInfoPlist(programme / "Foo.app", "com.example.foo");
         schreibeInfoPlist(programme / "Foo.app/Contents/Helpers/Bar.app", "com.example.foo.bar");
+        schreibeInfoPlist(programme / "Foo.appx/Bar.app", "com.example.bar");
         schreibeInfoPlist(programme / "Hainbrem.app", std::string(SafetyGuard::standardKennung));
         schreibeInfoPlist(programme / "Google Chrome.app", "com.google.Chrome");
         schreibeInfoPlist(home / "Applications/Eigen.app", "com.example.eigen");
