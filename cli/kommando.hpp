@@ -28,4 +28,6 @@ struct Kommando {
 // For use in a namespace-scope initializer: `const bool registriert = registriere({...});`
 bool registriere(Kommando kommando);
 
+std::string aufDeutsch(const CLI::ParseError& fehler);
+
 }  // namespace hainbrem::cli

@@ -16,6 +16,21 @@ std::vector<Kommando>& tabelle() {
 }
 }  // namespace
 
+// CLI11 explains in English; say what kind of mistake it was in German and keep its detail.
+std::string aufDeutsch(const CLI::ParseError& e) {
+    const std::string detail = e.what();
+    std::string art;
+    if (dynamic_cast<const CLI::RequiredError*>(&e)) art = "Es fehlt eine nötige Angabe";
+    else if (dynamic_cast<const CLI::ExtrasError*>(&e)) art = "Unerwartete Angabe";
+    else if (dynamic_cast<const CLI::ConversionError*>(&e) || dynamic_cast<const CLI::ValidationError*>(&e))
+        art = "Ungültiger Wert";
+    else if (dynamic_cast<const CLI::ExcludesError*>(&e)) art = "Diese Angaben schließen sich aus";
+    else if (dynamic_cast<const CLI::RequiresError*>(&e)) art = "Diese Angabe braucht eine weitere";
+    else if (dynamic_cast<const CLI::ArgumentMismatch*>(&e)) art = "Falsche Zahl von Werten";
+    else art = "Aufruf nicht verstanden";
+    return art + " (" + detail + ")";
+}
+
 bool registriere(Kommando kommando) {
     tabelle().push_back(std::move(kommando));
     return true;
@@ -27,7 +42,18 @@ int main(int argc, char** argv) {
     using namespace hainbrem;
     std::setlocale(LC_ALL, "");
     CLI::App app{"Hainbrem – schafft Platz auf deiner Platte.", "hainbrem"};
+    // German help text; subcommands copy these defaults when they are created
+    app.option_defaults()->group("Optionen");
     app.set_help_flag("-h,--hilfe", "Diese Hilfe zeigen");
+    const auto formatter = app.get_formatter();
+    formatter->label("Usage", "Aufruf");
+    formatter->label("OPTIONS", "OPTIONEN");
+    formatter->label("SUBCOMMAND", "BEFEHL");
+    formatter->label("SUBCOMMANDS", "BEFEHLE");
+    formatter->label("Positionals", "Argumente");
+    formatter->label("REQUIRED", "NÖTIG");
+    formatter->label("Needs", "Braucht");
+    formatter->label("Excludes", "Nicht mit");
     app.require_subcommand(1);
     app.fallthrough();
     cli::Kontext kontext;
@@ -39,16 +65,29 @@ int main(int argc, char** argv) {
     std::vector<std::pair<CLI::App*, const cli::Kommando*>> unter;
     for (const auto& k : kommandos) {
         CLI::App* sub = app.add_subcommand(k.name, k.beschreibung);
+        sub->group("Befehle");
         sub->set_help_flag("-h,--hilfe", "Diese Hilfe zeigen");
         if (k.optionen) k.optionen(*sub);
         unter.emplace_back(sub, &k);
+    }
+    // An unknown word where the command belongs gets its own clear message.
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view wort = argv[i];
+        if (wort.starts_with("-")) continue;
+        const bool bekannt = std::any_of(kommandos.begin(), kommandos.end(), [&](const auto& k) { return k.name == wort; });
+        if (!bekannt) {
+            cli::fehler("Unbekannter Befehl „" + std::string(wort) + "“.");
+            std::fprintf(stderr, "Mehr dazu: hainbrem --hilfe\n");
+            return 2;
+        }
+        break;
     }
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
         return app.exit(e);
     } catch (const CLI::ParseError& e) {
-        cli::fehler(e.what());
+        cli::fehler(cli::aufDeutsch(e));
         std::fprintf(stderr, "Mehr dazu: hainbrem --hilfe\n");
         return 2;
     }

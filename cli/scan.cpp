@@ -258,7 +258,7 @@ const bool grossRegistriert = registriere({
             auto* p = a.add_option("pfad", grossWahl.pfad, "Ordner (ohne: dein Home-Ordner)");
             a.add_flag("--platte", grossWahl.platte, "Die ganze Startplatte durchsuchen")->excludes(p);
             a.add_option("--aelter-als", aelterAls, "Nur Dateien, die seit mehr als TAGE Tagen unverändert sind")
-                ->check(CLI::NonNegativeNumber);
+                ->check(CLI::Range(0, 36500));
         },
     .ausfuehren = gross,
 });
