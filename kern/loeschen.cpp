@@ -13,10 +13,12 @@
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <vector>
 
 #include "kern/groesse.hpp"
+#include "plattform/dateisystem.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem {
@@ -62,12 +64,17 @@ bool imEchtenHomeWaehrendTest(const fs::path& pfad) {
     const std::string echt = fs::path(pw->pw_dir).lexically_normal().native();
     const fs::path absolut = pfad.is_absolute() ? pfad : fs::current_path() / pfad;
     if (liegtIn(absolut.lexically_normal().native(), echt)) return true;
-    // also through links in the parent chain
+    // also through links in the parent chain, resolved as text and as the kernel resolves them
     std::error_code e;
-    const fs::path elternReal = fs::weakly_canonical(absolut.lexically_normal().parent_path(), e);
     const fs::path echtReal = fs::weakly_canonical(pw->pw_dir, e);
-    return !elternReal.empty() && !echtReal.empty() &&
-           liegtIn((elternReal / absolut.filename()).native(), echtReal.native());
+    if (echtReal.empty()) return true;
+    const fs::path elternReal = fs::weakly_canonical(absolut.lexically_normal().parent_path(), e);
+    if (!elternReal.empty() && liegtIn((elternReal / absolut.filename()).native(), echtReal.native())) return true;
+    const std::string& roh = absolut.native();
+    const size_t schnitt = roh.rfind('/');
+    const std::string elternRoh = schnitt == 0 ? "/" : roh.substr(0, schnitt);
+    std::unique_ptr<char, decltype(&std::free)> kern(::realpath(elternRoh.c_str(), nullptr), &std::free);
+    return kern && liegtIn(std::string(kern.get()) + "/" + roh.substr(schnitt + 1), echtReal.native());
 }
 
 namespace {
@@ -87,26 +94,11 @@ struct Aufgabe {
     std::string name;
 };
 
-// Adds u+rwx to the folder `name` in `eltern` if we own it. Opened O_PATH|O_NOFOLLOW and
-// changed through /proc, so a link swapped in meanwhile is never followed.
-bool repariereRechte(int elternFd, const char* name) {
-    CloudSchutz::aktivieren();
-    const int fd = ::openat(elternFd, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (fd < 0) return false;
-    struct stat st;
-    bool ok = false;
-    if (::fstat(fd, &st) == 0 && S_ISDIR(st.st_mode) && st.st_uid == ::geteuid() && !plattform::istDatenlos(st) &&
-        (st.st_mode & S_IRWXU) != S_IRWXU) {
-        const std::string proc = "/proc/self/fd/" + std::to_string(fd);
-        ok = ::chmod(proc.c_str(), (st.st_mode & 07777) | S_IRWXU) == 0;
-    }
-    ::close(fd);
-    return ok;
-}
+// Adds u+rwx to the folder `name` in `eltern` if we own it, never through a link.
+bool repariereRechte(int elternFd, const char* name) { return plattform::ergaenzeBesitzerRechte(elternFd, name); }
 
 // The same for a folder we already hold open.
 bool repariereRechte(int fd) {
-    CloudSchutz::aktivieren();
     struct stat st;
     if (::fstat(fd, &st) != 0 || !S_ISDIR(st.st_mode) || st.st_uid != ::geteuid() || plattform::istDatenlos(st))
         return false;
@@ -116,9 +108,11 @@ bool repariereRechte(int fd) {
 
 bool istBerechtigung(int e) { return e == EACCES || e == EPERM; }
 
+constexpr const char* einhaengepunktText = "Nicht alles gelöscht – hier ist ein anderer Datenträger eingehängt";
+
 class Loescher {
 public:
-    Loescher(dev_t geraet, std::string wurzelName) : geraet_(geraet), wurzelName_(std::move(wurzelName)) {}
+    explicit Loescher(std::string wurzelName) : wurzelName_(std::move(wurzelName)) {}
 
     LoeschErgebnis lauf(int elternFd, unsigned faeden) {
         wurzel_ = std::make_shared<LoeschOrdner>();
@@ -126,7 +120,13 @@ public:
         wurzel_->offen = 1;
         stapel_.push_back({wurzel_, wurzelName_});
         std::vector<std::thread> helfer;
-        for (unsigned i = 1; i < faeden; ++i) helfer.emplace_back([this] { arbeite(); });
+        for (unsigned i = 1; i < faeden; ++i) {
+            try {
+                helfer.emplace_back([this] { arbeite(); });
+            } catch (const std::system_error&) {
+                break;  // no thread to be had: this one does the work alone
+            }
+        }
         arbeite();
         for (auto& t : helfer) t.join();
         wurzel_.reset();
@@ -153,10 +153,14 @@ private:
     }
 
     void melde(int nummer, const std::shared_ptr<LoeschOrdner>& eltern, const std::string& name) {
+        melde(nummer, fehlerText(nummer), eltern, name);
+    }
+    void melde(int nummer, const std::string& text, const std::shared_ptr<LoeschOrdner>& eltern,
+               const std::string& name) {
         std::lock_guard l(fehlerM_);
         if (ergebnis_.fehler) return;
         ergebnis_.fehlerNummer = nummer;
-        ergebnis_.fehler = fehlerText(nummer) + ": „" + relPfad(eltern, name) + "“";
+        ergebnis_.fehler = text + ": „" + relPfad(eltern, name) + "“";
     }
 
     void bearbeite(Aufgabe a) {
@@ -175,11 +179,12 @@ private:
             abschluss(a.eltern);
             return;
         }
-        struct stat st;
-        if (::fstat(fd, &st) != 0 || st.st_dev != geraet_) {
-            // a mount point inside the tree: not ours to empty
+        if (plattform::istEinhaengepunkt(elternFd, fd)) {
+            // another file system or a bind mount (whose device number is the same): what lies
+            // there belongs elsewhere, so it is neither entered nor removed
             ::close(fd);
-            melde(EXDEV, a.eltern, a.name);
+            if (a.eltern == wurzel_) melde(EXDEV, a.eltern, a.name);
+            else melde(EXDEV, einhaengepunktText, a.eltern, a.name);
             abschluss(a.eltern);
             return;
         }
@@ -270,7 +275,6 @@ private:
         }
     }
 
-    dev_t geraet_;
     std::string wurzelName_;
     std::shared_ptr<LoeschOrdner> wurzel_;
     std::mutex m_;
@@ -288,27 +292,32 @@ LoeschErgebnis fehlschlag(int nummer, const std::string& wo) {
 }  // namespace
 
 LoeschErgebnis loescheBaum(const fs::path& eingabe, unsigned faeden) {
-    const fs::path pfad = eingabe.lexically_normal();
-    std::string name = pfad.filename().native();
-    fs::path eltern = pfad.parent_path();
-    if (name.empty()) {  // "…/ordner/" after normalising
-        name = pfad.parent_path().filename().native();
-        eltern = pfad.parent_path().parent_path();
-    }
-    if (!pfad.is_absolute() || name.empty() || name == "." || name == "..")
+    CloudSchutz::aktivieren();  // listing must never download a cloud-only folder
+    // The path is used exactly as given: its parent is opened by the kernel, which resolves
+    // "lnk/.." after following the link, just as the guard's realpath did. Text operations
+    // would collapse "lnk/.." first and reach a different folder.
+    const std::string& roh = eingabe.native();
+    const size_t schnitt = roh.rfind('/');
+    if (roh.empty() || roh.front() != '/' || schnitt == std::string::npos)
         return LoeschErgebnis{"Kein gültiger Pfad", EINVAL};
-    if (imEchtenHomeWaehrendTest(pfad)) return LoeschErgebnis{testSperreText, EPERM};
+    const std::string name = roh.substr(schnitt + 1);
+    if (name.empty() || name == "." || name == "..")
+        return LoeschErgebnis{"Kein gültiger Pfad: „" + roh + "“ endet nicht mit einem Namen", EINVAL};
+    const std::string eltern = schnitt == 0 ? std::string("/") : roh.substr(0, schnitt);
+    if (imEchtenHomeWaehrendTest(eingabe)) return LoeschErgebnis{testSperreText, EPERM};
 
     const int elternFd = ::open(eltern.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (elternFd < 0) return fehlschlag(errno, eltern.native());
-    struct stat st;
+    if (elternFd < 0) return fehlschlag(errno, eltern);
+    struct stat st, elternSt;
     LoeschErgebnis ergebnis;
-    if (::fstatat(elternFd, name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (::fstatat(elternFd, name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0 || ::fstat(elternFd, &elternSt) != 0) {
         ergebnis = fehlschlag(errno, name);
+    } else if (st.st_dev != elternSt.st_dev) {
+        ergebnis = fehlschlag(EXDEV, name);  // mounted here: not ours to remove or empty
     } else if (!S_ISDIR(st.st_mode)) {
         if (::unlinkat(elternFd, name.c_str(), 0) != 0) ergebnis = fehlschlag(errno, name);
     } else {
-        ergebnis = Loescher(st.st_dev, name).lauf(elternFd, std::max(1u, faeden));
+        ergebnis = Loescher(name).lauf(elternFd, std::max(1u, faeden));
     }
     ::close(elternFd);
     return ergebnis;

@@ -19,8 +19,10 @@ struct LoeschErgebnis {
 // Removes the file, link or folder tree at `pfad`. Folders are emptied by `faeden` threads
 // (deleting waits on the disk, so a few threads beat one). Folders we own that lack write or
 // search permission get u+rwx and the step is retried; dataless (cloud-only) folders are never
-// opened. Other file systems mounted inside the tree are not entered. Keeps going after a
-// failure so that as much as possible goes, and reports the first failure.
+// opened. Mount points inside the tree (bind mounts too) are neither entered nor removed, and
+// an item that is itself a mount point is refused. `pfad` is taken as given, never normalised:
+// its parent is resolved by the system, and its last part must be a name (not "." or "..").
+// Keeps going after a failure so that as much as possible goes, and reports the first failure.
 LoeschErgebnis loescheBaum(const std::filesystem::path& pfad, unsigned faeden = 3);
 
 // While tests run (HAINBREM_TEST=1): true when `pfad` is the real user's home folder (from the

@@ -1,11 +1,18 @@
 // Deleting for good: whole trees, links removed as links, nothing outside the tree ever reached.
 #include <gtest/gtest.h>
+#include <grp.h>
 #include <pwd.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <thread>
 
@@ -144,6 +151,148 @@ TEST(LoeschenTest, RechteFixUndFremderOrdnerAlsNobody) {
     // what went is counted, what stayed is not
     EXPECT_GE(p.at("bytes").get<int64_t>(), 8192) << aus;
     EXPECT_LT(p.at("bytes").get<int64_t>(), j.at("bestaetigung").at("bytes").get<int64_t>()) << aus;
+}
+
+
+// The path is used as given. With lnk → Library/Caches/foo, "lnk/../Documents" is
+// Library/Caches/Documents for the kernel (and for the guard's realpath); collapsing the text
+// first would make it ~/Documents.
+TEST(LoeschenTest, PfadWieGegebenLinkVorPunktPunkt) {
+    Testordner t;
+    const fs::path home = t.ordner("home");
+    t.datei("home/Documents/kostbar.txt", 7);
+    t.datei("home/Library/Caches/Documents/cache", 7);
+    t.ordner("home/Library/Caches/foo");
+    fs::create_directory_symlink(home / "Library/Caches/foo", home / "lnk");
+
+    const LoeschErgebnis e = loescheBaum(home.native() + "/lnk/../Documents");
+    EXPECT_TRUE(e.ok()) << *e.fehler;
+    EXPECT_TRUE(fs::exists(home / "Documents/kostbar.txt"));
+    EXPECT_FALSE(fs::exists(home / "Library/Caches/Documents"));
+    EXPECT_TRUE(fs::exists(home / "Library/Caches/foo"));
+}
+
+TEST(LoeschenTest, PfadOhneNamenWirdAbgelehnt) {
+    Testordner t;
+    t.datei("x/y/f", 3);
+    for (const std::string rel : {"/x/y/.", "/x/y/..", "/x/y/", "/x/.", "/x/y/./"}) {
+        const LoeschErgebnis e = loescheBaum(t.pfad().native() + rel);
+        ASSERT_FALSE(e.ok()) << rel;
+        EXPECT_EQ(e.fehlerNummer, EINVAL) << rel;
+        EXPECT_NE(e.fehler->find("Kein gültiger Pfad"), std::string::npos) << *e.fehler;
+    }
+    EXPECT_TRUE(fs::exists(t / "x/y/f"));
+}
+
+// With no thread to be had (process limit reached), the calling thread does all the work.
+TEST(LoeschenTest, OhneHelferfaedenLoeschtDerAufrufendeFaden) {
+    if (::geteuid() != 0) GTEST_SKIP() << "braucht root, um als nobody mit Prozessgrenze zu laufen";
+    const passwd* pw = ::getpwnam("nobody");
+    if (!pw) GTEST_SKIP() << "kein Benutzer nobody";
+    const uid_t uid = pw->pw_uid;
+    const gid_t gid = pw->pw_gid;
+    Testordner t;
+    const fs::path eigen = t.ordner("eigen");
+    for (int i = 0; i < 40; ++i) t.datei("eigen/baum/a" + std::to_string(i % 4) + "/b/f" + std::to_string(i), 1);
+    test::laufe("chown -R " + std::to_string(uid) + ":" + std::to_string(gid) + " '" + eigen.native() + "'");
+    const std::string baum = (eigen / "baum").native();
+
+    const pid_t kind = ::fork();
+    ASSERT_GE(kind, 0) << std::strerror(errno);
+    if (kind == 0) {
+        const rlimit grenze{1, 1};  // this process is the one task nobody may have
+        if (::setgroups(0, nullptr) != 0 || ::setgid(gid) != 0 || ::setuid(uid) != 0 ||
+            ::setrlimit(RLIMIT_NPROC, &grenze) != 0)
+            ::_exit(3);
+        const LoeschErgebnis e = loescheBaum(baum, 4);
+        ::_exit(e.ok() ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(kind, &status, 0), kind);
+    ASSERT_TRUE(WIFEXITED(status)) << "Signal " << (WIFSIGNALED(status) ? WTERMSIG(status) : 0);
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_FALSE(fs::exists(baum));
+}
+
+// Mounts inside the tree and at the item itself. Whatever is mounted there belongs elsewhere
+// (here: a bind mount of the test's own Documents, or a tmpfs) and stays whole.
+class LoeschenEinhaengen : public ::testing::Test {
+protected:
+    // Mounts `quelle` (a folder to bind, or empty for a tmpfs) on `ziel`; skips when that fails.
+    bool haengeEin(const fs::path& quelle, const fs::path& ziel) {
+        const int r = quelle.empty() ? ::mount("tmpfs", ziel.c_str(), "tmpfs", 0, "size=1m")
+                                     : ::mount(quelle.c_str(), ziel.c_str(), nullptr, MS_BIND, nullptr);
+        if (r != 0) return false;
+        eingehaengt_.push_back(ziel);
+        return true;
+    }
+    void TearDown() override {
+        for (auto it = eingehaengt_.rbegin(); it != eingehaengt_.rend(); ++it) ::umount2(it->c_str(), MNT_DETACH);
+        eingehaengt_.clear();
+    }
+    ~LoeschenEinhaengen() override { TearDown(); }
+
+    Testordner t_;
+    std::vector<fs::path> eingehaengt_;
+};
+
+#define EINHAENGEN_ODER_UEBERSPRINGEN(quelle, ziel)                                              \
+    do {                                                                                          \
+        if (!haengeEin(quelle, ziel))                                                             \
+            GTEST_SKIP() << "kein Einhängen möglich (mount braucht root): " << std::strerror(errno); \
+    } while (false)
+
+TEST_F(LoeschenEinhaengen, GebundenerOrdnerImBaumBleibtUnangetastet) {
+    const fs::path docs = t_.ordner("home/Documents");
+    t_.datei("home/Documents/kostbar.txt", 7);
+    const fs::path app = t_.ordner("home/.cache/app");
+    t_.datei("home/.cache/app/weg/f", 5);
+    t_.datei("home/.cache/app/tief/er/g", 5);
+    const fs::path daten = t_.ordner("home/.cache/app/tief/daten");
+    EINHAENGEN_ODER_UEBERSPRINGEN(docs, daten);
+
+    const LoeschErgebnis e = loescheBaum(app);
+    ASSERT_FALSE(e.ok());
+    EXPECT_EQ(e.fehlerNummer, EXDEV);
+    EXPECT_NE(e.fehler->find("eingehängt"), std::string::npos) << *e.fehler;
+    EXPECT_NE(e.fehler->find("tief/daten"), std::string::npos) << *e.fehler;
+    EXPECT_TRUE(fs::exists(docs / "kostbar.txt"));
+    EXPECT_TRUE(fs::exists(daten / "kostbar.txt"));
+    EXPECT_FALSE(fs::exists(app / "weg"));  // the rest still goes
+    EXPECT_FALSE(fs::exists(app / "tief/er"));
+}
+
+TEST_F(LoeschenEinhaengen, FremdesDateisystemImBaumBleibtUnangetastet) {
+    const fs::path app = t_.ordner("home/.cache/app");
+    t_.datei("home/.cache/app/weg/f", 5);
+    const fs::path platte = t_.ordner("home/.cache/app/platte");
+    EINHAENGEN_ODER_UEBERSPRINGEN(fs::path(), platte);
+    std::ofstream(platte / "darauf") << "bleibt";
+
+    const LoeschErgebnis e = loescheBaum(app);
+    ASSERT_FALSE(e.ok());
+    EXPECT_NE(e.fehler->find("eingehängt"), std::string::npos) << *e.fehler;
+    EXPECT_TRUE(fs::exists(platte / "darauf"));
+    EXPECT_FALSE(fs::exists(app / "weg"));
+}
+
+TEST_F(LoeschenEinhaengen, EintragSelbstEingehaengtWirdAbgelehnt) {
+    const fs::path docs = t_.ordner("home/Documents");
+    t_.datei("home/Documents/kostbar.txt", 7);
+    const fs::path gebunden = t_.ordner("home/.cache/gebunden");
+    const fs::path platte = t_.ordner("home/.cache/platte");
+    EINHAENGEN_ODER_UEBERSPRINGEN(docs, gebunden);
+    EINHAENGEN_ODER_UEBERSPRINGEN(fs::path(), platte);
+    std::ofstream(platte / "darauf") << "bleibt";
+
+    for (const fs::path& eintrag : {gebunden, platte}) {
+        const LoeschErgebnis e = loescheBaum(eintrag);
+        ASSERT_FALSE(e.ok()) << eintrag;
+        EXPECT_EQ(e.fehlerNummer, EXDEV);
+        EXPECT_NE(e.fehler->find("anderen Datenträger"), std::string::npos) << *e.fehler;
+    }
+    EXPECT_TRUE(fs::exists(docs / "kostbar.txt"));
+    EXPECT_TRUE(fs::exists(platte / "darauf"));
 }
 
 }  // namespace
