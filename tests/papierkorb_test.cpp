@@ -89,6 +89,28 @@ TEST(PapierkorbTest, PfadWirdProzentKodiert) {
     EXPECT_EQ(e->filename().native(), "mit Leer ä%\xff.txt");  // the name itself stays as it was
 }
 
+// "lnk/../x" is moved from where the kernel finds it (after following lnk), so that is where
+// Path= must point, not to the place the text suggests.
+TEST(PapierkorbTest, PfadHinterLinkUndPunktPunktIstDerEchte) {
+    Testordner t;
+    const fs::path home = t.ordner("home");
+    t.datei("home/Documents/kostbar.txt", 7);
+    const fs::path echt = t.datei("home/Library/Caches/Documents", 3);
+    t.ordner("home/Library/Caches/foo");
+    fs::create_directory_symlink(home / "Library/Caches/foo", home / "lnk");
+
+    const auto e = plattform::inDenPapierkorb(home.native() + "/lnk/../Documents", home);
+    ASSERT_TRUE(e) << e.error();
+    EXPECT_FALSE(fs::exists(echt));
+    EXPECT_TRUE(fs::exists(home / "Documents/kostbar.txt"));
+    const std::string info = lies(plattform::trashinfoZu(*e));
+    EXPECT_EQ(zeile(info, "Path"), (fs::canonical(home) / "Library/Caches/Documents").native());
+
+    for (const std::string rel : {"/Documents/..", "/Documents/.", "/Documents/"})
+        EXPECT_FALSE(plattform::reservierePapierkorb(home.native() + rel, home)) << rel;
+    EXPECT_TRUE(fs::exists(home / "Documents/kostbar.txt"));
+}
+
 TEST(PapierkorbTest, VergessenEntferntNurDieInfoEinesGeloeschtenEintrags) {
     Testordner t;
     const fs::path home = t.ordner("home");

@@ -9,6 +9,8 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
 #include <cstring>
 #include <ctime>
 
@@ -86,15 +88,24 @@ fs::path oberesVerzeichnis(const fs::path& ordner, dev_t geraet) {
 struct Ziel {
     fs::path trash;          // the trash directory (holds files/ and info/)
     std::string pfadEintrag; // value of Path= before encoding
+    fs::path echt;           // the item with its parent resolved
 };
 
 std::expected<Ziel, std::string> waehleTrash(const fs::path& pfad, const fs::path& home) {
     struct stat st;
     if (::lstat(pfad.c_str(), &st) != 0) return std::unexpected(text(errno));
+    // The parent as the kernel resolves it when moving ("lnk/.." after following lnk); text
+    // operations would collapse "lnk/.." first and record a different place.
+    const std::string& roh = pfad.native();
+    const size_t schnitt = roh.rfind('/');
+    const std::string name = schnitt == std::string::npos ? roh : roh.substr(schnitt + 1);
+    if (name.empty() || name == "." || name == "..") return std::unexpected("Kein gültiger Pfad");
+    const std::string elternRoh = schnitt == std::string::npos ? "." : schnitt == 0 ? "/" : roh.substr(0, schnitt);
+    std::unique_ptr<char, decltype(&std::free)> elternReal(::realpath(elternRoh.c_str(), nullptr), &std::free);
+    if (!elternReal) return std::unexpected("Ordner existiert nicht");
+    const fs::path eltern = elternReal.get();
+    const fs::path echt = eltern / name;
     std::error_code e;
-    const fs::path eltern = fs::canonical(pfad.parent_path(), e);
-    if (e) return std::unexpected("Ordner existiert nicht");
-    const fs::path echt = eltern / pfad.filename();
 
     const fs::path heimTrash = profil(home).papierkorb.parent_path();
     // the device of the home trash, or of its nearest existing ancestor
@@ -105,8 +116,7 @@ std::expected<Ziel, std::string> waehleTrash(const fs::path& pfad, const fs::pat
         fs::create_directories(heimTrash.parent_path(), e);
         if (!eigenerOrdner(heimTrash) || !eigenerOrdner(heimTrash / "files") || !eigenerOrdner(heimTrash / "info"))
             return std::unexpected("Der Papierkorb lässt sich nicht anlegen");
-        const std::string abs = (pfad.is_absolute() ? pfad.lexically_normal() : echt).native();
-        return Ziel{heimTrash, abs};
+        return Ziel{heimTrash, echt.native(), echt};
     }
 
     const fs::path oben = oberesVerzeichnis(eltern, st.st_dev);
@@ -126,7 +136,7 @@ std::expected<Ziel, std::string> waehleTrash(const fs::path& pfad, const fs::pat
     if (!eigenerOrdner(trash / "files") || !eigenerOrdner(trash / "info") || !geraetVon(trash / "files", trashGeraet) ||
         trashGeraet != st.st_dev)
         return std::unexpected("Auf diesem Datenträger gibt es keinen Papierkorb");
-    return Ziel{trash, echt.lexically_relative(oben).native()};
+    return Ziel{trash, echt.lexically_relative(oben).native(), echt};
 }
 
 bool liegtIn(const fs::path& pfad, const fs::path& ordner) {
@@ -140,12 +150,12 @@ std::expected<Papierkorbplatz, std::string> reservierePapierkorb(const fs::path&
     auto ziel = waehleTrash(pfad, home);
     if (!ziel) return std::unexpected(ziel.error());
     std::error_code e;
-    if (liegtIn(fs::weakly_canonical(pfad.parent_path(), e) / pfad.filename(), fs::weakly_canonical(ziel->trash, e)))
+    if (liegtIn(ziel->echt, fs::weakly_canonical(ziel->trash, e)))
         return std::unexpected("Liegt schon im Papierkorb");
 
     const std::string inhalt = "[Trash Info]\nPath=" + prozentKodiert(ziel->pfadEintrag) +
                                "\nDeletionDate=" + lokaleZeit() + "\n";
-    const std::string basis = pfad.filename().native();
+    const std::string basis = ziel->echt.filename().native();
     for (int n = 1; n < 100000; ++n) {
         const std::string name = n == 1 ? basis : basis + "." + std::to_string(n);
         const fs::path datei = ziel->trash / "files" / name;

@@ -4,6 +4,9 @@
 
 #include "plattform/papierkorb.hpp"
 
+#include <limits.h>
+#include <stdlib.h>
+
 namespace hainbrem::plattform {
 
 namespace {
@@ -13,6 +16,18 @@ std::string grund(NSError* fehler) {
 }
 NSURL* url(const fs::path& p) {
     return [NSURL fileURLWithFileSystemRepresentation:p.c_str() isDirectory:NO relativeToURL:nil];
+}
+// The item with its parent resolved as the kernel does ("lnk/.." after following lnk), so the
+// URL cannot be tidied into another place; empty when the parent is gone or the name is none.
+fs::path aufgeloest(const fs::path& p) {
+    const std::string& roh = p.native();
+    const size_t schnitt = roh.rfind('/');
+    if (schnitt == std::string::npos) return {};
+    const std::string name = roh.substr(schnitt + 1);
+    if (name.empty() || name == "." || name == "..") return {};
+    char eltern[PATH_MAX];
+    if (!::realpath(schnitt == 0 ? "/" : roh.substr(0, schnitt).c_str(), eltern)) return {};
+    return fs::path(eltern) / name;
 }
 }  // namespace
 
@@ -24,7 +39,9 @@ std::expected<fs::path, std::string> verschiebeInPapierkorb(const fs::path& pfad
     @autoreleasepool {
         NSURL* ergebnis = nil;
         NSError* fehler = nil;
-        if (![NSFileManager.defaultManager trashItemAtURL:url(pfad) resultingItemURL:&ergebnis error:&fehler])
+        const fs::path echt = aufgeloest(pfad);
+        if (echt.empty()) return std::unexpected("Kein gültiger Pfad");
+        if (![NSFileManager.defaultManager trashItemAtURL:url(echt) resultingItemURL:&ergebnis error:&fehler])
             return std::unexpected(grund(fehler));
         if (!ergebnis) return fs::path{};
         return fs::path(ergebnis.fileSystemRepresentation);
