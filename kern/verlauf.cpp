@@ -225,6 +225,22 @@ int64_t ganzzahl(const json& o, const char* name) {
     if (!f.is_number_integer()) throw Unlesbar{};
     return f.get<int64_t>();
 }
+// Free space and sizes are never negative; a file that says otherwise was not written by us.
+int64_t nichtNegativ(const json& o, const char* name) {
+    const int64_t wert = ganzzahl(o, name);
+    if (wert < 0) throw Unlesbar{};
+    return wert;
+}
+// Everything shown for a round is computed without overflow (which would end the process):
+// the gain and the sum of all its sizes, which bounds every partial sum.
+bool rechenbar(const Runde& r) {
+    int64_t x;
+    if (__builtin_sub_overflow(r.freiNachher, r.freiVorher, &x)) return false;
+    int64_t summe = 0;
+    for (const auto& p : r.posten)
+        if (__builtin_add_overflow(summe, p.bytes, &summe)) return false;
+    return true;
+}
 bool wahrheit(const json& o, const char* name) {
     const json& f = feld(o, name);
     if (!f.is_boolean()) throw Unlesbar{};
@@ -290,15 +306,15 @@ std::optional<std::vector<Runde>> Verlauf::dekodiere(std::string_view eingabe) {
             const auto datum = ausIsoZeit(text(o, "datum"));
             if (!datum) return std::nullopt;
             r.datum = *datum;
-            r.freiVorher = ganzzahl(o, "freiVorher");
-            r.freiNachher = ganzzahl(o, "freiNachher");
+            r.freiVorher = nichtNegativ(o, "freiVorher");
+            r.freiNachher = nichtNegativ(o, "freiNachher");
             const json& posten = feld(o, "posten");
             if (!posten.is_array()) return std::nullopt;
             for (const json& q : posten) {
                 if (!q.is_object()) return std::nullopt;
                 Posten p;
                 p.pfad = *pfadLesen(q, "pfad", "pfadBase64", true);
-                p.bytes = ganzzahl(q, "bytes");
+                p.bytes = nichtNegativ(q, "bytes");
                 const auto art = entsorgungAus(text(q, "art"));
                 if (!art) return std::nullopt;
                 p.art = *art;
@@ -308,6 +324,7 @@ std::optional<std::vector<Runde>> Verlauf::dekodiere(std::string_view eingabe) {
                 r.posten.push_back(std::move(p));
             }
             r.probelauf = wahrheit(o, "probelauf");
+            if (!rechenbar(r)) return std::nullopt;
             runden.push_back(std::move(r));
         }
         return runden;

@@ -165,6 +165,54 @@ TEST(VerlaufTest, OrdnerWirdAngelegtErsetzenUnbekannterRundeAendertNichts) {
     EXPECT_EQ(dateien, 0u);
 }
 
+// Hand-edited numbers: negative free space or sizes, or sums no int64 holds, make the file
+// unreadable instead of ending the process when a round's gain or sums are shown.
+TEST(VerlaufTest, UnmoeglicheZahlenMachenDieDateiUnlesbar) {
+    const std::string gut = Verlauf::kodiere({beispiel()});
+    auto ersetzt = [&](std::vector<std::pair<std::string, std::string>> paare) {
+        std::string s = gut;
+        for (const auto& [was, durch] : paare) s.replace(s.find(was), was.size(), durch);
+        return s;
+    };
+    const std::string min = "-9223372036854775808", max = "9223372036854775807";
+    struct Fall {
+        const char* name;
+        std::string text;
+        bool lesbar;
+    };
+    const std::vector<Fall> faelle = {
+        {"freiVorher negativ", ersetzt({{"\"freiVorher\": 1000", "\"freiVorher\": -1"}}), false},
+        {"freiNachher negativ", ersetzt({{"\"freiNachher\": 5000", "\"freiNachher\": -5"}}), false},
+        {"Gewinn läuft über",
+         ersetzt({{"\"freiVorher\": 1000", "\"freiVorher\": " + min}, {"\"freiNachher\": 5000", "\"freiNachher\": " + max}}),
+         false},
+        {"bytes negativ", ersetzt({{"\"bytes\": 4096", "\"bytes\": -4096"}}), false},
+        {"Summe läuft über", ersetzt({{"\"bytes\": 4096", "\"bytes\": " + max}}), false},
+        {"Summe genau am Rand", ersetzt({{"\"bytes\": 4096", "\"bytes\": 9223372036854767615"}}), true},
+        {"größter Gewinn", ersetzt({{"\"freiVorher\": 1000", "\"freiVorher\": 0"}, {"\"freiNachher\": 5000", "\"freiNachher\": " + max}}),
+         true},
+    };
+    for (const auto& f : faelle) {
+        const auto runden = Verlauf::dekodiere(f.text);
+        EXPECT_EQ(runden.has_value(), f.lesbar) << f.name;
+        if (!runden) continue;
+        for (const auto& r : *runden) {  // all of these stay in range
+            EXPECT_GE(r.erwartet(), 0) << f.name;
+            EXPECT_GE(r.imPapierkorbBytes(), 0) << f.name;
+            EXPECT_GE(r.gewonnen(), 0) << f.name;
+        }
+    }
+
+    // the CLI reports such a file as unreadable rather than aborting
+    Testordner t;
+    const fs::path home = t.ordner("home");
+    schreibe(Verlauf::standardDatei(home), faelle[2].text);
+    int status = -1;
+    const std::string aus = test::laufe("HOME='" + home.native() + "' " HAINBREM_BINARY " verlauf 2>&1", &status);
+    EXPECT_EQ(status, 0) << aus;
+    EXPECT_NE(aus.find("nicht lesbar"), std::string::npos) << aus;
+}
+
 TEST(VerlaufTest, UnlesbareDateiWirdBeiseitegelegtNichtUeberschrieben) {
     Testordner t;
     const fs::path datei = t / "verlauf.json";
