@@ -11,6 +11,7 @@
 
 #include "kern/groesse.hpp"
 #include "kern/namen.hpp"
+#include "kern/pakete.hpp"
 #include "kern/regel_namen.hpp"
 
 namespace hainbrem::Katalog {
@@ -26,11 +27,6 @@ std::string klein(std::string_view s) {
     for (char& c : k) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     return k;
 }
-
-// Extensions of folders that macOS presents as a single item.
-constexpr std::array<std::string_view, 14> paketEndungen{
-    "app",  "framework", "bundle", "plugin", "kext",       "appex",       "xpc",
-    "pkg",  "mpkg",      "photoslibrary", "musiclibrary", "tvlibrary", "rtfd", "xcarchive"};
 
 }  // namespace
 
@@ -86,9 +82,7 @@ bool istMacInstaller(const fs::path& eintrag) {
 }
 
 bool istPaket(const fs::path& eintrag) {
-    const std::string endung = klein(eintrag.extension().native());
-    if (endung.size() < 2) return false;
-    if (!Namen::enthaelt(paketEndungen, std::string_view(endung).substr(1))) return false;
+    if (!istPaketName(eintrag.filename().native())) return false;
     struct stat st;
     return ::lstat(eintrag.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }

@@ -12,22 +12,13 @@
 #include "kern/dienste.hpp"
 #include "kern/groesse.hpp"
 #include "kern/namen.hpp"
+#include "kern/pakete.hpp"
 #include "kern/safetyguard.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem::Projekte {
 
 namespace {
-
-// Folders the system presents as one item; nobody keeps a project inside them.
-constexpr std::array<std::string_view, 10> paketEndungen{".app",         ".framework", ".bundle", ".plugin",
-                                                         ".kext",        ".xcodeproj", ".xcworkspace",
-                                                         ".xcarchive",   ".photoslibrary", ".pkg"};
-
-bool istPaket(std::string_view name) {
-    return std::any_of(paketEndungen.begin(), paketEndungen.end(),
-                       [&](std::string_view e) { return name.size() > e.size() && name.ends_with(e); });
-}
 
 Zeitpunkt alsZeitpunkt(const struct timespec& t) {
     return Zeitpunkt(std::chrono::duration_cast<Zeitpunkt::duration>(std::chrono::seconds(t.tv_sec) +
@@ -62,7 +53,7 @@ std::vector<std::pair<fs::path, fs::path>> sammle(int tiefe, const Umgebung& umg
                     paare.emplace_back(ordner, ordner.parent_path());
                 return Groesse::Weiter::ueberspringen;
             }
-            if (name.starts_with(".") || istPaket(name)) return Groesse::Weiter::ueberspringen;
+            if (name.starts_with(".") || istPaketName(name)) return Groesse::Weiter::ueberspringen;
             return Groesse::Weiter::ja;
         });
         if (abgebrochen) return {};

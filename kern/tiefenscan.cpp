@@ -79,20 +79,6 @@ void Knoten::sortiere() { std::sort(kinder.begin(), kinder.end(), groesserZuerst
 
 namespace Tiefenscan {
 
-bool istPaketName(std::string_view name) {
-    const size_t punkt = name.rfind('.');
-    if (punkt == std::string_view::npos || punkt == 0) return false;
-    const std::string_view endung = name.substr(punkt + 1);
-    if (endung.empty() || endung.size() > 13) return false;
-    char klein[14];
-    for (size_t i = 0; i < endung.size(); ++i) {
-        const char c = endung[i];
-        klein[i] = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    const std::string_view k(klein, endung.size());
-    return std::find(paketEndungen.begin(), paketEndungen.end(), k) != paketEndungen.end();
-}
-
 void Sammler::dazu(std::vector<DateiInfo>&& g, std::vector<DateiInfo>&& k, int64_t u) {
     std::lock_guard lock(sperre);
     if (grosse.empty())

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "kern/datensaetze.hpp"
+#include "kern/pakete.hpp"
 #include "kern/plattenstand.hpp"
 
 namespace hainbrem {
@@ -94,13 +95,9 @@ inline constexpr int64_t kandidatAb = 1'000'000;       // logical size of a dupl
 inline constexpr size_t maxKinder = 300;
 inline constexpr size_t maxGleichzeitig = 4;  // child scans per split folder
 
-// Compared lower-cased against a folder's extension.
-inline constexpr std::array<std::string_view, 27> paketEndungen{
-    "app",        "photoslibrary", "musiclibrary", "tvlibrary", "fcpbundle", "imovielibrary", "logicx",
-    "band",       "xcarchive",     "bundle",       "framework", "plugin",    "kext",          "pages",
-    "numbers",    "key",           "rtfd",         "sparsebundle", "lrlibrary", "lrdata",   "aplibrary",
-    "theater",    "xcodeproj",     "xcworkspace",  "playground", "vst3",     "component"};
-bool istPaketName(std::string_view name);
+// The package table is shared with the finders (kern/pakete.hpp).
+using hainbrem::istPaketName;
+using hainbrem::paketEndungen;
 
 struct Lauf {
     std::set<std::string, std::less<>> aus;  // absolute paths not looked at

@@ -119,14 +119,16 @@ TEST(FinderInstaller, EndungUndInhalt) {
 
 TEST(FinderPaket, NurOrdnerMitPaketEndung) {
     Testordner t;
-    t.ordner("Helper.app");
-    t.ordner("Ding.framework");
+    for (const char* n : {"Helper.app", "Ding.framework", "Gross.APP", "Lied.Band", "Alt.xcodeproj", "Klang.vst3"}) {
+        t.ordner(n);
+        EXPECT_TRUE(Katalog::istPaket(t / n)) << n;
+    }
     t.ordner("Normal");
+    t.ordner(".app");
     t.datei("datei.app");
-    EXPECT_TRUE(Katalog::istPaket(t / "Helper.app"));
-    EXPECT_TRUE(Katalog::istPaket(t / "Ding.framework"));
-    EXPECT_FALSE(Katalog::istPaket(t / "Normal"));
-    EXPECT_FALSE(Katalog::istPaket(t / "datei.app"));
+    fs::create_directory_symlink(t / "Helper.app", t / "Verweis.app");
+    for (const char* n : {"Normal", ".app", "datei.app", "Verweis.app", "fehlt.app"})
+        EXPECT_FALSE(Katalog::istPaket(t / n)) << n;
 }
 
 TEST(FinderModellTitel, TeileAmDoppelstrich) {

@@ -85,6 +85,17 @@ TEST(Projekte, VersteckteOrdnerGitUndBauordnerWerdenNichtDurchsucht) {
     EXPECT_EQ(w.gefunden(), (std::vector<std::string>{"Projects/swift/.build", "Projects/web/node_modules"}));
 }
 
+// Packages are entered by nobody, whatever the case of their extension: a program or an Xcode
+// project bundle carries no project of the user's.
+TEST(Projekte, PaketeWerdenInJederSchreibweiseNichtDurchsucht) {
+    Welt w;
+    for (const char* paket : {"Projects/MeinProjekt.App", "Projects/Werkzeug.app", "Projects/Ding.FrameWork",
+                              "Projects/Sammlung.photoslibrary", "Projects/Bau.xcodeproj", "Projects/Klang.VST3"})
+        w.projekt(std::string(paket) + "/web", "node_modules", "package.json");
+    w.projekt("Projects/Nicht.Appx/web", "node_modules", "package.json");  // no package extension
+    EXPECT_EQ(w.gefunden(), (std::vector<std::string>{"Projects/Nicht.Appx/web/node_modules"}));
+}
+
 TEST(Projekte, TiefeZaehltAbDerWurzel) {
     Welt w;
     w.projekt("Projects/a/b/c/d/e", "node_modules", "package.json");    // level 6
