@@ -13,7 +13,9 @@
 #include "kern/eigenschaftsliste.hpp"
 #include "kern/groesse.hpp"
 #include "kern/namen.hpp"
+#include "kern/pakete.hpp"
 #include "kern/rechnen.hpp"
+#include "kern/safetyguard.hpp"
 #include "plattform/programme.hpp"
 
 namespace hainbrem {
@@ -115,6 +117,14 @@ std::optional<Eigenschaftsliste> liesListe(const fs::path& pfad) {
     if (::stat(pfad.c_str(), &st) != 0 || !S_ISREG(st.st_mode) || st.st_size > (8 << 20)) return std::nullopt;
     return Eigenschaftsliste::ausDatei(pfad);
 }
+
+// A real folder: a link is not followed, so nothing is listed twice or from elsewhere.
+bool istOrdner(const fs::path& pfad) {
+    struct stat st;
+    return ::lstat(pfad.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+bool istBundleName(std::string_view name) { return name.size() > 4 && klein(name).ends_with(".app"); }
 
 void miss(std::vector<Fund>& funde) {
     parallel(funde.size(), [&](size_t i) { funde[i].bytes = Groesse::belegt(funde[i].url, 1); });
@@ -231,15 +241,22 @@ std::vector<Fund> reste(const std::string& von, const std::string& name, const s
 
 std::vector<Programm> alle(const Umgebung& umgebung, const std::vector<fs::path>& ordner) {
     std::vector<Programm> programme;
+    const auto nimm = [&](const fs::path& bundle) {
+        auto p = lies(bundle);
+        if (p && !p->bundleID.starts_with("com.apple.")) programme.push_back(std::move(*p));
+    };
     for (const auto& o : ordner) {
         for (const auto& eintrag : eintraege(o)) {
-            if (!eintrag.ends_with(".app")) continue;
-            const fs::path bundle = o / eintrag;
-            struct stat st;
-            if (::lstat(bundle.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) continue;
-            auto p = lies(bundle);
-            if (!p || p->bundleID.starts_with("com.apple.")) continue;
-            programme.push_back(std::move(*p));
+            const fs::path pfad = o / eintrag;
+            if (!istOrdner(pfad)) continue;
+            if (istBundleName(eintrag)) {
+                nimm(pfad);
+                continue;
+            }
+            // suites install into a folder of their own: /Applications/Adobe Foto 2024/Adobe Foto 2024.app
+            if (istPaketName(eintrag)) continue;
+            for (const auto& kind : eintraege(pfad))
+                if (istBundleName(kind) && istOrdner(pfad / kind)) nimm(pfad / kind);
         }
     }
     parallel(programme.size(), [&](size_t i) {
@@ -327,6 +344,8 @@ std::vector<Verwaist> verwaist(const std::vector<Programm>& installiert, const U
         ids.insert(klein(p.bundleID));
     }
     for (const auto& d : dienste) labels.insert(klein(d));
+    // our own caches and settings are no orphans, even where this program is no installed bundle
+    hersteller.insert(vendor(SafetyGuard::standardKennung));
 
     std::map<std::string, Verwaist> gruppen;
     for (std::string_view ordnerName : libraryOrdner) {

@@ -56,8 +56,9 @@ inline constexpr std::array<std::string_view, 19> tlds{"com", "net", "org", "de"
 // The folders the application looks in for programs.
 std::vector<fs::path> standardOrdner(const Umgebung& umgebung);
 
-// Every program in `ordner` (direct children ending in ".app"), Apple's own left out, each
-// with its leftovers; largest first by bundle plus leftovers.
+// Every program in `ordner` (children ending in ".app", and those one folder further down in a
+// folder that is no package), Apple's own left out, each with its leftovers; largest first by
+// bundle plus leftovers.
 std::vector<Programm> alle(const Umgebung& umgebung, const std::vector<fs::path>& ordner);
 std::vector<Programm> alle(const Umgebung& umgebung);
 

@@ -93,6 +93,44 @@ TEST(Programme, ListetBundlesAusBeidenOrdnernOhneApple) {
                             [&](const Programm& p) { return p.url == w.eigene / "Kleiner.app" && p.version == "0.9"; }));
 }
 
+// Suites put their programs into a folder of their own. Those count as installed, so their
+// maker's files are no orphans; packages and links among the folders are not looked into.
+TEST(Programme, BundlesEineOrdnerebeneTiefer) {
+    Welt w;
+    const fs::path foto = w.bundle(w.t.ordner("Applications/Adobe Foto 2024"), "Adobe Foto 2024", "com.adobe.Foto");
+    w.bundle(w.t.ordner("home/Applications/Werkzeuge"), "Zange", "org.zange.tool");
+    w.bundle(w.t.ordner("Applications/Zwei/Tiefer"), "Versteckt", "net.tief.app");  // two levels down
+    w.bundle(w.t.ordner("Applications/Sammel.bundle"), "Drin", "io.paket.drin");    // inside a package
+    w.bundle(w.t.ordner("Applications/Gross.APP"), "Innen", "io.innen.app");       // inside a bundle
+    w.t.ordner("Applications/Gross.APP/Contents");
+    std::ofstream(w.programme / "Gross.APP/Contents/Info.plist") << infoPlist("io.gross.app", "1", false);
+    const fs::path anderswo = w.t.ordner("anderswo");
+    w.bundle(anderswo, "Fremd", "com.fremd.app");
+    fs::create_directory_symlink(anderswo, w.programme / "Verweis");
+    w.restOrdner("Caches/com.adobe.Foto", 1000);
+    w.rest("Preferences/com.adobe.Foto.plist");
+    w.restOrdner("Application Support/com.adobe.AAMUpdater");  // same maker
+    w.restOrdner("Caches/net.tief.app");
+    w.restOrdner("Caches/com.fremd.app");
+
+    const auto liste = w.alle();
+    std::vector<std::string> ids;
+    for (const auto& p : liste) ids.push_back(p.bundleID);
+    std::sort(ids.begin(), ids.end());
+    EXPECT_EQ(ids, (std::vector<std::string>{"com.adobe.Foto", "io.gross.app", "org.zange.tool"}));
+    const auto adobe =
+        std::find_if(liste.begin(), liste.end(), [](const Programm& p) { return p.name == "Adobe Foto 2024"; });
+    ASSERT_NE(adobe, liste.end());
+    EXPECT_EQ(adobe->url, foto);
+    EXPECT_EQ(relativ(adobe->reste, w.home),
+              (std::vector<std::string>{"Caches/com.adobe.Foto", "Preferences/com.adobe.Foto.plist"}));
+
+    std::vector<std::string> waisen;
+    for (const auto& g : Programme::verwaist(liste, w.umgebung, {})) waisen.push_back(g.bundleID);
+    std::sort(waisen.begin(), waisen.end());
+    EXPECT_EQ(waisen, (std::vector<std::string>{"com.fremd.app", "net.tief.app"}));
+}
+
 TEST(Programme, SortiertNachBundlePlusResten) {
     Welt w;
     w.bundle(w.programme, "Gross", "com.gross.app", "1", false, 100'000);
@@ -242,6 +280,19 @@ TEST(Programme, Verwaiste) {
         EXPECT_TRUE(g.zuletzt());
     }
     EXPECT_EQ(gruppen[0].vermuteterName(), "Tool");
+}
+
+// This program keeps its own caches and settings in the Library even where it is no installed
+// bundle (always so on Linux); they are never offered as leftovers of a program that is gone.
+TEST(Programme, EigeneDateienSindKeineWaisen) {
+    Welt w;
+    w.restOrdner("Caches/de.hainbrem.Hainbrem", 2000);
+    w.rest("Preferences/de.hainbrem.Hainbrem.plist");
+    w.restOrdner("Application Support/de.hainbrem.Helfer");
+    w.restOrdner("Caches/de.anders.Programm");
+    const auto gruppen = Programme::verwaist({}, w.umgebung, {});
+    ASSERT_EQ(gruppen.size(), 1u);
+    EXPECT_EQ(gruppen[0].bundleID, "de.anders.Programm");
 }
 
 TEST(Programme, VendorKennungUndName) {
