@@ -9,15 +9,12 @@
 #include "kern/katalog.hpp"
 #include "kern/laufend.hpp"
 #include "kern/rechnen.hpp"
+#include "kern/verlauf.hpp"
 
 namespace hainbrem::cli {
 namespace {
 
 std::vector<std::string> nurRegeln;
-
-// Trash entries earlier rounds put there, so they stay unticked and undoable.
-// VERLAUF: fill from the history (the paths of its rounds' Trash items) once it exists.
-std::set<std::string> vonHainbremImPapierkorb(const Kontext&) { return {}; }
 
 json alsJson(const Regel& r) {
     return json{{"id", r.id},
@@ -47,7 +44,13 @@ int pruefen(const Kontext& k) {
     umgebung.temp = k.temp;
     umgebung.vollzugriff = Zugriff::vollzugriff(k.home);
     umgebung.laeuft = laufTest();
-    umgebung.hainbremImPapierkorb = vonHainbremImPapierkorb(k);
+    // what earlier rounds put into the Trash stays unticked, so it can still be put back
+    const Verlauf verlauf(Verlauf::standardDatei(k.home));
+    if (verlauf.warUnlesbar())
+        warnung(
+            "Der Verlauf „" + verlauf.datei().native() +
+            "“ ist nicht lesbar. Was Hainbrem in den Papierkorb gelegt hat, ist darum nicht als solches erkennbar.");
+    umgebung.hainbremImPapierkorb = verlauf.imPapierkorb();
 
     std::vector<RegelErgebnis> ergebnisse;
     {
