@@ -86,8 +86,9 @@ public:
             ::execl(prog.c_str(), prog.c_str(), "30", static_cast<char*>(nullptr));
             ::_exit(127);
         }
-        // until the child has exec'd
-        for (int versuch = 0; versuch < 300 && !programmLaeuft(name); ++versuch)
+        // Until the child has exec'd and its argv is readable: the kernel switches the exe link
+        // before the new command line can be read, so waiting for the link alone is too early.
+        for (int versuch = 0; versuch < 1000 && !sichtbar(); ++versuch)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     ~LangerProzess() {
@@ -99,6 +100,12 @@ public:
     test::Testordner t;
     const std::filesystem::path prog = t / name;
 
+    bool sichtbar() const {
+        for (const auto& e : plattform::laufendeProgramme())
+            if (e.name == name && e.programmdatei == prog.native()) return true;
+        return false;
+    }
+
 private:
     pid_t kind_ = -1;
 };
@@ -106,10 +113,7 @@ private:
 TEST(Laufend, LangerProzessnameKommtGanz) {
     // the kernel cuts process names to 15 bytes; the whole name comes from argv[0]
     const LangerProzess p;
-    bool gefunden = false;
-    for (const auto& e : plattform::laufendeProgramme())
-        gefunden = gefunden || (e.name == LangerProzess::name && e.programmdatei == p.prog.native());
-    EXPECT_TRUE(gefunden);
+    EXPECT_TRUE(p.sichtbar());
     EXPECT_TRUE(programmLaeuft("Ein-Sehr-Langer-Programmname"));
 }
 
