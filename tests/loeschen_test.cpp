@@ -200,12 +200,17 @@ TEST(LoeschenTest, OhneHelferfaedenLoeschtDerAufrufendeFaden) {
     const pid_t kind = ::fork();
     ASSERT_GE(kind, 0) << std::strerror(errno);
     if (kind == 0) {
-        const rlimit grenze{1, 1};  // this process is the one task nobody may have
-        if (::setgroups(0, nullptr) != 0 || ::setgid(gid) != 0 || ::setuid(uid) != 0 ||
-            ::setrlimit(RLIMIT_NPROC, &grenze) != 0)
-            ::_exit(3);
-        const LoeschErgebnis e = loescheBaum(baum, 4);
-        ::_exit(e.ok() ? 0 : 1);
+        // the child never returns into the test runner, whatever happens
+        try {
+            const rlimit grenze{1, 1};  // this process is the one task nobody may have
+            if (::setgroups(0, nullptr) != 0 || ::setgid(gid) != 0 || ::setuid(uid) != 0 ||
+                ::setrlimit(RLIMIT_NPROC, &grenze) != 0)
+                ::_exit(3);
+            const LoeschErgebnis e = loescheBaum(baum, 4);
+            ::_exit(e.ok() ? 0 : 1);
+        } catch (...) {
+            ::_exit(2);
+        }
     }
     int status = 0;
     ASSERT_EQ(::waitpid(kind, &status, 0), kind);
