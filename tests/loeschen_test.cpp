@@ -241,9 +241,9 @@ protected:
     std::vector<fs::path> eingehaengt_;
 };
 
-#define EINHAENGEN_ODER_UEBERSPRINGEN(quelle, ziel)                                              \
-    do {                                                                                          \
-        if (!haengeEin(quelle, ziel))                                                             \
+#define EINHAENGEN_ODER_UEBERSPRINGEN(quelle, ziel)                                                  \
+    do {                                                                                             \
+        if (!haengeEin(quelle, ziel))                                                                \
             GTEST_SKIP() << "kein Einhängen möglich (mount braucht root): " << std::strerror(errno); \
     } while (false)
 

@@ -184,12 +184,14 @@ TEST(VerlaufTest, UnmoeglicheZahlenMachenDieDateiUnlesbar) {
         {"freiVorher negativ", ersetzt({{"\"freiVorher\": 1000", "\"freiVorher\": -1"}}), false},
         {"freiNachher negativ", ersetzt({{"\"freiNachher\": 5000", "\"freiNachher\": -5"}}), false},
         {"Gewinn läuft über",
-         ersetzt({{"\"freiVorher\": 1000", "\"freiVorher\": " + min}, {"\"freiNachher\": 5000", "\"freiNachher\": " + max}}),
+         ersetzt({{"\"freiVorher\": 1000", "\"freiVorher\": " + min},
+                  {"\"freiNachher\": 5000", "\"freiNachher\": " + max}}),
          false},
         {"bytes negativ", ersetzt({{"\"bytes\": 4096", "\"bytes\": -4096"}}), false},
         {"Summe läuft über", ersetzt({{"\"bytes\": 4096", "\"bytes\": " + max}}), false},
         {"Summe genau am Rand", ersetzt({{"\"bytes\": 4096", "\"bytes\": 9223372036854767615"}}), true},
-        {"größter Gewinn", ersetzt({{"\"freiVorher\": 1000", "\"freiVorher\": 0"}, {"\"freiNachher\": 5000", "\"freiNachher\": " + max}}),
+        {"größter Gewinn",
+         ersetzt({{"\"freiVorher\": 1000", "\"freiVorher\": 0"}, {"\"freiNachher\": 5000", "\"freiNachher\": " + max}}),
          true},
     };
     for (const auto& f : faelle) {
