@@ -9,6 +9,7 @@
 
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
+#include "cli/runde.hpp"
 #include "kern/bestaetigung.hpp"
 #include "kern/entsorger.hpp"
 #include "kern/format.hpp"
@@ -24,46 +25,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-json alsJson(const Posten& p) {
-    json j;
-    j["pfad"] = p.pfad;
-    j["bytes"] = p.bytes;
-    j["art"] = std::string(rohwert(p.art));
-    j["imPapierkorb"] = p.imPapierkorb ? json(*p.imPapierkorb) : json(nullptr);
-    j["fehler"] = p.fehler ? json(*p.fehler) : json(nullptr);
-    j["zurueckgelegt"] = p.zurueckgelegt;
-    return j;
-}
-
-json alsJson(const Runde& r) {
-    json j;
-    j["id"] = r.id;
-    j["titel"] = r.titel;
-    j["datum"] = isoZeit(r.datum);
-    j["freiVorher"] = r.freiVorher;
-    j["freiNachher"] = r.freiNachher;
-    json posten = json::array();
-    for (const auto& p : r.posten) posten.push_back(alsJson(p));
-    j["posten"] = std::move(posten);
-    j["probelauf"] = r.probelauf;
-    j["gewonnen"] = r.gewonnen();
-    j["erwartet"] = r.erwartet();
-    j["imPapierkorbBytes"] = r.imPapierkorbBytes();
-    j["kannRueckgaengig"] = r.kannRueckgaengig();
-    return j;
-}
-
-json alsJson(const Bestaetigung& b) {
-    json zeilen = json::array();
-    for (const auto& z : b.zeilen)
-        zeilen.push_back({{"art", std::string(rohwert(z.art))}, {"symbol", z.symbol}, {"farbe", z.farbe},
-                          {"anzahl", z.anzahl}, {"titel", z.titel}, {"bytes", z.bytes}, {"text", z.text}});
-    return json{{"zeilen", zeilen},         {"anzahl", b.anzahl},
-                {"bytes", b.bytes},         {"teile", b.teile},
-                {"hinweis", b.hinweis},     {"laufendeBesitzer", b.laufendeBesitzer},
-                {"warnungen", b.warnungen}};
-}
-
 std::string ortszeit(Zeitpunkt t) {
     const std::time_t s = std::chrono::system_clock::to_time_t(t);
     std::tm tm{};
@@ -75,79 +36,6 @@ std::string ortszeit(Zeitpunkt t) {
 
 void meldeVerlauf(const Verlauf& v) {
     if (const auto h = v.hinweis()) warnung(*h);
-}
-
-void warneUnlesbar(const Verlauf& v) {
-    if (v.warUnlesbar())
-        warnung("Der Verlauf „" + v.datei().native() +
-                "“ ist nicht lesbar. Er wird beim nächsten Speichern beiseitegelegt, nicht überschrieben.");
-}
-
-// The confirmation as the sheet words it; on stderr when stdout carries JSON.
-void zeigeBestaetigung(const Bestaetigung& b, const std::vector<Fund>& funde, const Kontext& k) {
-    FILE* aus = k.json ? stderr : stdout;
-    for (const auto& z : b.zeilen) {
-        std::fprintf(aus, "%s  %s\n", z.titel.c_str(), alsBytes(z.bytes).c_str());
-        std::fprintf(aus, "  %s\n", z.text.c_str());
-        for (const auto& f : funde)
-            if (f.art == z.art)
-                std::fprintf(aus, "    %10s  %s\n", alsBytes(f.bytes).c_str(), kurzerPfad(f.url, k.home).c_str());
-    }
-    std::fprintf(aus, "Zusammen %s %s\n", alsBytes(b.bytes).c_str(), b.teile.c_str());
-    std::fprintf(aus, "%s\n", b.hinweis.c_str());
-    for (const auto& w : b.warnungen) std::fprintf(aus, "! %s\n", w.c_str());
-    std::fflush(aus);
-}
-
-// true: go on. Asks unless --ja; without a terminal there is nobody to ask.
-bool bestaetigt(bool ja) {
-    if (ja) return true;
-    if (::isatty(0) != 1) {
-        fehler("Keine Rückfrage möglich (kein Terminal). Mit --ja bestätigen – nichts wurde angefasst.");
-        return false;
-    }
-    if (!frage("Fortfahren?")) {
-        fehler("Abgebrochen – nichts wurde angefasst.");
-        return false;
-    }
-    return true;
-}
-
-int fuehreAus(const std::vector<Fund>& funde, const std::string& titel, bool probelauf, bool ja, const Kontext& k,
-              Verlauf& verlauf) {
-    const auto laeuft = laufTest();
-    const Bestaetigung b = bestaetigung(funde, laeuft);
-    zeigeBestaetigung(b, funde, k);
-    if (!probelauf && !bestaetigt(ja)) return 1;
-
-    Entsorger entsorger(SafetyGuard(k.home, k.temp), verlauf, probelauf, laeuft);
-    Fortschritt fortschritt;
-    entsorger.fortschritt = [&](size_t i, size_t n, const Posten& p) {
-        fortschritt.zeige(fmt::format("{} von {}: {}", i + 1, n, kurzerPfad(p.pfad, k.home)));
-    };
-    const Runde r = entsorger.entsorge(funde, titel, k.home);
-    fortschritt.fertig();
-    meldeVerlauf(verlauf);
-
-    const std::string erkl = erklaerung(r, k.home);
-    if (k.json) {
-        json j = alsJson(r);
-        j["erklaerung"] = erkl;
-        j["bestaetigung"] = alsJson(b);
-        druckeJson(j);
-        return 0;
-    }
-    if (r.probelauf) std::printf("\nProbelauf – nichts wurde angefasst.\n");
-    for (const auto& p : r.posten)
-        if (p.fehler) std::printf("  ✗ %s: %s\n", kurzerPfad(p.pfad, k.home).c_str(), p.fehler->c_str());
-    std::printf("\nFreier Platz: %s\n", alsBytes(r.freiNachher).c_str());
-    std::printf("Gewonnen: %s %s\n", alsBytes(r.gewonnen()).c_str(), r.probelauf ? "erwartet" : "gemessen");
-    std::printf("%s\n", erkl.c_str());
-    if (!r.probelauf) {
-        std::printf("Runde %s\n", r.id.c_str());
-        if (r.kannRueckgaengig()) std::printf("Rückgängig: hainbrem rueckgaengig %s\n", r.id.c_str());
-    }
-    return 0;
 }
 
 // ---------------------------------------------------------------- aufraeumen
@@ -189,7 +77,7 @@ int aufraeumen(const Kontext& k) {
         return 0;
     }
     const std::string rundenTitel = titel.size() == 1 ? titel.front() : "Aufräumen: " + std::to_string(titel.size()) + " Regeln";
-    return fuehreAus(funde, rundenTitel, aufraeumenOpt.probelauf, aufraeumenOpt.ja, k, verlauf);
+    return fuehreRundeAus(funde, rundenTitel, {aufraeumenOpt.probelauf, aufraeumenOpt.ja}, k, verlauf);
 }
 
 const bool aufraeumenRegistriert = registriere({
@@ -245,7 +133,7 @@ int entsorgen(const Kontext& k) {
     warneUnlesbar(verlauf);
     const std::string titel =
         funde.size() == 1 ? "Entsorgen: " + funde.front().name() : std::to_string(funde.size()) + " Pfade entsorgen";
-    const int s = fuehreAus(funde, titel, entsorgenOpt.probelauf, entsorgenOpt.ja, k, verlauf);
+    const int s = fuehreRundeAus(funde, titel, {entsorgenOpt.probelauf, entsorgenOpt.ja}, k, verlauf);
     return s ? s : status;
 }
 

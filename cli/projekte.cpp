@@ -9,6 +9,7 @@
 
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
+#include "cli/runde.hpp"
 #include "kern/bestaetigung.hpp"
 #include "kern/entsorger.hpp"
 #include "kern/format.hpp"
@@ -42,83 +43,10 @@ std::string klein(std::string s) {
 
 // ------------------------------------------------------- removal: confirmation, disposer, history
 
-void zeigeBestaetigung(const Bestaetigung& b, const std::vector<Fund>& funde, const Kontext& k) {
-    FILE* aus = k.json ? stderr : stdout;
-    for (const auto& z : b.zeilen) {
-        std::fprintf(aus, "%s  %s\n  %s\n", z.titel.c_str(), alsBytes(z.bytes).c_str(), z.text.c_str());
-        for (const auto& f : funde)
-            if (f.art == z.art)
-                std::fprintf(aus, "    %10s  %s\n", alsBytes(f.bytes).c_str(), kurzerPfad(f.url, k.home).c_str());
-    }
-    std::fprintf(aus, "Zusammen %s %s\n%s\n", alsBytes(b.bytes).c_str(), b.teile.c_str(), b.hinweis.c_str());
-    for (const auto& w : b.warnungen) std::fprintf(aus, "! %s\n", w.c_str());
-    std::fflush(aus);
-}
-
-bool bestaetigt(bool ja) {
-    if (ja) return true;
-    if (::isatty(0) != 1) {
-        fehler("Keine Rückfrage möglich (kein Terminal). Mit --ja bestätigen – nichts wurde angefasst.");
-        return false;
-    }
-    if (!frage("Fortfahren?")) {
-        fehler("Abgebrochen – nichts wurde angefasst.");
-        return false;
-    }
-    return true;
-}
-
-json rundeJson(const Runde& r, const std::string& erklaerungText) {
-    json posten = json::array();
-    for (const auto& p : r.posten)
-        posten.push_back({{"pfad", p.pfad},
-                          {"bytes", p.bytes},
-                          {"art", std::string(rohwert(p.art))},
-                          {"imPapierkorb", p.imPapierkorb ? json(*p.imPapierkorb) : json(nullptr)},
-                          {"fehler", p.fehler ? json(*p.fehler) : json(nullptr)},
-                          {"zurueckgelegt", p.zurueckgelegt}});
-    return json{{"id", r.id},
-                {"titel", r.titel},
-                {"datum", isoZeit(r.datum)},
-                {"freiVorher", r.freiVorher},
-                {"freiNachher", r.freiNachher},
-                {"posten", posten},
-                {"probelauf", r.probelauf},
-                {"gewonnen", r.gewonnen()},
-                {"erwartet", r.erwartet()},
-                {"imPapierkorbBytes", r.imPapierkorbBytes()},
-                {"kannRueckgaengig", r.kannRueckgaengig()},
-                {"erklaerung", erklaerungText}};
-}
-
 int entsorge(const std::vector<Fund>& funde, const std::string& titel, bool probelauf, bool ja, const Kontext& k) {
-    const auto laeuft = laufTest();
-    zeigeBestaetigung(bestaetigung(funde, laeuft), funde, k);
-    if (!probelauf && !bestaetigt(ja)) return 1;
     Verlauf verlauf(Verlauf::standardDatei(k.home));
-    if (verlauf.warUnlesbar())
-        warnung("Der Verlauf „" + verlauf.datei().native() +
-                "“ ist nicht lesbar. Er wird beim nächsten Speichern beiseitegelegt, nicht überschrieben.");
-    Entsorger entsorger(SafetyGuard(k.home, k.temp), verlauf, probelauf, laeuft);
-    Fortschritt fortschritt;
-    entsorger.fortschritt = [&](size_t i, size_t n, const Posten& p) {
-        fortschritt.zeige(fmt::format("{} von {}: {}", i + 1, n, kurzerPfad(p.pfad, k.home)));
-    };
-    const Runde r = entsorger.entsorge(funde, titel, k.home);
-    fortschritt.fertig();
-    if (const auto h = verlauf.hinweis()) warnung(*h);
-    const std::string erkl = erklaerung(r, k.home);
-    if (k.json) {
-        druckeJson(rundeJson(r, erkl));
-        return r.fehlerAnzahl() == 0 ? 0 : 1;
-    }
-    if (r.probelauf) std::printf("\nProbelauf – nichts wurde angefasst.\n");
-    for (const auto& p : r.posten)
-        if (p.fehler) std::printf("  ✗ %s: %s\n", kurzerPfad(p.pfad, k.home).c_str(), p.fehler->c_str());
-    std::printf("\nGewonnen: %s %s\n%s\n", alsBytes(r.gewonnen()).c_str(), r.probelauf ? "erwartet" : "gemessen",
-                erkl.c_str());
-    if (!r.probelauf && r.kannRueckgaengig()) std::printf("Rückgängig: hainbrem rueckgaengig %s\n", r.id.c_str());
-    return r.fehlerAnzahl() == 0 ? 0 : 1;
+    warneUnlesbar(verlauf);
+    return fuehreRundeAus(funde, titel, {probelauf, ja}, k, verlauf);
 }
 
 // ---------------------------------------------------------------- projekte

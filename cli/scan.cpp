@@ -13,6 +13,7 @@
 
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
+#include "cli/runde.hpp"
 #include "kern/bestaetigung.hpp"
 #include "kern/duplikate.hpp"
 #include "kern/entsorger.hpp"
@@ -283,40 +284,11 @@ int entsorgeKopien(const std::vector<DuplikatGruppe>& gruppen, const Kontext& k)
         std::fprintf(stderr, "Nichts aufzuräumen.\n");
         return 0;
     }
-    const auto laeuft = laufTest();
-    const Bestaetigung b = bestaetigung(funde, laeuft);
-    FILE* aus = k.json ? stderr : stdout;
-    std::fprintf(aus, "\n");
-    for (const auto& z : b.zeilen) std::fprintf(aus, "%s  %s\n  %s\n", z.titel.c_str(), alsBytes(z.bytes).c_str(), z.text.c_str());
-    std::fprintf(aus, "Zusammen %s %s\n%s\n", alsBytes(b.bytes).c_str(), b.teile.c_str(), b.hinweis.c_str());
-    for (const auto& w : b.warnungen) std::fprintf(aus, "! %s\n", w.c_str());
-    std::fflush(aus);
-    if (!dupOpt.probelauf && !dupOpt.ja) {
-        if (::isatty(0) != 1)
-            return fehler("Keine Rückfrage möglich (kein Terminal). Mit --ja bestätigen – nichts wurde angefasst.");
-        if (!frage("Alle Kopien außer der vorgeschlagenen in den Papierkorb legen?"))
-            return fehler("Abgebrochen – nichts wurde angefasst.");
-    }
     Verlauf verlauf(Verlauf::standardDatei(k.home));
-    Entsorger entsorger(SafetyGuard(k.home, k.temp), verlauf, dupOpt.probelauf, laeuft);
-    Fortschritt anzeige;
-    entsorger.fortschritt = [&](size_t i, size_t n, const Posten& p) {
-        anzeige.zeige(fmt::format("{} von {}: {}", i + 1, n, kurzerPfad(p.pfad, k.home)));
-    };
-    const Runde r = entsorger.entsorge(funde, "Doppelte Dateien", k.home);
-    anzeige.fertig();
-    if (const auto h = verlauf.hinweis()) warnung(*h);
-    int fehlgeschlagen = 0;
-    for (const auto& p : r.posten)
-        if (p.fehler) {
-            ++fehlgeschlagen;
-            std::fprintf(aus, "  ✗ %s: %s\n", kurzerPfad(p.pfad, k.home).c_str(), p.fehler->c_str());
-        }
-    if (r.probelauf) std::fprintf(aus, "Probelauf – nichts wurde angefasst.\n");
-    std::fprintf(aus, "%s\n", erklaerung(r, k.home).c_str());
-    if (!r.probelauf && r.kannRueckgaengig())
-        std::fprintf(aus, "Rückgängig: hainbrem rueckgaengig %s\n", r.id.c_str());
-    return fehlgeschlagen > 0 ? 1 : 0;
+    warneUnlesbar(verlauf);
+    return fuehreRundeAus(funde, "Doppelte Dateien",
+                          {dupOpt.probelauf, dupOpt.ja, "Alle Kopien außer der vorgeschlagenen in den Papierkorb legen?"},
+                          k, verlauf);
 }
 
 int duplikate(const Kontext& k) {
