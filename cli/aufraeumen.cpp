@@ -109,11 +109,21 @@ int entsorgen(const Kontext& k) {
     std::vector<Fund> funde;
     int status = 0;
     for (const auto& roh : entsorgenOpt.pfade) {
+        // The folder part is resolved as the kernel (and the guard) resolve it, so "link/.." means
+        // what the shell means; the last part is kept as written, so a link is taken as the link.
+        std::string text = roh;
+        while (text.size() > 1 && text.back() == '/') text.pop_back();
+        const fs::path gegeben(text);
+        const std::string name = gegeben.filename().native();
+        if (name.empty() || name == "." || name == ".." || text == "/") {
+            status = fehler("„" + roh + "“ nennt keine Datei und keinen Ordner.");
+            continue;
+        }
         std::error_code e;
-        const fs::path url = (fs::path(roh).is_absolute() ? fs::path(roh) : fs::current_path(e) / roh).lexically_normal();
-        const fs::path ohneSchraegstrich = url.has_filename() ? url : url.parent_path();
+        const fs::path eltern = fs::canonical(gegeben.has_parent_path() ? gegeben.parent_path() : fs::path("."), e);
+        const fs::path ohneSchraegstrich = eltern / name;
         struct stat st;
-        if (::lstat(ohneSchraegstrich.c_str(), &st) != 0) {
+        if (e || ::lstat(ohneSchraegstrich.c_str(), &st) != 0) {
             status = fehler("„" + roh + "“ gibt es nicht.");
             continue;
         }
