@@ -186,53 +186,49 @@ TEST_F(TiefenscanGrenzen, KandidatenNurImHomeAusserhalbVonLibrary) {
     }
 }
 
+// One walk of a subtree with fresh state.
+struct Gang {
+    Tiefenscan::Lauf lauf;
+    Tiefenscan::Sammler sammler;
+    ScanFortschritt f;
+    Knoten::Zeiger operator()(const fs::path& p) { return Tiefenscan::walk(p.native(), lauf, sammler, f); }
+};
+
 TEST(Tiefenscan, DreihundertKinderAberAllesGezaehlt) {
     Testordner t;
     const fs::path viele = t.pfad() / "viele";
     for (int i = 0; i < 400; ++i)
         belegteDatei(viele / ("o" + std::to_string(i)) / "f", (i < 100 ? 245 : 246) * block);
-    Tiefenscan::Lauf lauf;
-    Tiefenscan::Sammler sammler;
-    ScanFortschritt f;
-    const auto k = Tiefenscan::walk(viele.native(), lauf, sammler, f);
+    Gang gang;
+    const auto k = gang(viele);
     ASSERT_TRUE(k);
     EXPECT_EQ(k->kinder.size(), 300u);
     EXPECT_EQ(k->bytes, duSumme(viele));
     EXPECT_EQ(k->dateien, 400);
     EXPECT_GT(k->kleinkram(), 0);  // the 100 that were left out
     for (const auto& c : k->kinder) EXPECT_EQ(c->bytes, 246 * block + belegtLaut(viele / "o0"));
-    EXPECT_EQ(f.dateien.load(), 400);
-    EXPECT_EQ(f.bytes.load(), k->bytes);
+    EXPECT_EQ(gang.f.dateien.load(), 400);
+    EXPECT_EQ(gang.f.bytes.load(), k->bytes);
 }
 
-TEST(Tiefenscan, HardlinksInEinemGangEinmal) {
+TEST(Tiefenscan, HardlinksEinmalDateiAlsWurzelUnlesbareWurzel) {
     Testordner t;
     const fs::path o = t.pfad() / "o";
     belegteDatei(o / "a", 6000 * block);
     fs::create_hard_link(o / "a", o / "b");
-    Tiefenscan::Lauf lauf;
-    Tiefenscan::Sammler sammler;
-    ScanFortschritt f;
-    const auto k = Tiefenscan::walk(o.native(), lauf, sammler, f);
+    Gang gang;
+    const auto k = gang(o);
     ASSERT_TRUE(k);
     EXPECT_EQ(k->bytes, 6000 * block + belegtLaut(o));
     EXPECT_EQ(k->dateien, 2);
     EXPECT_EQ(k->kinder.size(), 1u);  // the second name adds 0 bytes and is no node
-}
 
-TEST(Tiefenscan, WalkAufDateiUndUnlesbareWurzel) {
-    Testordner t;
-    const fs::path d = belegteDatei(t.pfad() / "d.bin", 20 * block);
-    Tiefenscan::Lauf lauf;
-    Tiefenscan::Sammler sammler;
-    ScanFortschritt f;
-    const auto k = Tiefenscan::walk(d.native(), lauf, sammler, f);
-    ASSERT_TRUE(k);
-    EXPECT_FALSE(k->istOrdner);
-    EXPECT_EQ(k->bytes, 20 * block);
-    EXPECT_EQ(k->dateien, 1);
-    EXPECT_FALSE(Tiefenscan::walk((t.pfad() / "fehlt").native(), lauf, sammler, f));
-    EXPECT_EQ(sammler.unlesbar, 1);
+    const auto d = gang(belegteDatei(t.pfad() / "d.bin", 20 * block));
+    ASSERT_TRUE(d);
+    EXPECT_FALSE(d->istOrdner);
+    EXPECT_EQ(d->bytes, 20 * block);
+    EXPECT_FALSE(gang(t.pfad() / "fehlt"));
+    EXPECT_EQ(gang.sammler.unlesbar, 1);
 }
 
 TEST(Tiefenscan, OhneVollzugriffWerdenContainerAusgelassen) {
@@ -308,14 +304,10 @@ TEST(Tiefenscan, UnlesbarerOrdnerAlsNobody) {
     EXPECT_EQ(j["unlesbar"], 1);
     EXPECT_TRUE(j["wurzel"]["unvollstaendig"]);
     EXPECT_EQ(j["wurzel"]["pfad"], h.native());
-    bool offenGefunden = false;
-    for (const auto& k : j["wurzel"]["kinder"]) {
-        if (k["name"] == "offen") {
-            offenGefunden = true;
-            EXPECT_FALSE(k["unvollstaendig"]);
-        }
-    }
-    EXPECT_TRUE(offenGefunden);
+    const auto& kinder = j["wurzel"]["kinder"];
+    const auto offen = std::find_if(kinder.begin(), kinder.end(), [](const auto& k) { return k["name"] == "offen"; });
+    ASSERT_NE(offen, kinder.end());
+    EXPECT_FALSE((*offen)["unvollstaendig"]);
 }
 
 TEST(Knoten, DazuKleinkramWegUndFinde) {
@@ -334,9 +326,6 @@ TEST(Knoten, DazuKleinkramWegUndFinde) {
     EXPECT_TRUE(w->unvollstaendig);
     EXPECT_EQ(w->kleinkram(), 5);
     EXPECT_EQ(a->kleinkram(), 10);
-    EXPECT_FALSE(w->istVirtuell());
-    EXPECT_TRUE(Knoten("Rest", "#rest", true).istVirtuell());
-
     const auto weg = w->weg("/w/a/b");
     ASSERT_TRUE(weg);
     ASSERT_EQ(weg->size(), 2u);
@@ -354,7 +343,6 @@ TEST(Tiefenscan, PaketEndungen) {
         EXPECT_TRUE(Tiefenscan::istPaketName(n)) << n;
     for (const char* n : {"app", ".app", "Foto.apps", "Foto.", "foto_app", "a.txt"})
         EXPECT_FALSE(Tiefenscan::istPaketName(n)) << n;
-    EXPECT_EQ(Tiefenscan::paketEndungen.size(), 27u);
 }
 
 TEST(Tiefenscan, EinhaengeTabelle) {
