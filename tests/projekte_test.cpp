@@ -1,7 +1,6 @@
 #include "kern/projekte.hpp"
 
 #include <gtest/gtest.h>
-#include <plist/plist.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -136,14 +135,10 @@ TEST(Projekte, VorauswahlErstNachMehrAlsDreissigTagen) {
     EXPECT_TRUE(funde[1].fund.vorgewaehlt);
     for (const auto& b : funde) {
         EXPECT_EQ(b.fund.art, Entsorgung::loeschen);
-        EXPECT_FALSE(b.fund.besitzer);
-        EXPECT_FALSE(b.fund.datum);
-        EXPECT_FALSE(b.fund.titel);
         EXPECT_EQ(b.projekt, b.fund.url.parent_path());
         ASSERT_TRUE(b.zuletzt);
-        EXPECT_GT(b.fund.bytes, 4000);
     }
-    EXPECT_GT(funde[0].fund.bytes, funde[1].fund.bytes);
+    EXPECT_GT(funde[1].fund.bytes, 4000);
     const auto alter = std::chrono::system_clock::now() - *funde[1].zuletzt;
     EXPECT_GT(alter, std::chrono::hours(24 * 30));
     EXPECT_LT(alter, std::chrono::hours(24 * 32));
@@ -276,7 +271,7 @@ TEST(Dienste, DesktopEintraege) {
     EXPECT_TRUE(Dienste::ausDesktopEintrag("Exec=/ohne/gruppe\n", home).empty());
 }
 
-TEST(Dienste, LaunchAgentXmlUndBinaer) {
+TEST(Dienste, LaunchAgent) {
     const std::string xml = R"(<?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0"><dict>
 <key>Label</key><string>com.example.srv</string>
@@ -287,25 +282,9 @@ TEST(Dienste, LaunchAgentXmlUndBinaer) {
 </dict></plist>)";
     const std::vector<std::string> erwartet{"/Users/ich/Projects/srv/bin/srv", "/usr/local/bin/node",
                                             "/Users/ich/Projects/srv/conf", "/Users/ich/Projects/srv"};
-    const auto ausXml = Eigenschaftsliste::ausSpeicher(xml);
-    ASSERT_TRUE(ausXml);
-    EXPECT_EQ(Dienste::ausLaunchAgent(ausXml->wurzel()), erwartet);
-
-    plist_t p = nullptr;
-    plist_from_xml(xml.data(), static_cast<uint32_t>(xml.size()), &p);
-    ASSERT_TRUE(p);
-    char* bin = nullptr;
-    uint32_t laenge = 0;
-    plist_to_bin(p, &bin, &laenge);
-    plist_free(p);
-    ASSERT_TRUE(bin);
-    const std::string binaer(bin, laenge);
-    std::free(bin);
-    ASSERT_TRUE(binaer.starts_with("bplist00"));
-    const auto ausBin = Eigenschaftsliste::ausSpeicher(binaer);
-    ASSERT_TRUE(ausBin);
-    EXPECT_EQ(Dienste::ausLaunchAgent(ausBin->wurzel()), erwartet);
-
+    const auto agent = Eigenschaftsliste::ausSpeicher(xml);
+    ASSERT_TRUE(agent);
+    EXPECT_EQ(Dienste::ausLaunchAgent(agent->wurzel()), erwartet);
     const auto liste = Eigenschaftsliste::ausSpeicher(
         R"(<?xml version="1.0"?><plist version="1.0"><array><string>/x</string></array></plist>)");
     ASSERT_TRUE(liste);
@@ -326,20 +305,19 @@ TEST(Dienste, UnlesbareDateienTragenNichtsBei) {
 }
 
 TEST(Dienste, LiegtIn) {
-    EXPECT_TRUE(Dienste::liegtIn("/a/b", "/a/b"));
-    EXPECT_TRUE(Dienste::liegtIn("/a/b/c", "/a/b"));
-    EXPECT_TRUE(Dienste::liegtIn("/a/b/c", "/a/b/"));
-    EXPECT_FALSE(Dienste::liegtIn("/a/bc", "/a/b"));
-    EXPECT_FALSE(Dienste::liegtIn("/a", "/a/b"));
-    EXPECT_FALSE(Dienste::liegtIn("/a", ""));
+    struct {
+        const char *pfad, *ordner;
+        bool drin;
+    } faelle[] = {{"/a/b", "/a/b", true},  {"/a/b/c", "/a/b", true}, {"/a/b/c", "/a/b/", true},
+                  {"/a/bc", "/a/b", false}, {"/a", "/a/b", false},   {"/a", "", false}};
+    for (const auto& f : faelle) EXPECT_EQ(Dienste::liegtIn(f.pfad, f.ordner), f.drin) << f.pfad << " in " << f.ordner;
 }
-
 
 // ---------------------------------------------------------------- the command
 
-std::string befehl(const Welt& w, const std::string& argumente, int* status) {
+std::string befehl(const Welt& w, const std::string& argumente, int* status, const std::string& als = "") {
     return test::laufe("env -u XDG_DATA_HOME HOME=" + w.home.native() + " TMPDIR=" + w.umgebung.temp.native() + " " +
-                           HAINBREM_BINARY + " " + argumente + " </dev/null 2>/dev/null",
+                           als + HAINBREM_BINARY + " " + argumente + " </dev/null 2>/dev/null",
                        status);
 }
 
@@ -385,13 +363,9 @@ TEST(ProjekteBefehl, UnlesbareOrdnerWerdenStillUebersprungen) {
     const fs::path offen = w.projekt("Projects/offen", "node_modules", "package.json");
     ::chmod(zu.c_str(), 0);
     int status = -1;
-    const std::string aus = test::laufe("env -u XDG_DATA_HOME HOME=" + w.home.native() + " TMPDIR=" +
-                                            w.umgebung.temp.native() +
-                                            " setpriv --reuid=nobody --regid=nogroup --clear-groups " +
-                                            HAINBREM_BINARY + " --json projekte </dev/null 2>/dev/null",
-                                        &status);
+    const auto liste = nlohmann::json::parse(
+        befehl(w, "--json projekte", &status, "setpriv --reuid=nobody --regid=nogroup --clear-groups "));
     EXPECT_EQ(status, 0);
-    const auto liste = nlohmann::json::parse(aus);
     ASSERT_EQ(liste.size(), 1u);
     EXPECT_EQ(liste[0]["pfad"], (offen / "node_modules").native());
 }
