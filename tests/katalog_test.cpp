@@ -252,9 +252,10 @@ TEST(KatalogPruefe, TestHomeVollstaendig) {
     }
 }
 
-nlohmann::json pruefenAlsJson(const MacHome& h, int* status) {
-    const std::string befehl = "HOME='" + h.home().native() + "' TMPDIR='" + h.temp().native() + "' XDG_DATA_HOME= '" +
-                               std::string(HAINBREM_BINARY) + "' --json pruefen 2>/dev/null";
+// `vorne` goes before the binary, e.g. to run it as another user.
+nlohmann::json pruefenAlsJson(const MacHome& h, int* status, const std::string& vorne = "") {
+    const std::string befehl = "HOME='" + h.home().native() + "' TMPDIR='" + h.temp().native() + "' XDG_DATA_HOME= " +
+                               vorne + "'" + std::string(HAINBREM_BINARY) + "' --json pruefen 2>/dev/null";
     return nlohmann::json::parse(test::laufe(befehl, status), nullptr, false);
 }
 
@@ -316,10 +317,7 @@ TEST(KatalogBefehl, UnlesbareOrdnerErgebenKeineFundeUndKeinenFehler) {
     const MacHome h(t);
     ::chmod((h.home() / "Library/Caches").c_str(), 0700);
     int status = -1;
-    const std::string befehl = "HOME='" + h.home().native() + "' TMPDIR='" + h.temp().native() +
-                               "' XDG_DATA_HOME= setpriv --reuid=nobody --regid=nogroup --clear-groups '" +
-                               std::string(HAINBREM_BINARY) + "' --json pruefen 2>/dev/null";
-    const auto j = nlohmann::json::parse(test::laufe(befehl, &status), nullptr, false);
+    const auto j = pruefenAlsJson(h, &status, "setpriv --reuid=nobody --regid=nogroup --clear-groups ");
     EXPECT_EQ(status, 0);
     ASSERT_TRUE(j.is_array()) << j.dump();
     std::set<std::string> ids;
@@ -334,15 +332,13 @@ TEST(KatalogBefehl, UnlesbareOrdnerErgebenKeineFundeUndKeinenFehler) {
     EXPECT_TRUE(ids.contains("xcode-derived"));
 }
 
-TEST(KatalogBefehl, RegelnListetAlle21MitTexten) {
+TEST(KatalogBefehl, RegelnListetAlleMitTexten) {
     int status = -1;
     const auto j = nlohmann::json::parse(test::laufe(std::string("'") + HAINBREM_BINARY + "' --json regeln", &status),
                                          nullptr, false);
     EXPECT_EQ(status, 0);
     ASSERT_TRUE(j.is_array());
-    ASSERT_EQ(j.size(), 21u);
-    EXPECT_EQ(j[0]["id"], "programm-caches");
-    EXPECT_EQ(j[20]["id"], "installer");
+    EXPECT_EQ(j.size(), Katalog::regeln().size());
     for (const auto& r : j)
         for (const char* s : {"was", "warumSicher", "danach"}) EXPECT_FALSE(r[s].get<std::string>().empty());
 
