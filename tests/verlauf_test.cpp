@@ -83,18 +83,24 @@ TEST(VerlaufTest, DateiformatGenauUndZurueckGleich) {
     EXPECT_EQ(zurueck->front(), beispiel());
 }
 
-TEST(VerlaufTest, StrengesLesen) {
+// Strict reading. Hand-edited numbers too: negative free space or sizes, or sums no int64 holds,
+// make the file unreadable instead of ending the process when a round's gain or sums are shown.
+TEST(VerlaufTest, StrengesLesenAuchDerZahlen) {
     const std::string gut = Verlauf::kodiere({beispiel()});
     auto ohne = [&](const std::string& was) {
         std::string s = gut;
         s.erase(s.find(was), was.size());
         return s;
     };
-    auto ersetzt = [&](const std::string& was, const std::string& durch) {
+    auto ersetzt = [&](std::vector<std::pair<std::string, std::string>> paare) {
         std::string s = gut;
-        s.replace(s.find(was), was.size(), durch);
+        for (const auto& [was, durch] : paare) s.replace(s.find(was), was.size(), durch);
         return s;
     };
+    const std::string min = "-9223372036854775808", max = "9223372036854775807";
+    const std::string datum = "2026-11-15T20:35:00Z", bytes = "\"bytes\": 4096";
+    const std::string vorher = "\"freiVorher\": 1000", nachher = "\"freiNachher\": 5000";
+    const std::string gewinnUeber = ersetzt({{vorher, "\"freiVorher\": " + min}, {nachher, "\"freiNachher\": " + max}});
     struct Fall {
         const char* name;
         std::string text;
@@ -105,17 +111,43 @@ TEST(VerlaufTest, StrengesLesen) {
         {"gut", gut, true},
         {"ohne zurueckgelegt", ohne(",\n        \"zurueckgelegt\": false\n      }\n    ],"), false},
         {"ohne probelauf", ohne(",\n    \"probelauf\": false"), false},
-        {"unbekannte art", ersetzt("\"loeschen\"", "\"verbrennen\""), false},
-        {"datum ohne Z", ersetzt("2026-11-15T20:35:00Z", "2026-11-15T20:35:00"), false},
-        {"datum kein Tag", ersetzt("2026-11-15T20:35:00Z", "2026-02-30T20:35:00Z"), false},
-        {"bytes als Text", ersetzt("\"bytes\": 4096", "\"bytes\": \"4096\""), false},
-        {"bytes zu groß", ersetzt("\"bytes\": 4096", "\"bytes\": 9223372036854775808"), false},
-        {"id keine UUID", ersetzt("0F5C2B8E-2D1A-4C3B-9E7F-1A2B3C4D5E6F", "runde-1"), false},
+        {"unbekannte art", ersetzt({{"\"loeschen\"", "\"verbrennen\""}}), false},
+        {"datum ohne Z", ersetzt({{datum, "2026-11-15T20:35:00"}}), false},
+        {"datum kein Tag", ersetzt({{datum, "2026-02-30T20:35:00Z"}}), false},
+        {"bytes als Text", ersetzt({{bytes, "\"bytes\": \"4096\""}}), false},
+        {"bytes zu groß", ersetzt({{bytes, "\"bytes\": 9223372036854775808"}}), false},
+        {"id keine UUID", ersetzt({{"0F5C2B8E-2D1A-4C3B-9E7F-1A2B3C4D5E6F", "runde-1"}}), false},
         {"kein JSON", "[{", false},
         {"kein Feld", "{}", false},
-        {"ungültige Base64", ersetzt("\"pfad\": \"/h/.cache/a\",", "\"pfad\": \"x\", \"pfadBase64\": \"%%%\","), false},
+        {"ungültige Base64", ersetzt({{"\"pfad\": \"/h/.cache/a\",", "\"pfad\": \"x\", \"pfadBase64\": \"%%%\","}}),
+         false},
+        {"freiVorher negativ", ersetzt({{vorher, "\"freiVorher\": -1"}}), false},
+        {"freiNachher negativ", ersetzt({{nachher, "\"freiNachher\": -5"}}), false},
+        {"Gewinn läuft über", gewinnUeber, false},
+        {"bytes negativ", ersetzt({{bytes, "\"bytes\": -4096"}}), false},
+        {"Summe läuft über", ersetzt({{bytes, "\"bytes\": " + max}}), false},
+        {"Summe genau am Rand", ersetzt({{bytes, "\"bytes\": 9223372036854767615"}}), true},
+        {"größter Gewinn", ersetzt({{vorher, "\"freiVorher\": 0"}, {nachher, "\"freiNachher\": " + max}}), true},
     };
-    for (const auto& f : faelle) EXPECT_EQ(Verlauf::dekodiere(f.text).has_value(), f.lesbar) << f.name;
+    for (const auto& f : faelle) {
+        const auto runden = Verlauf::dekodiere(f.text);
+        EXPECT_EQ(runden.has_value(), f.lesbar) << f.name;
+        if (!runden) continue;
+        for (const auto& r : *runden) {  // all of these stay in range
+            EXPECT_GE(r.erwartet(), 0) << f.name;
+            EXPECT_GE(r.imPapierkorbBytes(), 0) << f.name;
+            EXPECT_GE(r.gewonnen(), 0) << f.name;
+        }
+    }
+
+    // the CLI reports such a file as unreadable rather than aborting
+    Testordner t;
+    const fs::path home = t.ordner("home");
+    schreibe(Verlauf::standardDatei(home), gewinnUeber);
+    int status = -1;
+    const std::string aus = test::laufe("HOME='" + home.native() + "' " HAINBREM_BINARY " verlauf 2>&1", &status);
+    EXPECT_EQ(status, 0) << aus;
+    EXPECT_NE(aus.find("nicht lesbar"), std::string::npos) << aus;
 }
 
 TEST(VerlaufTest, PfadeOhneUtf8UeberlebenDenRundgang) {
@@ -163,56 +195,6 @@ TEST(VerlaufTest, OrdnerWirdAngelegtErsetzenUnbekannterRundeAendertNichts) {
     for (const auto& e : fs::directory_iterator(datei.parent_path()))
         if (e.path().filename().native().starts_with(".")) ++dateien;
     EXPECT_EQ(dateien, 0u);
-}
-
-// Hand-edited numbers: negative free space or sizes, or sums no int64 holds, make the file
-// unreadable instead of ending the process when a round's gain or sums are shown.
-TEST(VerlaufTest, UnmoeglicheZahlenMachenDieDateiUnlesbar) {
-    const std::string gut = Verlauf::kodiere({beispiel()});
-    auto ersetzt = [&](std::vector<std::pair<std::string, std::string>> paare) {
-        std::string s = gut;
-        for (const auto& [was, durch] : paare) s.replace(s.find(was), was.size(), durch);
-        return s;
-    };
-    const std::string min = "-9223372036854775808", max = "9223372036854775807";
-    struct Fall {
-        const char* name;
-        std::string text;
-        bool lesbar;
-    };
-    const std::vector<Fall> faelle = {
-        {"freiVorher negativ", ersetzt({{"\"freiVorher\": 1000", "\"freiVorher\": -1"}}), false},
-        {"freiNachher negativ", ersetzt({{"\"freiNachher\": 5000", "\"freiNachher\": -5"}}), false},
-        {"Gewinn läuft über",
-         ersetzt({{"\"freiVorher\": 1000", "\"freiVorher\": " + min},
-                  {"\"freiNachher\": 5000", "\"freiNachher\": " + max}}),
-         false},
-        {"bytes negativ", ersetzt({{"\"bytes\": 4096", "\"bytes\": -4096"}}), false},
-        {"Summe läuft über", ersetzt({{"\"bytes\": 4096", "\"bytes\": " + max}}), false},
-        {"Summe genau am Rand", ersetzt({{"\"bytes\": 4096", "\"bytes\": 9223372036854767615"}}), true},
-        {"größter Gewinn",
-         ersetzt({{"\"freiVorher\": 1000", "\"freiVorher\": 0"}, {"\"freiNachher\": 5000", "\"freiNachher\": " + max}}),
-         true},
-    };
-    for (const auto& f : faelle) {
-        const auto runden = Verlauf::dekodiere(f.text);
-        EXPECT_EQ(runden.has_value(), f.lesbar) << f.name;
-        if (!runden) continue;
-        for (const auto& r : *runden) {  // all of these stay in range
-            EXPECT_GE(r.erwartet(), 0) << f.name;
-            EXPECT_GE(r.imPapierkorbBytes(), 0) << f.name;
-            EXPECT_GE(r.gewonnen(), 0) << f.name;
-        }
-    }
-
-    // the CLI reports such a file as unreadable rather than aborting
-    Testordner t;
-    const fs::path home = t.ordner("home");
-    schreibe(Verlauf::standardDatei(home), faelle[2].text);
-    int status = -1;
-    const std::string aus = test::laufe("HOME='" + home.native() + "' " HAINBREM_BINARY " verlauf 2>&1", &status);
-    EXPECT_EQ(status, 0) << aus;
-    EXPECT_NE(aus.find("nicht lesbar"), std::string::npos) << aus;
 }
 
 TEST(VerlaufTest, UnlesbareDateiWirdBeiseitegelegtNichtUeberschrieben) {
