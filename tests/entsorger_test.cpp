@@ -173,6 +173,13 @@ TEST(EntsorgerTest, EchtesHomeIstImTestGesperrt) {
     EXPECT_EQ(p.fehler, testSperreText);
 }
 
+std::vector<char*> zeiger(std::vector<std::string>& texte) {
+    std::vector<char*> z;
+    for (auto& s : texte) z.push_back(s.data());
+    z.push_back(nullptr);
+    return z;
+}
+
 // A round killed at any moment leaves a readable history that knows every item in the Trash.
 TEST(EntsorgerTest, AbgewuergteRundeVerliertNichts) {
     std::mt19937 zufall(4711);
@@ -185,13 +192,8 @@ TEST(EntsorgerTest, AbgewuergteRundeVerliertNichts) {
             dateien.push_back(t.datei("home/Projekte/f" + std::to_string(i) + ".txt", 10));
             argumente.push_back(dateien.back().native());
         }
-        std::vector<char*> argv;
-        for (auto& s : argumente) argv.push_back(s.data());
-        argv.push_back(nullptr);
         std::vector<std::string> umgebung = {"HOME=" + home.native(), "HAINBREM_TEST=1", "PATH=/usr/bin:/bin"};
-        std::vector<char*> envp;
-        for (auto& s : umgebung) envp.push_back(s.data());
-        envp.push_back(nullptr);
+        std::vector<char*> argv = zeiger(argumente), envp = zeiger(umgebung);
         posix_spawn_file_actions_t aktionen;
         posix_spawn_file_actions_init(&aktionen);
         posix_spawn_file_actions_addopen(&aktionen, 1, "/dev/null", O_WRONLY, 0);
