@@ -51,7 +51,7 @@ TEST(LoeschenTest, BaumMitLinksGehtGanzAusserhalbBleibt) {
     EXPECT_TRUE(fs::exists(aussen / "wichtig.txt"));
 }
 
-TEST(LoeschenTest, EinzelneEintraege) {
+TEST(LoeschenTest, EinzelneEintraegeUndPfadeOhneNamen) {
     Testordner t;
     const fs::path datei = t.datei("d.txt", 5);
     const fs::path link = t / "link";
@@ -73,6 +73,16 @@ TEST(LoeschenTest, EinzelneEintraege) {
     ASSERT_FALSE(weg.ok());
     EXPECT_EQ(weg.fehlerNummer, ENOENT);
     EXPECT_FALSE(loescheBaum("relativ/pfad").ok());
+
+    // a path without a name of its own is refused before anything is touched
+    t.datei("x/y/f", 3);
+    for (const std::string rel : {"/x/y/.", "/x/y/..", "/x/y/", "/x/.", "/x/y/./"}) {
+        const LoeschErgebnis e = loescheBaum(t.pfad().native() + rel);
+        ASSERT_FALSE(e.ok()) << rel;
+        EXPECT_EQ(e.fehlerNummer, EINVAL) << rel;
+        EXPECT_NE(e.fehler->find("Kein gültiger Pfad"), std::string::npos) << *e.fehler;
+    }
+    EXPECT_TRUE(fs::exists(t / "x/y/f"));
 }
 
 TEST(LoeschenTest, EchtesHomeIstImTestGesperrt) {
@@ -172,18 +182,6 @@ TEST(LoeschenTest, PfadWieGegebenLinkVorPunktPunkt) {
     EXPECT_TRUE(fs::exists(home / "Library/Caches/foo"));
 }
 
-TEST(LoeschenTest, PfadOhneNamenWirdAbgelehnt) {
-    Testordner t;
-    t.datei("x/y/f", 3);
-    for (const std::string rel : {"/x/y/.", "/x/y/..", "/x/y/", "/x/.", "/x/y/./"}) {
-        const LoeschErgebnis e = loescheBaum(t.pfad().native() + rel);
-        ASSERT_FALSE(e.ok()) << rel;
-        EXPECT_EQ(e.fehlerNummer, EINVAL) << rel;
-        EXPECT_NE(e.fehler->find("Kein gültiger Pfad"), std::string::npos) << *e.fehler;
-    }
-    EXPECT_TRUE(fs::exists(t / "x/y/f"));
-}
-
 // With no thread to be had (process limit reached), the calling thread does all the work.
 TEST(LoeschenTest, OhneHelferfaedenLoeschtDerAufrufendeFaden) {
     if (::geteuid() != 0) GTEST_SKIP() << "braucht root, um als nobody mit Prozessgrenze zu laufen";
@@ -247,38 +245,27 @@ protected:
             GTEST_SKIP() << "kein Einhängen möglich (mount braucht root): " << std::strerror(errno); \
     } while (false)
 
-TEST_F(LoeschenEinhaengen, GebundenerOrdnerImBaumBleibtUnangetastet) {
+TEST_F(LoeschenEinhaengen, GebundenerOrdnerOderFremdesDateisystemImBaumBleibtUnangetastet) {
     const fs::path docs = t_.ordner("home/Documents");
     t_.datei("home/Documents/kostbar.txt", 7);
-    const fs::path app = t_.ordner("home/.cache/app");
-    t_.datei("home/.cache/app/weg/f", 5);
-    t_.datei("home/.cache/app/tief/er/g", 5);
-    const fs::path daten = t_.ordner("home/.cache/app/tief/daten");
-    EINHAENGEN_ODER_UEBERSPRINGEN(docs, daten);
+    for (const std::string art : {"gebunden", "tmpfs"}) {
+        const fs::path app = t_.ordner("home/.cache/" + art);
+        t_.datei("home/.cache/" + art + "/weg/f", 5);
+        t_.datei("home/.cache/" + art + "/tief/er/g", 5);
+        const fs::path daten = t_.ordner("home/.cache/" + art + "/tief/daten");
+        EINHAENGEN_ODER_UEBERSPRINGEN(art == "gebunden" ? docs : fs::path(), daten);
+        if (art == "tmpfs") std::ofstream(daten / "kostbar.txt") << "bleibt";
 
-    const LoeschErgebnis e = loescheBaum(app);
-    ASSERT_FALSE(e.ok());
-    EXPECT_EQ(e.fehlerNummer, EXDEV);
-    EXPECT_NE(e.fehler->find("eingehängt"), std::string::npos) << *e.fehler;
-    EXPECT_NE(e.fehler->find("tief/daten"), std::string::npos) << *e.fehler;
-    EXPECT_TRUE(fs::exists(docs / "kostbar.txt"));
-    EXPECT_TRUE(fs::exists(daten / "kostbar.txt"));
-    EXPECT_FALSE(fs::exists(app / "weg"));  // the rest still goes
-    EXPECT_FALSE(fs::exists(app / "tief/er"));
-}
-
-TEST_F(LoeschenEinhaengen, FremdesDateisystemImBaumBleibtUnangetastet) {
-    const fs::path app = t_.ordner("home/.cache/app");
-    t_.datei("home/.cache/app/weg/f", 5);
-    const fs::path platte = t_.ordner("home/.cache/app/platte");
-    EINHAENGEN_ODER_UEBERSPRINGEN(fs::path(), platte);
-    std::ofstream(platte / "darauf") << "bleibt";
-
-    const LoeschErgebnis e = loescheBaum(app);
-    ASSERT_FALSE(e.ok());
-    EXPECT_NE(e.fehler->find("eingehängt"), std::string::npos) << *e.fehler;
-    EXPECT_TRUE(fs::exists(platte / "darauf"));
-    EXPECT_FALSE(fs::exists(app / "weg"));
+        const LoeschErgebnis e = loescheBaum(app);
+        ASSERT_FALSE(e.ok()) << art;
+        EXPECT_EQ(e.fehlerNummer, EXDEV) << art;
+        EXPECT_NE(e.fehler->find("eingehängt"), std::string::npos) << *e.fehler;
+        EXPECT_NE(e.fehler->find("tief/daten"), std::string::npos) << *e.fehler;
+        EXPECT_TRUE(fs::exists(docs / "kostbar.txt")) << art;
+        EXPECT_TRUE(fs::exists(daten / "kostbar.txt")) << art;
+        EXPECT_FALSE(fs::exists(app / "weg")) << art;  // the rest still goes
+        EXPECT_FALSE(fs::exists(app / "tief/er")) << art;
+    }
 }
 
 TEST_F(LoeschenEinhaengen, EintragSelbstEingehaengtWirdAbgelehnt) {
