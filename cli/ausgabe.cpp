@@ -1,5 +1,7 @@
 #include "cli/ausgabe.hpp"
 
+#include "kern/verlauf.hpp"
+
 #include <unistd.h>
 
 #include <cstdio>
@@ -32,14 +34,7 @@ std::string kurzerPfad(const std::filesystem::path& pfad, const std::filesystem:
     return p;
 }
 
-std::string isoDatum(Zeitpunkt t) {
-    const std::time_t s = std::chrono::system_clock::to_time_t(t);
-    std::tm tm{};
-    gmtime_r(&s, &tm);
-    char puffer[32];
-    std::strftime(puffer, sizeof puffer, "%Y-%m-%dT%H:%M:%SZ", &tm);
-    return puffer;
-}
+std::string isoDatum(Zeitpunkt t) { return isoZeit(t); }
 
 json datumOderNull(const std::optional<Zeitpunkt>& t) { return t ? json(isoDatum(*t)) : json(nullptr); }
 
