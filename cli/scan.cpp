@@ -73,7 +73,7 @@ TiefenscanErgebnis scanneMitAnzeige(const Kontext& k, const ScanWahl& wahl, bool
     while (aufgabe.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready) {
         if (unterbrochen.load()) stopp.request_stop();
         anzeige.zeige(fmt::format("Durchsuche … {} Dateien, {}{}",
-                                  fortschritt.dateien.load(std::memory_order_relaxed),
+                                  alsZahl(static_cast<int64_t>(fortschritt.dateien.load(std::memory_order_relaxed))),
                                   alsBytes(fortschritt.bytes.load(std::memory_order_relaxed)),
                                   stopp.stop_requested() ? " (wird abgebrochen)" : ""));
     }
@@ -188,8 +188,8 @@ int scan(const Kontext& k) {
         return 0;
     }
     const Knoten& w = *e.wurzel;
-    std::printf("%s: %s in %lld Dateien\n\n", w.istVirtuell() ? w.name.c_str() : kurzerPfad(w.pfad, k.home).c_str(),
-                alsBytes(w.bytes).c_str(), static_cast<long long>(w.dateien));
+    std::printf("%s: %s in %s Dateien\n\n", w.istVirtuell() ? w.name.c_str() : kurzerPfad(w.pfad, k.home).c_str(),
+                alsBytes(w.bytes).c_str(), alsZahl(w.dateien).c_str());
     druckeBaum(w, k, w.bytes, 0, std::max(tiefeAnzeige, 1), 15);
     std::printf("\n");
     for (const auto& c : w.kinder)

@@ -16,8 +16,13 @@ Zahlformat Zahlformat::ausLocale() {
     const char* numerisch = std::setlocale(LC_NUMERIC, nullptr);
     const std::string_view n = numerisch ? numerisch : "C";
     if (n == "C" || n == "POSIX" || n.starts_with("C.")) return f;
-    if (const std::lconv* lc = std::localeconv(); lc && lc->decimal_point && std::strlen(lc->decimal_point) == 1)
+    if (const std::lconv* lc = std::localeconv(); lc && lc->decimal_point && std::strlen(lc->decimal_point) == 1) {
         f.dezimalTrenner = lc->decimal_point[0];
+        // a locale without grouping still gets the other mark of its decimal separator
+        f.tausenderTrenner = lc->thousands_sep && std::strlen(lc->thousands_sep) == 1 ? lc->thousands_sep[0]
+                             : f.dezimalTrenner == ','                                 ? '.'
+                                                                                       : ',';
+    }
     const char* sprache = std::setlocale(LC_MESSAGES, nullptr);
     const std::string_view s = sprache ? sprache : "C";
     f.deutsch = s == "C" || s == "POSIX" || s.starts_with("C.") || s.starts_with("de");
@@ -70,9 +75,27 @@ std::string alsBytes(int64_t bytes, const Zahlformat& format) {
     }
 }
 
-std::string alsBytes(int64_t bytes) {
+namespace {
+const Zahlformat& prozessFormat() {
     static const Zahlformat format = Zahlformat::ausLocale();
-    return alsBytes(bytes, format);
+    return format;
 }
+}  // namespace
+
+std::string alsBytes(int64_t bytes) { return alsBytes(bytes, prozessFormat()); }
+
+std::string alsZahl(int64_t zahl, const Zahlformat& format) {
+    const bool negativ = zahl < 0;
+    const u128 betrag = negativ ? static_cast<u128>(-static_cast<i128>(zahl)) : static_cast<u128>(zahl);
+    const std::string ziffern = std::to_string(static_cast<uint64_t>(betrag));
+    std::string text = negativ ? "-" : "";
+    for (size_t i = 0; i < ziffern.size(); ++i) {
+        if (i > 0 && (ziffern.size() - i) % 3 == 0) text += format.tausenderTrenner;
+        text += ziffern[i];
+    }
+    return text;
+}
+
+std::string alsZahl(int64_t zahl) { return alsZahl(zahl, prozessFormat()); }
 
 }  // namespace hainbrem

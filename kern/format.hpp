@@ -7,6 +7,7 @@ namespace hainbrem {
 
 struct Zahlformat {
     char dezimalTrenner = ',';
+    char tausenderTrenner = '.';
     bool deutsch = true;  // unit word "Byte" rather than "bytes"
     // From the process locale (setlocale(LC_ALL, "") has run); C/POSIX count as German,
     // since the interface is German.
@@ -17,5 +18,9 @@ struct Zahlformat {
 // trailing zeros dropped: "12 KB", "3,4 MB", "1,23 GB".
 std::string alsBytes(int64_t bytes, const Zahlformat& format);
 std::string alsBytes(int64_t bytes);
+
+// Counts grouped by thousands for reading: "140.229" (German), "140,229" (English).
+std::string alsZahl(int64_t zahl, const Zahlformat& format);
+std::string alsZahl(int64_t zahl);
 
 }  // namespace hainbrem

@@ -9,8 +9,8 @@ namespace hainbrem {
 namespace {
 
 TEST(AlsBytes, DeutscheUndEnglischeSchreibweise) {
-    const Zahlformat de{',', true};
-    const Zahlformat en{'.', false};
+    const Zahlformat de{',', '.', true};
+    const Zahlformat en{'.', ',', false};
     struct Fall {
         int64_t bytes;
         const char* deutsch;
@@ -39,6 +39,24 @@ TEST(AlsBytes, DeutscheUndEnglischeSchreibweise) {
     for (const auto& f : faelle) {
         EXPECT_EQ(alsBytes(f.bytes, de), f.deutsch) << f.bytes;
         EXPECT_EQ(alsBytes(f.bytes, en), f.englisch) << f.bytes;
+    }
+}
+
+TEST(AlsZahl, Tausendergruppen) {
+    const Zahlformat de{',', '.', true};
+    const Zahlformat en{'.', ',', false};
+    struct Fall {
+        int64_t zahl;
+        const char* deutsch;
+        const char* englisch;
+    } faelle[] = {
+        {0, "0", "0"},           {999, "999", "999"},           {1000, "1.000", "1,000"},
+        {140229, "140.229", "140,229"}, {-1234567, "-1.234.567", "-1,234,567"},
+        {INT64_MIN, "-9.223.372.036.854.775.808", "-9,223,372,036,854,775,808"},
+    };
+    for (const auto& f : faelle) {
+        EXPECT_EQ(alsZahl(f.zahl, de), f.deutsch) << f.zahl;
+        EXPECT_EQ(alsZahl(f.zahl, en), f.englisch) << f.zahl;
     }
 }
 
