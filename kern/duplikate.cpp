@@ -231,7 +231,8 @@ std::optional<std::string> inhaltHash(const std::filesystem::path& pfad, std::st
     static const std::vector<unsigned char> nullen(static_cast<size_t>(stueckBytes), 0);
     const off_t laenge = st.st_size;
     Hasher h;
-    for (off_t ab = 0;;) {
+    off_t ab = 0;
+    for (;;) {
         if (halt.stop_requested()) return std::nullopt;
         off_t daten = ab;
         off_t loch = ab + stueckBytes;
@@ -259,6 +260,9 @@ std::optional<std::string> inhaltHash(const std::filesystem::path& pfad, std::st
         h.dazu(p.data(), static_cast<size_t>(n));
         ab += n;
     }
+    // A file that changed size while being read (holes then stand for bytes that are gone)
+    // has no trustworthy digest: it must never join a group.
+    if (ab != laenge || ::fstat(d.fd(), &st) != 0 || st.st_size != laenge) return std::nullopt;
     return h.fertig();
 }
 

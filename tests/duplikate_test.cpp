@@ -249,3 +249,38 @@ TEST(Duplikate, ReflinkKopienSindKlone) {
 
 }  // namespace
 }  // namespace hainbrem
+
+#include <unistd.h>
+
+#include <thread>
+
+namespace hainbrem {
+namespace {
+
+// A file cut short while it is hashed must not hash like "what was read, then zeros":
+// that is exactly the digest of a different file whose tail really is zeros.
+TEST(Duplikate, WaehrendDesLesensGekuerztIstKeinDuplikat) {
+    test::Testordner t;
+    constexpr size_t mb = 1 << 20, laenge = 24 * mb;
+    {
+        std::ofstream b(t / "b", std::ios::binary);
+        b << std::string(mb, 'x') << std::string(laenge - mb, '\0');
+    }
+    const auto hashB = Duplikate::inhaltHash(t / "b");
+    ASSERT_TRUE(hashB);
+    for (int versuch = 0; versuch < 40; ++versuch) {
+        {
+            std::ofstream a(t / "a", std::ios::binary | std::ios::trunc);
+            a << std::string(laenge, 'x');
+        }
+        std::optional<std::string> hashA;
+        std::thread leser([&] { hashA = Duplikate::inhaltHash(t / "a"); });
+        std::this_thread::sleep_for(std::chrono::microseconds(200 * versuch));
+        ASSERT_EQ(::truncate((t / "a").c_str(), static_cast<off_t>(mb)), 0);
+        leser.join();
+        ASSERT_NE(hashA, hashB) << "Versuch " << versuch;
+    }
+}
+
+}  // namespace
+}  // namespace hainbrem
