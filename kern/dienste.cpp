@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "kern/eigenschaftsliste.hpp"
+#include "kern/text.hpp"
 
 namespace hainbrem::Dienste {
 
@@ -38,12 +39,8 @@ void nimmAbsolute(const std::vector<std::string>& woerter, const fs::path& home,
 template <typename Besuch>
 void jedeZeile(std::string_view text, std::string_view gruppe, Besuch&& besuch) {
     bool drin = false;
-    size_t start = 0;
-    while (start <= text.size()) {
-        size_t ende = text.find('\n', start);
-        if (ende == std::string_view::npos) ende = text.size();
-        const std::string_view zeile = ohneRand(text.substr(start, ende - start));
-        start = ende + 1;
+    for (const std::string_view roh : zeilen(text)) {
+        const std::string_view zeile = ohneRand(roh);
         if (zeile.empty() || zeile.front() == '#' || zeile.front() == ';') continue;
         if (zeile.front() == '[') {
             drin = zeile == "[" + std::string(gruppe) + "]";

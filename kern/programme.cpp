@@ -16,6 +16,7 @@
 #include "kern/pakete.hpp"
 #include "kern/rechnen.hpp"
 #include "kern/safetyguard.hpp"
+#include "kern/text.hpp"
 #include "plattform/programme.hpp"
 
 namespace hainbrem {
@@ -286,13 +287,7 @@ std::vector<Programm> alle(const Umgebung& umgebung) { return alle(umgebung, sta
 
 std::set<std::string> dienstLabels(std::string_view ausgabe) {
     std::set<std::string> labels;
-    size_t start = 0;
-    while (start < ausgabe.size()) {
-        size_t ende = ausgabe.find('\n', start);
-        if (ende == std::string_view::npos) ende = ausgabe.size();
-        std::string_view zeile = ausgabe.substr(start, ende - start);
-        start = ende + 1;
-        if (!zeile.empty() && zeile.back() == '\r') zeile.remove_suffix(1);
+    for (const std::string_view zeile : zeilen(ausgabe)) {
         // PID, status, label; the columns are separated by tabs
         std::string_view label;
         const size_t t1 = zeile.find('\t');

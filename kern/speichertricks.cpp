@@ -9,6 +9,7 @@
 #include "kern/groesse.hpp"
 #include "kern/plattenstand.hpp"
 #include "kern/rechnen.hpp"
+#include "kern/text.hpp"
 #include "plattform/tricks.hpp"
 
 namespace hainbrem {
@@ -16,20 +17,6 @@ namespace hainbrem {
 namespace {
 
 bool istZiffer(char c) { return c >= '0' && c <= '9'; }
-
-std::vector<std::string_view> zeilen(std::string_view text) {
-    std::vector<std::string_view> aus;
-    size_t start = 0;
-    while (start < text.size()) {
-        size_t ende = text.find('\n', start);
-        if (ende == std::string_view::npos) ende = text.size();
-        std::string_view z = text.substr(start, ende - start);
-        start = ende + 1;
-        if (!z.empty() && z.back() == '\r') z.remove_suffix(1);
-        aus.push_back(z);
-    }
-    return aus;
-}
 
 std::string_view ohneRand(std::string_view s) {
     while (!s.empty() && std::isspace(static_cast<unsigned char>(s.front()))) s.remove_prefix(1);

@@ -17,6 +17,7 @@
 
 #include "kern/rechnen.hpp"
 #include "kern/wanderer.hpp"
+#include "kern/text.hpp"
 #include "plattform/plattform.hpp"
 #include "plattform/scan.hpp"
 
@@ -868,12 +869,7 @@ std::vector<Einhaengung> einhaengungenAus(std::string_view text) {
         return r;
     };
     std::vector<Einhaengung> liste;
-    size_t pos = 0;
-    while (pos < text.size()) {
-        size_t ende = text.find('\n', pos);
-        if (ende == std::string_view::npos) ende = text.size();
-        const std::string_view zeile = text.substr(pos, ende - pos);
-        pos = ende + 1;
+    for (const std::string_view zeile : zeilen(text)) {
         std::vector<std::string_view> felder;
         for (size_t a = 0; a < zeile.size();) {
             const size_t b = zeile.find(' ', a);
@@ -891,13 +887,7 @@ std::vector<Einhaengung> einhaengungenAus(std::string_view text) {
 
 std::vector<std::pair<std::string, std::string>> firmlinksAus(std::string_view text) {
     std::vector<std::pair<std::string, std::string>> liste;
-    size_t pos = 0;
-    while (pos < text.size()) {
-        size_t ende = text.find('\n', pos);
-        if (ende == std::string_view::npos) ende = text.size();
-        std::string_view zeile = text.substr(pos, ende - pos);
-        pos = ende + 1;
-        if (!zeile.empty() && zeile.back() == '\r') zeile.remove_suffix(1);
+    for (const std::string_view zeile : zeilen(text)) {
         const size_t tab = zeile.find('\t');
         if (tab == std::string_view::npos || tab == 0 || tab + 1 >= zeile.size() || zeile[0] != '/') continue;
         liste.emplace_back(std::string(zeile.substr(0, tab)), std::string(zeile.substr(tab + 1)));
