@@ -24,6 +24,8 @@ inline constexpr bool istMacOS = false;
 fs::path heimOrdner();
 // The per-user temporary folder (macOS: the Darwin user temp dir; Linux: TMPDIR, else /tmp).
 fs::path benutzerTemp();
+// The file of the running program; empty when the system does not tell.
+fs::path eigenesProgramm();
 
 // Where things live for a given home folder. Linux: the Trash is the freedesktop.org home
 // trash ($XDG_DATA_HOME/Trash/files, XDG_DATA_HOME honoured only inside `home`, so a test home

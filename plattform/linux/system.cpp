@@ -37,6 +37,12 @@ fs::path benutzerTemp() {
     return fs::path("/tmp");
 }
 
+fs::path eigenesProgramm() {
+    std::error_code e;
+    fs::path p = fs::read_symlink("/proc/self/exe", e);
+    return e ? fs::path() : p;
+}
+
 bool vollzugriff(const fs::path& home) {
     static constexpr std::array ordner{"Desktop", "Documents", "Downloads", "Music", "Pictures",
                                        "Videos",  "Public",    "Templates", ".config", ".local/share"};

@@ -1,6 +1,7 @@
 // macOS implementation of the platform interface. Not built or tested here (no Mac in
 // this workplace); kept small and free of parsing so review can check it by reading.
 #include <Foundation/Foundation.h>
+#include <mach-o/dyld.h>
 #include <sys/attr.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -20,6 +21,13 @@ fs::path benutzerTemp() {
     char puffer[1024];
     if (confstr(_CS_DARWIN_USER_TEMP_DIR, puffer, sizeof puffer) < 1)
         return fs::path(NSTemporaryDirectory().fileSystemRepresentation);
+    return fs::path(puffer);
+}
+
+fs::path eigenesProgramm() {
+    char puffer[4096];
+    uint32_t laenge = sizeof puffer;
+    if (_NSGetExecutablePath(puffer, &laenge) != 0) return {};
     return fs::path(puffer);
 }
 
