@@ -1,0 +1,529 @@
+#include "app/modell/appmodell.hpp"
+
+#include <QCoreApplication>
+#include <QThread>
+#include <algorithm>
+#include <unordered_set>
+
+#include "app/modell/arbeiten.hpp"
+#include "kern/groesse.hpp"
+#include "kern/laufend.hpp"
+#include "kern/safetyguard.hpp"
+#include "plattform/plattform.hpp"
+
+namespace hainbrem {
+
+namespace {
+
+// RegelErgebnis carries its rule's finder function, which cannot be compared; the rule id stands for it.
+bool gleich(const std::vector<RegelErgebnis>& a, const std::vector<RegelErgebnis>& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const RegelErgebnis& x, const RegelErgebnis& y) {
+        return x.id() == y.id() && x.funde == y.funde && x.uebersprungen == y.uebersprungen;
+    });
+}
+template <typename T>
+bool gleich(const T& a, const T& b) {
+    return a == b;
+}
+
+// Paths that are gone after a round; a path inside one of them is gone too.
+class Entfernt {
+public:
+    explicit Entfernt(const Runde& r) {
+        for (const auto& p : r.posten)
+            if (!p.fehler) pfade_.insert(p.pfad);
+    }
+    bool leer() const { return pfade_.empty(); }
+    bool enthaelt(std::string_view pfad) const {
+        for (;;) {
+            if (pfade_.contains(std::string(pfad))) return true;
+            const size_t s = pfad.rfind('/');
+            if (s == std::string_view::npos || s == 0) return false;
+            pfad = pfad.substr(0, s);
+        }
+    }
+    // Drops the elements whose path is gone; true when something was dropped.
+    template <typename T, typename Pfad>
+    bool filtere(std::vector<T>& liste, Pfad pfad) const {
+        const size_t vorher = liste.size();
+        std::erase_if(liste, [&](const T& x) { return enthaelt(pfad(x)); });
+        return liste.size() != vorher;
+    }
+
+private:
+    std::unordered_set<std::string> pfade_;
+};
+
+const std::string& fundPfad(const Fund& f) { return f.url.native(); }
+
+}  // namespace
+
+std::filesystem::path AppModell::tempOrdner() { return SafetyGuard::benutzerTemp(); }
+
+AppModell::AppModell(Umfeld umfeld, QObject* eltern) : QObject(eltern), umfeld_(std::move(umfeld)) {
+    if (umfeld_.home.empty()) umfeld_.home = plattform::heimOrdner();
+    if (umfeld_.temp.empty()) umfeld_.temp = tempOrdner();
+    if (umfeld_.verlaufDatei.empty()) umfeld_.verlaufDatei = Verlauf::standardDatei(umfeld_.home);
+    if (!umfeld_.platte) umfeld_.platte = &arbeiten::platte;
+    if (!umfeld_.vollzugriff) umfeld_.vollzugriff = &Zugriff::vollzugriff;
+    if (!umfeld_.argumente) umfeld_.argumente = QCoreApplication::arguments();
+    faeden_.setMaxThreadCount(8);  // the jobs mostly wait on the disk and bring their own workers
+    entsorgerFaden_.setMaxThreadCount(1);
+    fortschrittTakt_.setInterval(80);
+    connect(&fortschrittTakt_, &QTimer::timeout, this, &AppModell::leseFortschritt);
+
+    einstellungen_ = std::make_unique<Einstellungen>(umfeld_.einstellungsDatei);
+    waechter_ = std::make_unique<Waechter>(Waechter::Teile{
+        .home = umfeld_.home,
+        .takt = umfeld_.takt,
+        .wecker = umfeld_.wecker,
+        .lesen = umfeld_.plattenstand,
+        .vollzugriff = umfeld_.vollzugriff,
+        .melden = umfeld_.melden,
+        .warnGrenze = [e = einstellungen_.get()] { return e->warnGrenze(); },
+    });
+    connect(waechter_.get(), &Waechter::gelesen, this,
+            [this](const Plattenstand& s) { setze(stand_, s, &AppModell::standGeaendert); });
+    connect(waechter_.get(), &Waechter::vollzugriffGelesen, this,
+            [this](bool an) { setze(vollzugriff_, an, &AppModell::vollzugriffGeaendert); });
+
+    // 1. the first reading; lists empty, flags false
+    stand_ = Plattenstand{};
+    vollzugriff_ = umfeld_.vollzugriff(umfeld_.home);
+    // 2. the disposer: guard for home and temp, the history, no dry run
+    verlaufDatei_ = std::make_unique<Verlauf>(umfeld_.verlaufDatei);
+    entsorger_ = std::make_unique<Entsorger>(SafetyGuard(umfeld_.home, umfeld_.temp, umfeld_.programme),
+                                             *verlaufDatei_, false, umfeld_.laeuft);
+    // 3. nothing this process does may pull a cloud file down
+    CloudSchutz::aktivieren();
+    // 4.
+    verlauf_ = verlaufDatei_->runden();
+    // 1 and 5: read the disk and set the level; a disk already under 2 GB is reported at once
+    waechter_->anfangen();
+    // 6. and 7., each as its own task on this thread, in this order
+    const Einstellungen::Startwerte start = einstellungen_->startwerte(*umfeld_.argumente);
+    if (start.testlauf) entsorger_->probelauf = true;
+    if (start.seite && *start.seite != seite_) setzeSeite(*start.seite);
+    auto spaeter = [this](void (AppModell::*aktion)()) {
+        QMetaObject::invokeMethod(this, aktion, Qt::QueuedConnection);
+    };
+    QMetaObject::invokeMethod(waechter_.get(), &Waechter::beobachten, Qt::QueuedConnection);
+    spaeter(&AppModell::platteLesen);
+    if (start.scan) spaeter(&AppModell::tiefenscan);
+    if (start.pruefen) spaeter(&AppModell::pruefen);
+    if (start.duplikate) spaeter(&AppModell::duplikateSuchen);
+}
+
+AppModell::~AppModell() { beenden(); }
+
+void AppModell::beenden() {
+    if (beendet_) return;
+    beendet_ = true;
+    waechter_->anhalten();
+    for (auto& [arbeit, lauf] : laeufe_) lauf->stopp.request_stop();
+    // a disposal asked for but not begun is dropped; one that runs finishes and records its round
+    entsorgerFaden_.clear();
+    faeden_.waitForDone();
+    entsorgerFaden_.waitForDone();
+    fortschrittTakt_.stop();
+}
+
+// ---- bookkeeping
+
+template <typename T>
+void AppModell::setze(T& feld, T wert, void (AppModell::*signal)()) {
+    Q_ASSERT_X(QThread::currentThread() == thread(), "AppModell", "Zustand nur im eigenen Faden schreiben");
+    if (gleich(feld, wert)) return;
+    feld = std::move(wert);
+    emit(this->*signal)();
+}
+
+template <typename Ergebnis, typename Werk, typename Fertig>
+void AppModell::imHintergrund(QThreadPool& pool, const std::shared_ptr<Lauf>& lauf, Werk werk, Fertig fertig) {
+    pool.start([this, lauf, werk = std::move(werk), fertig = std::move(fertig)] {
+        auto ergebnis = std::make_shared<Ergebnis>(werk(lauf->steuerung));
+        QMetaObject::invokeMethod(
+            this, [ergebnis, fertig] { fertig(std::move(*ergebnis)); }, Qt::QueuedConnection);
+    });
+}
+
+std::shared_ptr<AppModell::Lauf> AppModell::beginne(Arbeit arbeit) {
+    auto lauf = std::make_shared<Lauf>();
+    laeufe_[arbeit] = lauf;
+    if (!fortschrittTakt_.isActive()) fortschrittTakt_.start();
+    return lauf;
+}
+
+bool AppModell::schliesse(Arbeit arbeit, const std::shared_ptr<Lauf>& lauf) {
+    leseFortschritt();  // the last counts before the job leaves the list
+    if (auto it = laeufe_.find(arbeit); it != laeufe_.end() && it->second == lauf) laeufe_.erase(it);
+    if (laeufe_.empty()) fortschrittTakt_.stop();
+    return !lauf->stopp.stop_requested();
+}
+
+void AppModell::leseFortschritt() {
+    for (const auto& [arbeit, lauf] : laeufe_) {
+        const Steuerung& st = lauf->steuerung;
+        switch (arbeit) {
+            case Arbeit::katalog: setze(katalogFortschritt_, st.anteil(), &AppModell::katalogFortschrittGeaendert); break;
+            case Arbeit::scan:
+                setze(scanDateien_, st.erledigt.load(), &AppModell::scanDateienGeaendert);
+                setze(scanBytes_, st.bytes.load(), &AppModell::scanBytesGeaendert);
+                break;
+            case Arbeit::duplikate:
+                setze(duplikateFortschritt_, st.anteil(), &AppModell::duplikateFortschrittGeaendert);
+                break;
+            default: break;
+        }
+    }
+}
+
+Umgebung AppModell::umgebung() const {
+    Umgebung u;
+    u.home = umfeld_.home;
+    u.temp = umfeld_.temp;
+    u.vollzugriff = umfeld_.vollzugriff(umfeld_.home);
+    u.laeuft = umfeld_.laeuft ? umfeld_.laeuft : laufTest();
+    u.hainbremImPapierkorb = verlaufDatei_->imPapierkorb();
+    return u;
+}
+
+void AppModell::anhalten(Arbeit arbeit) {
+    if (arbeit == Arbeit::duplikate && duplikateWartenAufScan_) {
+        duplikateWartenAufScan_ = false;
+        setze(duplikateLaeuft_, false, &AppModell::duplikateLaeuftGeaendert);
+    }
+    if (auto it = laeufe_.find(arbeit); it != laeufe_.end()) it->second->stopp.request_stop();
+}
+
+// ---- derived
+
+std::vector<Fund> AppModell::katalogAusgewaehlt() const {
+    std::vector<Fund> r;
+    for (const auto& e : katalog_)
+        for (const auto& f : e.funde)
+            if (auswahl_.contains(f.url.native())) r.push_back(f);
+    return r;
+}
+
+std::vector<Fund> AppModell::katalogSicher() const {
+    std::vector<Fund> r;
+    for (const auto& e : katalog_)
+        if (e.regel.risiko == Risiko::sicher)
+            for (const auto& f : e.funde)
+                if (f.vorgewaehlt) r.push_back(f);
+    return r;
+}
+
+// ---- writes
+
+void AppModell::setzeSeite(Seite s) { setze(seite_, s, &AppModell::seiteGeaendert); }
+void AppModell::setzeAuswahl(std::set<std::string> a) { setze(auswahl_, std::move(a), &AppModell::auswahlGeaendert); }
+
+void AppModell::waehle(const std::string& pfad, bool an) {
+    if (istGewaehlt(pfad) == an) return;
+    auto neu = auswahl_;
+    if (an) neu.insert(pfad);
+    else neu.erase(pfad);
+    setzeAuswahl(std::move(neu));
+}
+
+void AppModell::waehle(const std::vector<Fund>& funde, bool an) {
+    auto neu = auswahl_;
+    for (const auto& f : funde) {
+        if (an) neu.insert(f.url.native());
+        else neu.erase(f.url.native());
+    }
+    setzeAuswahl(std::move(neu));
+}
+
+void AppModell::setzeUnterhaltung(std::vector<Nachricht> n) {
+    setze(unterhaltung_, std::move(n), &AppModell::unterhaltungGeaendert);
+}
+void AppModell::setzeKiDenkt(bool an) { setze(kiDenkt_, an, &AppModell::kiDenktGeaendert); }
+void AppModell::setzeKiVorschlag(std::vector<Fund> f) { setze(kiVorschlag_, std::move(f), &AppModell::kiVorschlagGeaendert); }
+void AppModell::setzeKartenZiel(std::optional<std::string> p) {
+    setze(kartenZiel_, std::move(p), &AppModell::kartenZielGeaendert);
+}
+void AppModell::setzeAuftrag(std::optional<Auftrag> a) { setze(auftrag_, std::move(a), &AppModell::auftragGeaendert); }
+
+// ---- actions
+
+void AppModell::platteLesen() {
+    if (beendet_) return;
+    // no running flag of its own; the job only needs to be waited for when quitting
+    auto lauf = std::make_shared<Lauf>();
+    imHintergrund<std::optional<Platte>>(
+        faeden_, lauf, [lesen = umfeld_.platte](Steuerung&) { return lesen(); },
+        [this](std::optional<Platte>&& p) { setze(platte_, std::move(p), &AppModell::platteGeaendert); });
+}
+
+void AppModell::standAktualisieren() { waechter_->aktualisieren(); }
+
+void AppModell::warnen(Plattenstand::Lage lage) { waechter_->warnen(lage); }
+
+void AppModell::pruefen() {
+    if (beendet_ || katalogLaeuft_) return;
+    setze(katalogLaeuft_, true, &AppModell::katalogLaeuftGeaendert);
+    setze(katalogFortschritt_, 0.0, &AppModell::katalogFortschrittGeaendert);
+    auto lauf = beginne(Arbeit::katalog);
+    imHintergrund<std::vector<RegelErgebnis>>(
+        faeden_, lauf, [this](Steuerung& st) { return arbeiten::pruefen(umgebung(), st); },
+        [this, lauf](std::vector<RegelErgebnis>&& ergebnis) {
+            const bool fertig = schliesse(Arbeit::katalog, lauf);
+            if (fertig) {
+                // added to, never replaced: what the user ticked earlier stays ticked
+                auto neu = auswahl_;
+                for (const auto& e : ergebnis)
+                    for (const auto& f : e.funde)
+                        if (f.vorgewaehlt) neu.insert(f.url.native());
+                setze(katalog_, std::move(ergebnis), &AppModell::katalogGeaendert);
+                setzeAuswahl(std::move(neu));
+                setze(katalogGeprueft_, std::optional<Zeitpunkt>(std::chrono::system_clock::now()),
+                      &AppModell::katalogGeprueftGeaendert);
+            }
+            setze(katalogLaeuft_, false, &AppModell::katalogLaeuftGeaendert);
+            if (!fertig) {
+                notfallWartet_ = false;
+                return;
+            }
+            standAktualisieren();
+            if (std::exchange(notfallWartet_, false)) bitte(katalogSicher(), notfallTitel);
+        });
+}
+
+void AppModell::notfall() {
+    if (beendet_) return;
+    notfallWartet_ = true;
+    pruefen();  // when a check runs already, its result is fresh enough
+}
+
+void AppModell::tiefenscan() {
+    if (beendet_ || scanLaeuft_) return;
+    setze(scanLaeuft_, true, &AppModell::scanLaeuftGeaendert);
+    setze(scanDateien_, int64_t{0}, &AppModell::scanDateienGeaendert);
+    setze(scanBytes_, int64_t{0}, &AppModell::scanBytesGeaendert);
+    auto lauf = beginne(Arbeit::scan);
+    imHintergrund<TiefenscanErgebnis>(
+        faeden_, lauf,
+        [this](Steuerung& st) {
+            // full disk access decides what the scan may enter, so it is asked afresh
+            const bool vz = umfeld_.vollzugriff(umfeld_.home);
+            QMetaObject::invokeMethod(
+                this, [this, vz] { setze(vollzugriff_, vz, &AppModell::vollzugriffGeaendert); },
+                Qt::QueuedConnection);
+            return arbeiten::tiefenscan(umfeld_.home, umfeld_.ganzePlatte, vz, st);
+        },
+        [this, lauf](TiefenscanErgebnis&& e) {
+            const bool fertig = schliesse(Arbeit::scan, lauf);
+            // a stopped scan still shows what it found
+            setze(scan_, ScanZeiger(std::make_shared<const TiefenscanErgebnis>(std::move(e))),
+                  &AppModell::scanGeaendert);
+            setze(scanLaeuft_, false, &AppModell::scanLaeuftGeaendert);
+            if (!std::exchange(duplikateWartenAufScan_, false)) return;
+            if (fertig) starteDuplikate();
+            else setze(duplikateLaeuft_, false, &AppModell::duplikateLaeuftGeaendert);
+        });
+}
+
+void AppModell::duplikateSuchen() {
+    if (beendet_ || duplikateLaeuft_) return;
+    setze(duplikateLaeuft_, true, &AppModell::duplikateLaeuftGeaendert);
+    setze(duplikateFortschritt_, 0.0, &AppModell::duplikateFortschrittGeaendert);
+    // the candidates of the present scan are reused; a file gone since then simply finds no partner
+    if (scan_ && !scanLaeuft_) {
+        starteDuplikate();
+        return;
+    }
+    duplikateWartenAufScan_ = true;
+    tiefenscan();
+}
+
+void AppModell::starteDuplikate() {
+    if (beendet_) return;
+    auto lauf = beginne(Arbeit::duplikate);
+    imHintergrund<std::vector<DuplikatGruppe>>(
+        faeden_, lauf, [scan = scan_](Steuerung& st) { return arbeiten::duplikate(scan->kandidaten, st); },
+        [this, lauf](std::vector<DuplikatGruppe>&& gruppen) {
+            if (schliesse(Arbeit::duplikate, lauf)) setze(duplikate_, std::move(gruppen), &AppModell::duplikateGeaendert);
+            setze(duplikateLaeuft_, false, &AppModell::duplikateLaeuftGeaendert);
+        });
+}
+
+void AppModell::programmeLaden() {
+    if (beendet_ || programmeLaeuft_) return;
+    setze(programmeLaeuft_, true, &AppModell::programmeLaeuftGeaendert);
+    auto lauf = beginne(Arbeit::programme);
+    imHintergrund<arbeiten::ProgrammeErgebnis>(
+        faeden_, lauf, [this](Steuerung& st) { return arbeiten::programme(umgebung(), umfeld_.programmOrdner, st); },
+        [this, lauf](arbeiten::ProgrammeErgebnis&& r) {
+            if (schliesse(Arbeit::programme, lauf)) {
+                setze(programme_, std::move(r.programme), &AppModell::programmeGeaendert);
+                setze(verwaist_, std::move(r.verwaist), &AppModell::verwaistGeaendert);
+            }
+            setze(programmeLaeuft_, false, &AppModell::programmeLaeuftGeaendert);
+        });
+}
+
+void AppModell::projekteSuchen() {
+    if (beendet_ || bauLaeuft_) return;
+    setze(bauLaeuft_, true, &AppModell::bauLaeuftGeaendert);
+    auto lauf = beginne(Arbeit::projekte);
+    imHintergrund<std::vector<Bauabfall>>(
+        faeden_, lauf, [this](Steuerung& st) { return arbeiten::projekte(umgebung(), st); },
+        [this, lauf](std::vector<Bauabfall>&& r) {
+            if (schliesse(Arbeit::projekte, lauf)) setze(bauabfall_, std::move(r), &AppModell::bauabfallGeaendert);
+            setze(bauLaeuft_, false, &AppModell::bauLaeuftGeaendert);
+        });
+}
+
+void AppModell::tricksLaden() {
+    if (beendet_ || tricksLaeuft_) return;
+    setze(tricksLaeuft_, true, &AppModell::tricksLaeuftGeaendert);
+    auto lauf = beginne(Arbeit::tricks);
+    imHintergrund<arbeiten::TricksErgebnis>(
+        faeden_, lauf, [this](Steuerung& st) { return arbeiten::tricks(umgebung(), st); },
+        [this, lauf](arbeiten::TricksErgebnis&& r) {
+            if (schliesse(Arbeit::tricks, lauf)) {
+                setze(icloud_, std::move(r.icloud), &AppModell::icloudGeaendert);
+                setze(optimieren_, r.optimieren, &AppModell::optimierenGeaendert);
+                setze(schnappschuesse_, std::move(r.schnappschuesse), &AppModell::schnappschuesseGeaendert);
+                setze(systemdaten_, std::move(r.systemdaten), &AppModell::systemdatenGeaendert);
+            }
+            setze(tricksLaeuft_, false, &AppModell::tricksLaeuftGeaendert);
+        });
+}
+
+void AppModell::bitte(std::vector<Fund> funde, std::string titel) {
+    setzeAuftrag(Auftrag{neueKennung(), std::move(titel), std::move(funde)});
+}
+
+void AppModell::ausfuehren(const Auftrag& auftrag) {
+    if (beendet_) return;
+    setzeAuftrag(std::nullopt);
+    ++offeneEntsorgungen_;
+    setze(entsorgtGerade_, true, &AppModell::entsorgtGeradeGeaendert);
+    imHintergrund<Runde>(
+        entsorgerFaden_, std::make_shared<Lauf>(),
+        [this, auftrag](Steuerung& st) {
+            return arbeiten::entsorgen(*entsorger_, auftrag.funde, auftrag.titel, umfeld_.home, st);
+        },
+        [this](Runde&& runde) {
+            // a dry run removed nothing, so every list stays as it is
+            if (!runde.probelauf) nachEntsorgung(runde);
+            setze(verlauf_, verlaufDatei_->runden(), &AppModell::verlaufGeaendert);
+            setze(letzteRunde_, std::optional<Runde>(std::move(runde)), &AppModell::letzteRundeGeaendert);
+            standAktualisieren();
+            if (--offeneEntsorgungen_ == 0) setze(entsorgtGerade_, false, &AppModell::entsorgtGeradeGeaendert);
+        });
+}
+
+void AppModell::nachEntsorgung(const Runde& runde) {
+    const Entfernt weg(runde);
+    if (weg.leer()) return;
+    auto auswahl = auswahl_;
+    std::erase_if(auswahl, [&](const std::string& p) { return weg.enthaelt(p); });
+    setzeAuswahl(std::move(auswahl));
+
+    auto katalog = katalog_;
+    for (auto& e : katalog) {
+        weg.filtere(e.funde, fundPfad);
+        weg.filtere(e.uebersprungen, fundPfad);
+    }
+    std::erase_if(katalog, [](const RegelErgebnis& e) { return e.funde.empty() && e.uebersprungen.empty(); });
+    setze(katalog_, std::move(katalog), &AppModell::katalogGeaendert);
+
+    auto bau = bauabfall_;
+    weg.filtere(bau, [](const Bauabfall& b) -> const std::string& { return b.fund.url.native(); });
+    setze(bauabfall_, std::move(bau), &AppModell::bauabfallGeaendert);
+
+    auto gruppen = duplikate_;
+    for (auto& g : gruppen) {
+        weg.filtere(g.dateien, [](const DateiInfo& d) -> const std::string& { return d.pfad; });
+        // the proposed keeper went: the best of the rest takes its place
+        if (!g.dateien.empty() && weg.enthaelt(g.behalten)) g.behalten = g.dateien.front().pfad;
+    }
+    std::erase_if(gruppen, [](const DuplikatGruppe& g) { return g.dateien.size() < 2; });
+    setze(duplikate_, std::move(gruppen), &AppModell::duplikateGeaendert);
+
+    auto programme = programme_;
+    weg.filtere(programme, [](const Programm& p) -> const std::string& { return p.url.native(); });
+    for (auto& p : programme) weg.filtere(p.reste, fundPfad);
+    setze(programme_, std::move(programme), &AppModell::programmeGeaendert);
+
+    auto verwaist = verwaist_;
+    for (auto& v : verwaist) weg.filtere(v.funde, fundPfad);
+    std::erase_if(verwaist, [](const Verwaist& v) { return v.funde.empty(); });
+    setze(verwaist_, std::move(verwaist), &AppModell::verwaistGeaendert);
+
+    auto vorschlag = kiVorschlag_;
+    weg.filtere(vorschlag, fundPfad);
+    setzeKiVorschlag(std::move(vorschlag));
+
+    // the large-file list comes from the scan; a new result object, since views may hold the old one
+    if (scan_) {
+        auto grosse = scan_->grosse;
+        auto kandidaten = scan_->kandidaten;
+        const auto dateiPfad = [](const DateiInfo& d) -> const std::string& { return d.pfad; };
+        const bool a = weg.filtere(grosse, dateiPfad);
+        const bool b = weg.filtere(kandidaten, dateiPfad);
+        if (a || b) {
+            auto neu = std::make_shared<TiefenscanErgebnis>(*scan_);
+            neu->grosse = std::move(grosse);
+            neu->kandidaten = std::move(kandidaten);
+            setze(scan_, ScanZeiger(std::move(neu)), &AppModell::scanGeaendert);
+        }
+    }
+}
+
+void AppModell::rueckgaengig(const std::string& rundenId) {
+    if (beendet_ || !verlaufDatei_->runde(rundenId)) return;
+    imHintergrund<Entsorger::Rueckgabe>(
+        entsorgerFaden_, std::make_shared<Lauf>(),
+        [this, rundenId](Steuerung& st) { return arbeiten::rueckgaengig(*entsorger_, rundenId, st); },
+        [this, rundenId](Entsorger::Rueckgabe&& r) {
+            setze(verlauf_, verlaufDatei_->runden(), &AppModell::verlaufGeaendert);
+            if (letzteRunde_ && letzteRunde_->id == rundenId)
+                setze(letzteRunde_, verlaufDatei_->runde(rundenId), &AppModell::letzteRundeGeaendert);
+            standAktualisieren();
+            QStringList fehler;
+            for (const auto& f : r.fehler) fehler << QString::fromStdString(f);
+            emit zurueckgelegt(QString::fromStdString(rundenId), r.zurueck, fehler);
+        });
+}
+
+void AppModell::auslagern(const ICloudOrdner& ordner) {
+    if (beendet_) return;
+    imHintergrund<std::pair<int, int>>(
+        faeden_, std::make_shared<Lauf>(),
+        [dateien = ordner.dateien](Steuerung& st) { return arbeiten::auslagern(dateien, st); },
+        [this, name = ordner.name](std::pair<int, int>&& r) {
+            const auto [gut, schlecht] = r;
+            QString fehler;
+            if (schlecht == 0) {
+                auto liste = icloud_;
+                std::erase_if(liste, [&](const ICloudOrdner& o) { return o.name == name; });
+                setze(icloud_, std::move(liste), &AppModell::icloudGeaendert);
+            } else if (gut == 0) {
+                fehler = QStringLiteral("Keine Datei ließ sich auslagern; sie bleiben auf dem Mac.");
+            } else {
+                fehler = QStringLiteral("%1 von %2 Dateien ließen sich nicht auslagern; sie bleiben auf dem Mac.")
+                             .arg(schlecht)
+                             .arg(gut + schlecht);
+            }
+            standAktualisieren();
+            emit ausgelagert(QString::fromStdString(name), fehler);
+        });
+}
+
+void AppModell::karteZeigen(const std::string& pfad) {
+    setzeKartenZiel(pfad);
+    setzeSeite(Seite::karte);
+}
+
+void AppModell::frageStellen(const std::string& text) {
+    setzeSeite(Seite::assistent);
+    if (frageHaken_) frageHaken_(text);
+}
+
+}  // namespace hainbrem

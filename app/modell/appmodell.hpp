@@ -1,0 +1,319 @@
+#pragma once
+// The one observable model of the application: every page, the menu-bar view, the assistant
+// and the watcher read it and call its actions. State is written only on the thread that owns
+// it; long work runs on a thread pool and hands progress and results back to that thread.
+// Each stored field has its own change signal, and a write that changes nothing stays silent.
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QThreadPool>
+#include <QTimer>
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+#include "app/modell/einstellungen.hpp"
+#include "app/modell/typen.hpp"
+#include "app/modell/waechter.hpp"
+#include "kern/duplikate.hpp"
+#include "kern/entsorger.hpp"
+#include "kern/katalog.hpp"
+#include "kern/plattenstand.hpp"
+#include "kern/programme.hpp"
+#include "kern/projekte.hpp"
+#include "kern/speichertricks.hpp"
+#include "kern/steuerung.hpp"
+#include "kern/tiefenscan.hpp"
+#include "kern/verlauf.hpp"
+#include "plattform/anwendung.hpp"
+
+namespace hainbrem {
+
+// Everything the model takes from outside, with the real system as default, so tests can hand
+// in a fixture home, their own settings and history, and a watcher that runs in milliseconds.
+struct Umfeld {
+    std::filesystem::path home;                      // empty: the user's home folder
+    std::filesystem::path temp;                      // empty: AppModell::tempOrdner()
+    std::filesystem::path programme = "/Applications";  // the guard's system Applications folder
+    std::vector<std::filesystem::path> programmOrdner;  // where programs are listed; empty: the standard ones
+    std::filesystem::path verlaufDatei;              // empty: the standard history below home
+    QString einstellungsDatei;                       // empty: the platform's settings store
+    std::optional<QStringList> argumente;            // absent: the process's arguments
+    bool ganzePlatte = true;                         // the deep scan covers the start disk, else only home
+    std::chrono::milliseconds takt{20'000};          // the watcher's sleep
+    std::shared_ptr<Wecker> wecker;                  // empty: a QTimer
+    std::function<Plattenstand(const std::filesystem::path&)> plattenstand;  // empty: Plattenstand::jetzt
+    std::function<std::optional<Platte>()> platte;                          // empty: Platte::lesen
+    std::function<bool(const std::filesystem::path&)> vollzugriff;          // empty: Zugriff::vollzugriff
+    std::function<void(const plattform::Benachrichtigung&)> melden;         // empty: system notifications
+    std::function<bool(const std::string&)> laeuft;                         // empty: the running programs
+};
+
+using ScanZeiger = std::shared_ptr<const TiefenscanErgebnis>;  // null: no scan yet
+
+class AppModell : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(hainbrem::Seite seite READ seite WRITE setzeSeite NOTIFY seiteGeaendert)
+    Q_PROPERTY(hainbrem::Plattenstand stand READ stand NOTIFY standGeaendert)
+    Q_PROPERTY(std::optional<hainbrem::Platte> platte READ platte NOTIFY platteGeaendert)
+    Q_PROPERTY(bool vollzugriff READ vollzugriff NOTIFY vollzugriffGeaendert)
+    Q_PROPERTY(std::vector<hainbrem::RegelErgebnis> katalog READ katalog NOTIFY katalogGeaendert)
+    Q_PROPERTY(bool katalogLaeuft READ katalogLaeuft NOTIFY katalogLaeuftGeaendert)
+    Q_PROPERTY(double katalogFortschritt READ katalogFortschritt NOTIFY katalogFortschrittGeaendert)
+    Q_PROPERTY(std::optional<hainbrem::Zeitpunkt> katalogGeprueft READ katalogGeprueft NOTIFY katalogGeprueftGeaendert)
+    Q_PROPERTY(std::set<std::string> auswahl READ auswahl WRITE setzeAuswahl NOTIFY auswahlGeaendert)
+    Q_PROPERTY(hainbrem::ScanZeiger scan READ scan NOTIFY scanGeaendert)
+    Q_PROPERTY(bool scanLaeuft READ scanLaeuft NOTIFY scanLaeuftGeaendert)
+    Q_PROPERTY(int64_t scanDateien READ scanDateien NOTIFY scanDateienGeaendert)
+    Q_PROPERTY(int64_t scanBytes READ scanBytes NOTIFY scanBytesGeaendert)
+    Q_PROPERTY(std::vector<hainbrem::DuplikatGruppe> duplikate READ duplikate NOTIFY duplikateGeaendert)
+    Q_PROPERTY(bool duplikateLaeuft READ duplikateLaeuft NOTIFY duplikateLaeuftGeaendert)
+    Q_PROPERTY(double duplikateFortschritt READ duplikateFortschritt NOTIFY duplikateFortschrittGeaendert)
+    Q_PROPERTY(std::vector<hainbrem::Programm> programme READ programme NOTIFY programmeGeaendert)
+    Q_PROPERTY(std::vector<hainbrem::Verwaist> verwaist READ verwaist NOTIFY verwaistGeaendert)
+    Q_PROPERTY(bool programmeLaeuft READ programmeLaeuft NOTIFY programmeLaeuftGeaendert)
+    Q_PROPERTY(std::vector<hainbrem::Bauabfall> bauabfall READ bauabfall NOTIFY bauabfallGeaendert)
+    Q_PROPERTY(bool bauLaeuft READ bauLaeuft NOTIFY bauLaeuftGeaendert)
+    Q_PROPERTY(std::vector<hainbrem::ICloudOrdner> icloud READ icloud NOTIFY icloudGeaendert)
+    Q_PROPERTY(std::optional<bool> optimieren READ optimieren NOTIFY optimierenGeaendert)
+    Q_PROPERTY(std::vector<hainbrem::Schnappschuss> schnappschuesse READ schnappschuesse NOTIFY schnappschuesseGeaendert)
+    Q_PROPERTY(std::vector<hainbrem::SystemdatenPosten> systemdaten READ systemdaten NOTIFY systemdatenGeaendert)
+    Q_PROPERTY(bool tricksLaeuft READ tricksLaeuft NOTIFY tricksLaeuftGeaendert)
+    Q_PROPERTY(std::vector<hainbrem::Nachricht> unterhaltung READ unterhaltung WRITE setzeUnterhaltung NOTIFY unterhaltungGeaendert)
+    Q_PROPERTY(bool kiDenkt READ kiDenkt WRITE setzeKiDenkt NOTIFY kiDenktGeaendert)
+    Q_PROPERTY(std::vector<hainbrem::Fund> kiVorschlag READ kiVorschlag WRITE setzeKiVorschlag NOTIFY kiVorschlagGeaendert)
+    Q_PROPERTY(std::optional<std::string> kartenZiel READ kartenZiel WRITE setzeKartenZiel NOTIFY kartenZielGeaendert)
+    Q_PROPERTY(std::vector<hainbrem::Runde> verlauf READ verlauf NOTIFY verlaufGeaendert)
+    Q_PROPERTY(std::optional<hainbrem::Runde> letzteRunde READ letzteRunde NOTIFY letzteRundeGeaendert)
+    Q_PROPERTY(std::optional<hainbrem::Auftrag> auftrag READ auftrag WRITE setzeAuftrag NOTIFY auftragGeaendert)
+    Q_PROPERTY(bool entsorgtGerade READ entsorgtGerade NOTIFY entsorgtGeradeGeaendert)
+
+public:
+    // Creation: reads the disk, builds the disposer, switches off cloud downloads, loads the
+    // history, sets the warning level, starts the watcher and the disk reading, and follows the
+    // launch settings.
+    explicit AppModell(Umfeld umfeld = {}, QObject* eltern = nullptr);
+    // Quits (see `beenden`).
+    ~AppModell() override;
+
+    // The user's temporary folder; the one place the model takes it from.
+    static std::filesystem::path tempOrdner();
+
+    static constexpr const char* notfallTitel = "Notfall: sichere Caches freigeben";
+    static constexpr const char* sichereCachesTitel = "Sichere Caches aufräumen";
+
+    // ---- stored fields
+    Seite seite() const { return seite_; }
+    const Plattenstand& stand() const { return stand_; }
+    const std::optional<Platte>& platte() const { return platte_; }
+    bool vollzugriff() const { return vollzugriff_; }
+    const std::vector<RegelErgebnis>& katalog() const { return katalog_; }
+    bool katalogLaeuft() const { return katalogLaeuft_; }
+    double katalogFortschritt() const { return katalogFortschritt_; }
+    const std::optional<Zeitpunkt>& katalogGeprueft() const { return katalogGeprueft_; }
+    const std::set<std::string>& auswahl() const { return auswahl_; }
+    const ScanZeiger& scan() const { return scan_; }
+    bool scanLaeuft() const { return scanLaeuft_; }
+    int64_t scanDateien() const { return scanDateien_; }
+    int64_t scanBytes() const { return scanBytes_; }
+    const std::vector<DuplikatGruppe>& duplikate() const { return duplikate_; }
+    bool duplikateLaeuft() const { return duplikateLaeuft_; }
+    double duplikateFortschritt() const { return duplikateFortschritt_; }
+    const std::vector<Programm>& programme() const { return programme_; }
+    const std::vector<Verwaist>& verwaist() const { return verwaist_; }
+    bool programmeLaeuft() const { return programmeLaeuft_; }
+    const std::vector<Bauabfall>& bauabfall() const { return bauabfall_; }
+    bool bauLaeuft() const { return bauLaeuft_; }
+    const std::vector<ICloudOrdner>& icloud() const { return icloud_; }
+    const std::optional<bool>& optimieren() const { return optimieren_; }
+    const std::vector<Schnappschuss>& schnappschuesse() const { return schnappschuesse_; }
+    const std::vector<SystemdatenPosten>& systemdaten() const { return systemdaten_; }
+    bool tricksLaeuft() const { return tricksLaeuft_; }
+    const std::vector<Nachricht>& unterhaltung() const { return unterhaltung_; }
+    bool kiDenkt() const { return kiDenkt_; }
+    const std::vector<Fund>& kiVorschlag() const { return kiVorschlag_; }
+    KiSitzung* kiSitzungObjekt() const { return kiSitzung_.get(); }  // not observed
+    const std::optional<std::string>& kartenZiel() const { return kartenZiel_; }
+    const std::vector<Runde>& verlauf() const { return verlauf_; }
+    const std::optional<Runde>& letzteRunde() const { return letzteRunde_; }
+    const std::optional<Auftrag>& auftrag() const { return auftrag_; }
+    bool entsorgtGerade() const { return entsorgtGerade_; }
+    Entsorger& entsorger() { return *entsorger_; }                         // not observed
+    Plattenstand::Lage letzteLage() const { return waechter_->letzteLage(); }  // not observed
+
+    // ---- derived, computed on each read
+    // Findings of the catalog whose path is selected, rule by rule, finding by finding.
+    std::vector<Fund> katalogAusgewaehlt() const;
+    // Preselected findings of the rules of risk `sicher`: what the emergency action removes.
+    std::vector<Fund> katalogSicher() const;
+
+    // ---- writes from the pages and the assistant
+    void setzeSeite(Seite s);
+    void setzeAuswahl(std::set<std::string> auswahl);
+    void waehle(const std::string& pfad, bool an);
+    void waehle(const std::vector<Fund>& funde, bool an);  // a group's checkbox
+    bool istGewaehlt(const std::string& pfad) const { return auswahl_.contains(pfad); }
+    void setzeUnterhaltung(std::vector<Nachricht> n);
+    void setzeKiDenkt(bool an);
+    void setzeKiVorschlag(std::vector<Fund> funde);
+    void setzeKiSitzungObjekt(std::unique_ptr<KiSitzung> sitzung) { kiSitzung_ = std::move(sitzung); }
+    void setzeKartenZiel(std::optional<std::string> pfad);
+    void setzeAuftrag(std::optional<Auftrag> a);  // absent: the confirmation was cancelled
+    // The assistant answers questions through this; until it exists a question only opens its page.
+    void setzeFrageHaken(std::function<void(const std::string&)> haken) { frageHaken_ = std::move(haken); }
+
+    Einstellungen& einstellungen() { return *einstellungen_; }
+    int64_t warnGrenze() const { return einstellungen_->warnGrenze(); }
+
+    // ---- actions (on the owning thread)
+    void platteLesen();
+    // Reads the disk state and runs the watcher's notification rule.
+    void standAktualisieren();
+    void warnen(Plattenstand::Lage lage);
+    void pruefen();
+    void tiefenscan();
+    // Groups the candidates of the present deep scan; without one it waits for a running scan
+    // or starts one.
+    void duplikateSuchen();
+    void programmeLaden();
+    void projekteSuchen();
+    void tricksLaden();
+    void bitte(std::vector<Fund> funde, std::string titel);
+    // Disposals run one after the other; one asked for while another runs waits its turn.
+    void ausfuehren(const Auftrag& auftrag);
+    void rueckgaengig(const std::string& rundenId);
+    void auslagern(const ICloudOrdner& ordner);
+    void karteZeigen(const std::string& pfad);
+    void frageStellen(const std::string& text);
+    // The overview's emergency card: a fresh check (or the one running), then a confirmation
+    // request for the safe caches.
+    void notfall();
+
+    enum class Arbeit { katalog, scan, duplikate, programme, projekte, tricks };
+    // Stops a running finder; a stopped deep scan keeps what it found, the others keep their old lists.
+    void anhalten(Arbeit arbeit);
+    // Stops every finder and waits for a running disposal or undo to record its round. Afterwards
+    // no action starts anything. Called by the destructor too.
+    void beenden();
+
+signals:
+    void seiteGeaendert();
+    void standGeaendert();
+    void platteGeaendert();
+    void vollzugriffGeaendert();
+    void katalogGeaendert();
+    void katalogLaeuftGeaendert();
+    void katalogFortschrittGeaendert();
+    void katalogGeprueftGeaendert();
+    void auswahlGeaendert();
+    void scanGeaendert();
+    void scanLaeuftGeaendert();
+    void scanDateienGeaendert();
+    void scanBytesGeaendert();
+    void duplikateGeaendert();
+    void duplikateLaeuftGeaendert();
+    void duplikateFortschrittGeaendert();
+    void programmeGeaendert();
+    void verwaistGeaendert();
+    void programmeLaeuftGeaendert();
+    void bauabfallGeaendert();
+    void bauLaeuftGeaendert();
+    void icloudGeaendert();
+    void optimierenGeaendert();
+    void schnappschuesseGeaendert();
+    void systemdatenGeaendert();
+    void tricksLaeuftGeaendert();
+    void unterhaltungGeaendert();
+    void kiDenktGeaendert();
+    void kiVorschlagGeaendert();
+    void kartenZielGeaendert();
+    void verlaufGeaendert();
+    void letzteRundeGeaendert();
+    void auftragGeaendert();
+    void entsorgtGeradeGeaendert();
+
+    // `auslagern` is done: `fehler` empty on success, else what went wrong.
+    void ausgelagert(const QString& ordner, const QString& fehler);
+    // `rueckgaengig` is done: how many items went back, and a line per item that could not.
+    void zurueckgelegt(const QString& rundenId, int anzahl, const QStringList& fehler);
+
+private:
+    struct Lauf {
+        std::stop_source stopp;
+        Steuerung steuerung{stopp.get_token()};
+    };
+
+    template <typename T>
+    void setze(T& feld, T wert, void (AppModell::*signal)());
+    template <typename Ergebnis, typename Werk, typename Fertig>
+    void imHintergrund(QThreadPool& pool, const std::shared_ptr<Lauf>& lauf, Werk werk, Fertig fertig);
+    std::shared_ptr<Lauf> beginne(Arbeit arbeit);
+    // Ends the job's bookkeeping; false when it was stopped.
+    bool schliesse(Arbeit arbeit, const std::shared_ptr<Lauf>& lauf);
+    void leseFortschritt();
+    Umgebung umgebung() const;  // any thread
+    void starteDuplikate();
+    void nachEntsorgung(const Runde& runde);
+
+    Umfeld umfeld_;
+    std::unique_ptr<Einstellungen> einstellungen_;
+    std::unique_ptr<Verlauf> verlaufDatei_;
+    std::unique_ptr<Entsorger> entsorger_;
+    std::unique_ptr<Waechter> waechter_;
+    std::function<void(const std::string&)> frageHaken_;
+    std::unique_ptr<KiSitzung> kiSitzung_;
+
+    Seite seite_ = Seite::uebersicht;
+    Plattenstand stand_;
+    std::optional<Platte> platte_;
+    bool vollzugriff_ = false;
+    std::vector<RegelErgebnis> katalog_;
+    bool katalogLaeuft_ = false;
+    double katalogFortschritt_ = 0;
+    std::optional<Zeitpunkt> katalogGeprueft_;
+    std::set<std::string> auswahl_;
+    ScanZeiger scan_;
+    bool scanLaeuft_ = false;
+    int64_t scanDateien_ = 0;
+    int64_t scanBytes_ = 0;
+    std::vector<DuplikatGruppe> duplikate_;
+    bool duplikateLaeuft_ = false;
+    double duplikateFortschritt_ = 0;
+    std::vector<Programm> programme_;
+    std::vector<Verwaist> verwaist_;
+    bool programmeLaeuft_ = false;
+    std::vector<Bauabfall> bauabfall_;
+    bool bauLaeuft_ = false;
+    std::vector<ICloudOrdner> icloud_;
+    std::optional<bool> optimieren_;
+    std::vector<Schnappschuss> schnappschuesse_;
+    std::vector<SystemdatenPosten> systemdaten_;
+    bool tricksLaeuft_ = false;
+    std::vector<Nachricht> unterhaltung_;
+    bool kiDenkt_ = false;
+    std::vector<Fund> kiVorschlag_;
+    std::optional<std::string> kartenZiel_;
+    std::vector<Runde> verlauf_;
+    std::optional<Runde> letzteRunde_;
+    std::optional<Auftrag> auftrag_;
+    bool entsorgtGerade_ = false;
+
+    std::map<Arbeit, std::shared_ptr<Lauf>> laeufe_;
+    int offeneEntsorgungen_ = 0;
+    bool duplikateWartenAufScan_ = false;
+    bool notfallWartet_ = false;
+    bool beendet_ = false;
+    QTimer fortschrittTakt_;
+    // last, so they are gone (and have waited) before anything their jobs use
+    QThreadPool entsorgerFaden_;  // one thread: disposal and undo never overlap
+    QThreadPool faeden_;
+};
+
+}  // namespace hainbrem

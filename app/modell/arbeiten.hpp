@@ -1,0 +1,60 @@
+#pragma once
+// The one place where the model calls into the core's long operations. Each takes a
+// `Steuerung`: the model stops it through `halt` and polls its counters. Where a core call
+// still speaks in callbacks or its own counters, it is adapted here and nowhere else.
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "kern/duplikate.hpp"
+#include "kern/entsorger.hpp"
+#include "kern/katalog.hpp"
+#include "kern/plattenstand.hpp"
+#include "kern/programme.hpp"
+#include "kern/projekte.hpp"
+#include "kern/speichertricks.hpp"
+#include "kern/steuerung.hpp"
+#include "kern/tiefenscan.hpp"
+
+namespace hainbrem::arbeiten {
+
+namespace fs = std::filesystem;
+
+// All rules; a stopped check gives what was measured so far.
+std::vector<RegelErgebnis> pruefen(const Umgebung& umgebung, Steuerung& st);
+
+// `ganzePlatte`: the whole start disk, else the home folder. Files counted → erledigt, bytes → bytes.
+TiefenscanErgebnis tiefenscan(const fs::path& home, bool ganzePlatte, bool vollzugriff, Steuerung& st);
+
+std::vector<DuplikatGruppe> duplikate(const std::vector<DateiInfo>& kandidaten, Steuerung& st);
+
+struct ProgrammeErgebnis {
+    std::vector<Programm> programme;
+    std::vector<Verwaist> verwaist;
+};
+// `ordner` empty: the standard program folders.
+ProgrammeErgebnis programme(const Umgebung& umgebung, const std::vector<fs::path>& ordner, Steuerung& st);
+
+std::vector<Bauabfall> projekte(const Umgebung& umgebung, Steuerung& st);
+
+struct TricksErgebnis {
+    std::vector<ICloudOrdner> icloud;
+    std::optional<bool> optimieren;
+    std::vector<Schnappschuss> schnappschuesse;
+    std::vector<SystemdatenPosten> systemdaten;
+};
+TricksErgebnis tricks(const Umgebung& umgebung, Steuerung& st);
+
+// (evicted, failed)
+std::pair<int, int> auslagern(const std::vector<fs::path>& dateien, Steuerung& st);
+
+std::optional<Platte> platte();
+
+// Disposal is never stopped halfway: a round always ends recorded.
+Runde entsorgen(Entsorger& entsorger, const std::vector<Fund>& funde, const std::string& titel, const fs::path& ort,
+                Steuerung& st);
+Entsorger::Rueckgabe rueckgaengig(Entsorger& entsorger, const std::string& id, Steuerung& st);
+
+}  // namespace hainbrem::arbeiten

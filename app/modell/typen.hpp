@@ -1,0 +1,58 @@
+#pragma once
+// The application's own small records: its pages, a pending confirmation and the assistant's
+// messages.
+#include <array>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kern/datensaetze.hpp"
+#include "kern/duplikate.hpp"
+
+namespace hainbrem {
+
+// The pages in sidebar order; the raw value is the case name and the id.
+enum class Seite { uebersicht, assistent, aufraeumen, karte, grosse, duplikate, programme, projekte, tricks, verlauf };
+
+inline constexpr std::array<Seite, 10> alleSeiten{Seite::uebersicht, Seite::assistent, Seite::aufraeumen,
+                                                  Seite::karte,      Seite::grosse,    Seite::duplikate,
+                                                  Seite::programme,  Seite::projekte,  Seite::tricks,
+                                                  Seite::verlauf};
+
+std::string_view id(Seite s);
+std::string_view titel(Seite s);
+std::string_view symbol(Seite s);  // SF Symbol name
+std::optional<Seite> seiteAus(std::string_view id);
+
+// A pending request for confirmation; a fresh id each time one is made.
+struct Auftrag {
+    std::string id;
+    std::string titel;  // becomes the round's title
+    std::vector<Fund> funde;
+
+    std::vector<Fund> endgueltig() const;  // deleted outright, in order
+    std::vector<Fund> papierkorb() const;  // moved to the Trash, in order
+    bool operator==(const Auftrag&) const = default;
+};
+
+struct Nachricht {
+    std::string id;
+    bool vonMir = false;  // written by the user
+    std::string text;
+    bool operator==(const Nachricht&) const = default;
+};
+
+// The assistant's language-model session; the model only keeps it alive.
+struct KiSitzung {
+    virtual ~KiSitzung() = default;
+};
+
+// Large files and duplicate copies shown as findings, so every page selects and disposes alike:
+// into the Trash, dated by their last change.
+Fund alsFund(const DateiInfo& datei, bool vorgewaehlt = false);
+// Every copy of a group except the proposed keeper, preselected.
+std::vector<Fund> kopienAlsFunde(const DuplikatGruppe& gruppe);
+
+}  // namespace hainbrem
