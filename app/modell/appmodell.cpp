@@ -56,6 +56,13 @@ private:
 
 const std::string& fundPfad(const Fund& f) { return f.url.native(); }
 
+// Two rules (or a rule and a program's leftovers) may name the same path; it goes once, the
+// first finding wins, so nothing is counted twice or reported as gone on its second turn.
+void einmalJePfad(std::vector<Fund>& funde) {
+    std::unordered_set<std::string> gesehen;
+    std::erase_if(funde, [&](const Fund& f) { return !gesehen.insert(f.url.native()).second; });
+}
+
 }  // namespace
 
 std::filesystem::path AppModell::tempOrdner() { return SafetyGuard::benutzerTemp(); }
@@ -203,6 +210,7 @@ std::vector<Fund> AppModell::katalogAusgewaehlt() const {
     for (const auto& e : katalog_)
         for (const auto& f : e.funde)
             if (auswahl_.contains(f.url.native())) r.push_back(f);
+    einmalJePfad(r);
     return r;
 }
 
@@ -212,6 +220,7 @@ std::vector<Fund> AppModell::katalogSicher() const {
         if (e.regel.risiko == Risiko::sicher)
             for (const auto& f : e.funde)
                 if (f.vorgewaehlt) r.push_back(f);
+    einmalJePfad(r);
     return r;
 }
 
@@ -395,17 +404,18 @@ void AppModell::tricksLaden() {
 }
 
 void AppModell::bitte(std::vector<Fund> funde, std::string titel) {
+    einmalJePfad(funde);
     setzeAuftrag(Auftrag{neueKennung(), std::move(titel), std::move(funde)});
 }
 
-void AppModell::ausfuehren(const Auftrag& auftrag) {
+void AppModell::ausfuehren(Auftrag auftrag) {
     if (beendet_) return;
     setzeAuftrag(std::nullopt);
     ++offeneEntsorgungen_;
     setze(entsorgtGerade_, true, &AppModell::entsorgtGeradeGeaendert);
     imHintergrund<Runde>(
         entsorgerFaden_, std::make_shared<Lauf>(),
-        [this, auftrag](Steuerung& st) {
+        [this, auftrag = std::move(auftrag)](Steuerung& st) {
             return arbeiten::entsorgen(*entsorger_, auftrag.funde, auftrag.titel, umfeld_.home, st);
         },
         [this](Runde&& runde) {

@@ -148,7 +148,7 @@ public:
     Entsorger& entsorger() { return *entsorger_; }                         // not observed
     Plattenstand::Lage letzteLage() const { return waechter_->letzteLage(); }  // not observed
 
-    // ---- derived, computed on each read
+    // ---- derived, computed on each read; a path two rules found appears once, at its first place
     // Findings of the catalog whose path is selected, rule by rule, finding by finding.
     std::vector<Fund> katalogAusgewaehlt() const;
     // Preselected findings of the rules of risk `sicher`: what the emergency action removes.
@@ -185,9 +185,11 @@ public:
     void programmeLaden();
     void projekteSuchen();
     void tricksLaden();
+    // A new pending confirmation (replacing one still open); each path at most once.
     void bitte(std::vector<Fund> funde, std::string titel);
     // Disposals run one after the other; one asked for while another runs waits its turn.
-    void ausfuehren(const Auftrag& auftrag);
+    // By value: the pending `auftrag()` itself is usually passed, and this clears it.
+    void ausfuehren(Auftrag auftrag);
     void rueckgaengig(const std::string& rundenId);
     void auslagern(const ICloudOrdner& ordner);
     void karteZeigen(const std::string& pfad);
