@@ -21,8 +21,10 @@ int main(int argc, char** argv) {
     std::filesystem::path home = plattform::heimOrdner();
     const QStringList a = QCoreApplication::arguments();
     for (qsizetype i = 1; i < a.size(); ++i) {
-        if (a[i] == QLatin1String("--nur-scan")) nurScan = true;
-        else if (a[i] == QLatin1String("--home") && i + 1 < a.size()) home = a[++i].toStdString();
+        if (a[i] == QLatin1String("--nur-scan"))
+            nurScan = true;
+        else if (a[i] == QLatin1String("--home") && i + 1 < a.size())
+            home = a[++i].toStdString();
     }
     char muster[] = "/tmp/modell-last-XXXXXX";
     if (!::mkdtemp(muster)) return 1;
@@ -58,7 +60,7 @@ int main(int argc, char** argv) {
         probe.start();
         fertig.start();
         if (!nurScan) m.pruefen();
-        m.tiefenscan();  // the whole start disk
+        m.tiefenscan();                     // the whole start disk
         if (!nurScan) m.duplikateSuchen();  // waits for that scan, then groups its candidates
     });
     QCoreApplication::exec();

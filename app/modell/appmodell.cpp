@@ -99,8 +99,8 @@ AppModell::AppModell(Umfeld umfeld, QObject* eltern) : QObject(eltern), umfeld_(
     vollzugriff_ = umfeld_.vollzugriff(umfeld_.home);
     // 2. the disposer: guard for home and temp, the history, no dry run
     verlaufDatei_ = std::make_unique<Verlauf>(umfeld_.verlaufDatei);
-    entsorger_ = std::make_unique<Entsorger>(SafetyGuard(umfeld_.home, umfeld_.temp, umfeld_.programme),
-                                             *verlaufDatei_, false, umfeld_.laeuft);
+    entsorger_ = std::make_unique<Entsorger>(SafetyGuard(umfeld_.home, umfeld_.temp, umfeld_.programme), *verlaufDatei_,
+                                             false, umfeld_.laeuft);
     // 3. nothing this process does may pull a cloud file down
     CloudSchutz::aktivieren();
     // 4.
@@ -172,7 +172,9 @@ void AppModell::leseFortschritt() {
     for (const auto& [arbeit, lauf] : laeufe_) {
         const Steuerung& st = lauf->steuerung;
         switch (arbeit) {
-            case Arbeit::katalog: setze(katalogFortschritt_, st.anteil(), &AppModell::katalogFortschrittGeaendert); break;
+            case Arbeit::katalog:
+                setze(katalogFortschritt_, st.anteil(), &AppModell::katalogFortschrittGeaendert);
+                break;
             case Arbeit::scan:
                 setze(scanDateien_, st.erledigt.load(), &AppModell::scanDateienGeaendert);
                 setze(scanBytes_, st.bytes.load(), &AppModell::scanBytesGeaendert);
@@ -180,7 +182,8 @@ void AppModell::leseFortschritt() {
             case Arbeit::duplikate:
                 setze(duplikateFortschritt_, st.anteil(), &AppModell::duplikateFortschrittGeaendert);
                 break;
-            default: break;
+            default:
+                break;
         }
     }
 }
@@ -232,16 +235,20 @@ void AppModell::setzeAuswahl(std::set<std::string> a) { setze(auswahl_, std::mov
 void AppModell::waehle(const std::string& pfad, bool an) {
     if (istGewaehlt(pfad) == an) return;
     auto neu = auswahl_;
-    if (an) neu.insert(pfad);
-    else neu.erase(pfad);
+    if (an)
+        neu.insert(pfad);
+    else
+        neu.erase(pfad);
     setzeAuswahl(std::move(neu));
 }
 
 void AppModell::waehle(const std::vector<Fund>& funde, bool an) {
     auto neu = auswahl_;
     for (const auto& f : funde) {
-        if (an) neu.insert(f.url.native());
-        else neu.erase(f.url.native());
+        if (an)
+            neu.insert(f.url.native());
+        else
+            neu.erase(f.url.native());
     }
     setzeAuswahl(std::move(neu));
 }
@@ -250,7 +257,9 @@ void AppModell::setzeUnterhaltung(std::vector<Nachricht> n) {
     setze(unterhaltung_, std::move(n), &AppModell::unterhaltungGeaendert);
 }
 void AppModell::setzeKiDenkt(bool an) { setze(kiDenkt_, an, &AppModell::kiDenktGeaendert); }
-void AppModell::setzeKiVorschlag(std::vector<Fund> f) { setze(kiVorschlag_, std::move(f), &AppModell::kiVorschlagGeaendert); }
+void AppModell::setzeKiVorschlag(std::vector<Fund> f) {
+    setze(kiVorschlag_, std::move(f), &AppModell::kiVorschlagGeaendert);
+}
 void AppModell::setzeKartenZiel(std::optional<std::string> p) {
     setze(kartenZiel_, std::move(p), &AppModell::kartenZielGeaendert);
 }
@@ -319,8 +328,7 @@ void AppModell::tiefenscan() {
             // full disk access decides what the scan may enter, so it is asked afresh
             const bool vz = umfeld_.vollzugriff(umfeld_.home);
             QMetaObject::invokeMethod(
-                this, [this, vz] { setze(vollzugriff_, vz, &AppModell::vollzugriffGeaendert); },
-                Qt::QueuedConnection);
+                this, [this, vz] { setze(vollzugriff_, vz, &AppModell::vollzugriffGeaendert); }, Qt::QueuedConnection);
             return arbeiten::tiefenscan(umfeld_.home, umfeld_.ganzePlatte, vz, st);
         },
         [this, lauf](TiefenscanErgebnis&& e) {
@@ -330,8 +338,10 @@ void AppModell::tiefenscan() {
                   &AppModell::scanGeaendert);
             setze(scanLaeuft_, false, &AppModell::scanLaeuftGeaendert);
             if (!std::exchange(duplikateWartenAufScan_, false)) return;
-            if (fertig) starteDuplikate();
-            else setze(duplikateLaeuft_, false, &AppModell::duplikateLaeuftGeaendert);
+            if (fertig)
+                starteDuplikate();
+            else
+                setze(duplikateLaeuft_, false, &AppModell::duplikateLaeuftGeaendert);
         });
 }
 
@@ -354,7 +364,8 @@ void AppModell::starteDuplikate() {
     imHintergrund<std::vector<DuplikatGruppe>>(
         faeden_, lauf, [scan = scan_](Steuerung& st) { return arbeiten::duplikate(scan->kandidaten, st); },
         [this, lauf](std::vector<DuplikatGruppe>&& gruppen) {
-            if (schliesse(Arbeit::duplikate, lauf)) setze(duplikate_, std::move(gruppen), &AppModell::duplikateGeaendert);
+            if (schliesse(Arbeit::duplikate, lauf))
+                setze(duplikate_, std::move(gruppen), &AppModell::duplikateGeaendert);
             setze(duplikateLaeuft_, false, &AppModell::duplikateLaeuftGeaendert);
         });
 }

@@ -39,27 +39,28 @@ namespace hainbrem {
 // Everything the model takes from outside, with the real system as default, so tests can hand
 // in a fixture home, their own settings and history, and a watcher that runs in milliseconds.
 struct Umfeld {
-    std::filesystem::path home;                      // empty: the user's home folder
-    std::filesystem::path temp;                      // empty: AppModell::tempOrdner()
+    std::filesystem::path home;                         // empty: the user's home folder
+    std::filesystem::path temp;                         // empty: AppModell::tempOrdner()
     std::filesystem::path programme = "/Applications";  // the guard's system Applications folder
     std::vector<std::filesystem::path> programmOrdner;  // where programs are listed; empty: the standard ones
-    std::filesystem::path verlaufDatei;              // empty: the standard history below home
-    QString einstellungsDatei;                       // empty: the platform's settings store
-    std::optional<QStringList> argumente;            // absent: the process's arguments
-    bool ganzePlatte = true;                         // the deep scan covers the start disk, else only home
-    std::chrono::milliseconds takt{20'000};          // the watcher's sleep
-    std::shared_ptr<Wecker> wecker;                  // empty: a QTimer
+    std::filesystem::path verlaufDatei;                 // empty: the standard history below home
+    QString einstellungsDatei;                          // empty: the platform's settings store
+    std::optional<QStringList> argumente;               // absent: the process's arguments
+    bool ganzePlatte = true;                            // the deep scan covers the start disk, else only home
+    std::chrono::milliseconds takt{20'000};             // the watcher's sleep
+    std::shared_ptr<Wecker> wecker;                     // empty: a QTimer
     std::function<Plattenstand(const std::filesystem::path&)> plattenstand;  // empty: Plattenstand::jetzt
-    std::function<std::optional<Platte>()> platte;                          // empty: Platte::lesen
-    std::function<bool(const std::filesystem::path&)> vollzugriff;          // empty: Zugriff::vollzugriff
-    std::function<void(const plattform::Benachrichtigung&)> melden;         // empty: system notifications
-    std::function<bool(const std::string&)> laeuft;                         // empty: the running programs
+    std::function<std::optional<Platte>()> platte;                           // empty: Platte::lesen
+    std::function<bool(const std::filesystem::path&)> vollzugriff;           // empty: Zugriff::vollzugriff
+    std::function<void(const plattform::Benachrichtigung&)> melden;          // empty: system notifications
+    std::function<bool(const std::string&)> laeuft;                          // empty: the running programs
 };
 
 using ScanZeiger = std::shared_ptr<const TiefenscanErgebnis>;  // null: no scan yet
 
 class AppModell : public QObject {
     Q_OBJECT
+    // clang-format off
     Q_PROPERTY(hainbrem::Seite seite READ seite WRITE setzeSeite NOTIFY seiteGeaendert)
     Q_PROPERTY(hainbrem::Plattenstand stand READ stand NOTIFY standGeaendert)
     Q_PROPERTY(std::optional<hainbrem::Platte> platte READ platte NOTIFY platteGeaendert)
@@ -94,6 +95,7 @@ class AppModell : public QObject {
     Q_PROPERTY(std::optional<hainbrem::Runde> letzteRunde READ letzteRunde NOTIFY letzteRundeGeaendert)
     Q_PROPERTY(std::optional<hainbrem::Auftrag> auftrag READ auftrag WRITE setzeAuftrag NOTIFY auftragGeaendert)
     Q_PROPERTY(bool entsorgtGerade READ entsorgtGerade NOTIFY entsorgtGeradeGeaendert)
+    // clang-format on
 
 public:
     // Creation: reads the disk, builds the disposer, switches off cloud downloads, loads the
@@ -145,7 +147,7 @@ public:
     const std::optional<Runde>& letzteRunde() const { return letzteRunde_; }
     const std::optional<Auftrag>& auftrag() const { return auftrag_; }
     bool entsorgtGerade() const { return entsorgtGerade_; }
-    Entsorger& entsorger() { return *entsorger_; }                         // not observed
+    Entsorger& entsorger() { return *entsorger_; }                             // not observed
     Plattenstand::Lage letzteLage() const { return waechter_->letzteLage(); }  // not observed
 
     // ---- derived, computed on each read; a path two rules found appears once, at its first place

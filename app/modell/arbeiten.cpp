@@ -51,7 +51,8 @@ TiefenscanErgebnis tiefenscan(const fs::path& home, bool ganzePlatte, bool vollz
 
 std::vector<DuplikatGruppe> duplikate(const std::vector<DateiInfo>& kandidaten, Steuerung& st) {
     alsAnteil(st, 0);
-    return Duplikate::finde(kandidaten, [&](double a) { alsAnteil(st, a); }, st.halt);
+    return Duplikate::finde(
+        kandidaten, [&](double a) { alsAnteil(st, a); }, st.halt);
 }
 
 ProgrammeErgebnis programme(const Umgebung& umgebung, const std::vector<fs::path>& ordner, Steuerung& st) {

@@ -49,8 +49,8 @@ std::vector<Fund> Auftrag::papierkorb() const {
 }
 
 Fund alsFund(const DateiInfo& datei, bool vorgewaehlt) {
-    return Fund{datei.url(), datei.belegt, Entsorgung::papierkorb, std::nullopt, datei.geaendert, vorgewaehlt,
-                std::nullopt};
+    return Fund{datei.url(), datei.belegt, Entsorgung::papierkorb, std::nullopt, datei.geaendert,
+                vorgewaehlt, std::nullopt};
 }
 
 std::vector<Fund> kopienAlsFunde(const DuplikatGruppe& gruppe) {

@@ -16,10 +16,9 @@ namespace hainbrem {
 // The pages in sidebar order; the raw value is the case name and the id.
 enum class Seite { uebersicht, assistent, aufraeumen, karte, grosse, duplikate, programme, projekte, tricks, verlauf };
 
-inline constexpr std::array<Seite, 10> alleSeiten{Seite::uebersicht, Seite::assistent, Seite::aufraeumen,
-                                                  Seite::karte,      Seite::grosse,    Seite::duplikate,
-                                                  Seite::programme,  Seite::projekte,  Seite::tricks,
-                                                  Seite::verlauf};
+inline constexpr std::array<Seite, 10> alleSeiten{
+    Seite::uebersicht, Seite::assistent, Seite::aufraeumen, Seite::karte,  Seite::grosse,
+    Seite::duplikate,  Seite::programme, Seite::projekte,   Seite::tricks, Seite::verlauf};
 
 std::string_view id(Seite s);
 std::string_view titel(Seite s);

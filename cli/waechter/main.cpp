@@ -78,7 +78,8 @@ int main(int argc, char** argv) {
     QObject::connect(&waechter, &Waechter::gelesen, [&](const Plattenstand& s) {
         if (gezeigt == s) return;
         gezeigt = s;
-        const std::string zeit = isoZeit(std::chrono::time_point_cast<std::chrono::seconds>(std::chrono::system_clock::now()));
+        const std::string zeit =
+            isoZeit(std::chrono::time_point_cast<std::chrono::seconds>(std::chrono::system_clock::now()));
         const std::string lage(name(s.lage(grenze())));
         if (json) {
             const nlohmann::ordered_json j{{"zeit", zeit},

@@ -44,8 +44,10 @@ struct Benachrichtiger::Innen {
             QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("Notify"));
         QVariantMap hinweise;
         hinweise.insert(QStringLiteral("urgency"), QVariant::fromValue<uchar>(b.kritisch ? 2 : 1));
-        if (b.kritisch) hinweise.insert(QStringLiteral("sound-name"), QStringLiteral("dialog-warning"));
-        else hinweise.insert(QStringLiteral("suppress-sound"), true);
+        if (b.kritisch)
+            hinweise.insert(QStringLiteral("sound-name"), QStringLiteral("dialog-warning"));
+        else
+            hinweise.insert(QStringLiteral("suppress-sound"), true);
         // replaces_id: the server swaps the previous warning for this one
         m << QStringLiteral("Hainbrem") << letzteId << QString() << QString::fromStdString(b.titel)
           << QString::fromStdString(b.text) << QStringList() << hinweise << -1;
@@ -78,8 +80,10 @@ Benachrichtiger::~Benachrichtiger() {
 void Benachrichtiger::zeige(const Benachrichtigung& b) {
     if (!innen_->verbindung().isConnected()) return;
     // one call at a time, so the next one knows the id it replaces
-    if (innen_->wartet) innen_->naechste = b;
-    else innen_->sende(b);
+    if (innen_->wartet)
+        innen_->naechste = b;
+    else
+        innen_->sende(b);
 }
 
 namespace Anmeldung {

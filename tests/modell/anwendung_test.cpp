@@ -1,5 +1,7 @@
 // Notifications against a real private dbus-daemon with a small notification service on it,
 // and the login item as an XDG autostart entry in a fixture home.
+#include "plattform/anwendung.hpp"
+
 #include <gtest/gtest.h>
 
 #include <QDBusConnection>
@@ -8,7 +10,6 @@
 #include <fstream>
 #include <sstream>
 
-#include "plattform/anwendung.hpp"
 #include "plattform/plattform.hpp"
 #include "welt.hpp"
 
@@ -119,8 +120,10 @@ TEST(Anmeldung, AutostartEintragInXdgConfigHomeNurInnerhalbVonHome) {
         {"relativ", home / ".config/autostart/hainbrem.desktop"},
     };
     for (const auto& [xdg, erwartet] : faelle) {
-        if (xdg.empty()) ::unsetenv("XDG_CONFIG_HOME");
-        else ::setenv("XDG_CONFIG_HOME", xdg.c_str(), 1);
+        if (xdg.empty())
+            ::unsetenv("XDG_CONFIG_HOME");
+        else
+            ::setenv("XDG_CONFIG_HOME", xdg.c_str(), 1);
         EXPECT_FALSE(plattform::Anmeldung::istAn(home)) << xdg;
         ASSERT_TRUE(plattform::Anmeldung::setzen(true, home)) << xdg;
         EXPECT_TRUE(plattform::Anmeldung::istAn(home)) << xdg;

@@ -16,17 +16,16 @@ namespace {
 using namespace std::chrono_literals;
 
 TEST(Seiten, ReihenfolgeTitelUndSymbole) {
-    std::vector<std::string> zeilen;
+    std::string zeilen;
     for (Seite s : alleSeiten) {
-        zeilen.push_back(std::string(id(s)) + "|" + std::string(titel(s)) + "|" + std::string(symbol(s)));
+        zeilen += std::string(id(s)) + "|" + std::string(titel(s)) + "|" + std::string(symbol(s)) + "\n";
         EXPECT_EQ(seiteAus(id(s)), s);
     }
-    EXPECT_EQ(zeilen, (std::vector<std::string>{
-                          "uebersicht|Übersicht|sun.horizon", "assistent|Assistent|sparkles", "aufraeumen|Aufräumen|leaf",
-                          "karte|Speicherkarte|circle.circle", "grosse|Große & alte Dateien|doc.richtext",
-                          "duplikate|Duplikate|square.on.square", "programme|Programme|app.dashed",
-                          "projekte|Projekte|hammer", "tricks|iCloud & System|icloud",
-                          "verlauf|Verlauf|clock.arrow.circlepath"}));
+    EXPECT_EQ(zeilen,
+              "uebersicht|Übersicht|sun.horizon\nassistent|Assistent|sparkles\naufraeumen|Aufräumen|leaf\n"
+              "karte|Speicherkarte|circle.circle\ngrosse|Große & alte Dateien|doc.richtext\n"
+              "duplikate|Duplikate|square.on.square\nprogramme|Programme|app.dashed\nprojekte|Projekte|hammer\n"
+              "tricks|iCloud & System|icloud\nverlauf|Verlauf|clock.arrow.circlepath\n");
     EXPECT_FALSE(seiteAus("Uebersicht"));
 }
 
@@ -50,11 +49,21 @@ TEST(Modell, JedesFeldMeldetNurSichSelbstUndGleichesSchweigt) {
         {"seite", [&] { m.setzeSeite(Seite::karte); }},
         {"auswahl", [&] { m.waehle("/x", true); }},
         {"kartenZiel", [&] { m.setzeKartenZiel("/x"); }},
-        {"auftrag", [&] { m.setzeAuftrag(Auftrag{"1", "Titel", {f}}); }},
-        {"unterhaltung", [&] { m.setzeUnterhaltung({{"1", true, "Was kann weg?"}}); }},
+        {"auftrag",
+         [&] {
+             m.setzeAuftrag(Auftrag{"1", "Titel", {f}});
+         }},
+        {"unterhaltung",
+         [&] {
+             m.setzeUnterhaltung({{"1", true, "Was kann weg?"}});
+         }},
         {"kiDenkt", [&] { m.setzeKiDenkt(true); }},
         {"kiVorschlag", [&] { m.setzeKiVorschlag({f}); }},
-        {"stand", [&] { w.platz->frei = 49 * GB; m.standAktualisieren(); }},
+        {"stand",
+         [&] {
+             w.platz->frei = 49 * GB;
+             m.standAktualisieren();
+         }},
     };
     for (const auto& [feld, schreibe] : schreiben)
         for (const int erwartet : {1, 0}) {  // the second, equal write notifies nobody
@@ -207,7 +216,6 @@ TEST(Modell, StartEinstellungenAusArgumentenUndSpeicher) {
     const std::vector<Fall> faelle{
         {{}, {}, false, Seite::uebersicht, ""},
         {{"-testlauf", "YES"}, {}, true, Seite::uebersicht, ""},
-        {{"-testlauf", "1"}, {}, true, Seite::uebersicht, ""},
         {{"-testlauf", "NO"}, {}, false, Seite::uebersicht, ""},
         {{}, {{"testlauf", "true"}}, true, Seite::uebersicht, ""},
         {{"-testlauf", "0"}, {{"testlauf", "true"}}, false, Seite::uebersicht, ""},
@@ -215,8 +223,7 @@ TEST(Modell, StartEinstellungenAusArgumentenUndSpeicher) {
         {{"-seite", "gibtsnicht"}, {{"seite", "verlauf"}}, false, Seite::uebersicht, ""},
         {{}, {{"seite", "verlauf"}}, false, Seite::verlauf, ""},
         {{"-pruefen", "YES", "-scan", "true"}, {}, false, Seite::uebersicht, "ks"},
-        {{"-duplikate", "1"}, {}, false, Seite::uebersicht, "sd"},
-        {{}, {{"pruefen", "YES"}}, false, Seite::uebersicht, "k"},
+        {{"-duplikate", "1"}, {{"pruefen", "YES"}}, false, Seite::uebersicht, "ksd"},
     };
     Welt w;
     for (const auto& fall : faelle) {
@@ -245,7 +252,7 @@ struct Schranke {
         if (!scharf.exchange(false)) return;
         drin = true;
         while (!beenden) std::this_thread::sleep_for(1ms);
-        std::this_thread::sleep_for(50ms);  // beenden() has asked everything to stop meanwhile
+        std::this_thread::sleep_for(200ms);  // beenden() has asked everything to stop meanwhile
     }
 };
 

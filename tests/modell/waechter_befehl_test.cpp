@@ -17,7 +17,8 @@ TEST(WaechterBefehl, ZeigtDieAblesungUndEndetSauberAufSignal) {
         QStringList argumente;
         int signal;
     };
-    for (const auto& [argumente, signal] : std::vector<Fall>{{{"waechter"}, SIGTERM}, {{"--json", "waechter", "--grenze", "2.5"}, SIGINT}}) {
+    for (const auto& [argumente, signal] :
+         std::vector<Fall>{{{"waechter"}, SIGTERM}, {{"--json", "waechter", "--grenze", "2.5"}, SIGINT}}) {
         QProcess p;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert("HOME", QString::fromStdString(home.native()));

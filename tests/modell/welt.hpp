@@ -7,9 +7,9 @@
 #include <memory>
 #include <vector>
 
-#include "app/modell/appmodell.hpp"
 #include "../fixture_home.hpp"
 #include "../testordner.hpp"
+#include "app/modell/appmodell.hpp"
 
 namespace hainbrem::test {
 
