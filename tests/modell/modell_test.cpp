@@ -91,7 +91,16 @@ TEST(Modell, NachDemAufraeumenIstNichtsEntferntesMehrGewaehltOderGelistet) {
     m.tiefenscan();
     m.programmeLaden();
     m.projekteSuchen();
-    ASSERT_TRUE(warte([&] { return !m.katalogLaeuft() && !m.scanLaeuft() && !m.programmeLaeuft() && !m.bauLaeuft(); }));
+    m.tricksLaden();
+    ASSERT_TRUE(warte([&] {
+        return !m.katalogLaeuft() && !m.scanLaeuft() && !m.programmeLaeuft() && !m.bauLaeuft() && !m.tricksLaeuft();
+    }));
+    EXPECT_EQ(m.systemdaten().size(), 4u);
+    QSignalSpy ausgelagert(&m, &AppModell::ausgelagert);
+    m.auslagern(ICloudOrdner{"Documents", {w.mac.home() / "Documents/Brief.txt"}, 2048, std::nullopt});
+    ASSERT_TRUE(warte([&] { return ausgelagert.count() == 1; }));
+    EXPECT_EQ(ausgelagert[0][1].toString(),
+              "Keine Datei ließ sich auslagern; sie bleiben auf dem Mac.");  // no cloud here
     m.duplikateSuchen();
     ASSERT_TRUE(warte([&] { return !m.duplikateLaeuft(); }));
     ASSERT_EQ(m.duplikate().size(), 1u);
