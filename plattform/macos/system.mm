@@ -23,6 +23,12 @@ fs::path benutzerTemp() {
     return fs::path(puffer);
 }
 
+// The system's own per-user temp folders; TMPDIR plays no part on macOS.
+std::vector<fs::path> tempWurzeln() { return {"/private/var/folders", "/private/tmp", "/private/var/tmp"}; }
+fs::path tempErsatz() { return benutzerTemp(); }
+
+bool istFluechtig(const fs::path&) { return false; }
+
 bool vollzugriff(const fs::path& home) {
     const fs::path tcc = home / "Library/Application Support/com.apple.TCC/TCC.db";
     const int fd = ::open(tcc.c_str(), O_RDONLY | O_CLOEXEC);
