@@ -50,6 +50,7 @@ int aufraeumen(const Kontext& k) {
         if (!Katalog::regel(id)) return fehler("Unbekannte Regel „" + id + "“. Die Regeln zeigt: hainbrem regeln");
     Verlauf verlauf(Verlauf::standardDatei(k.home));
     warneUnlesbar(verlauf);
+    if (k.tempHinweis) warnung(*k.tempHinweis);
     Umgebung u{k.home, k.temp, Zugriff::vollzugriff(k.home), laufTest(), verlauf.imPapierkorb()};
     Fortschritt fortschritt;
     const auto ergebnisse = Katalog::pruefe(

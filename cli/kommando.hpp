@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace hainbrem::cli {
@@ -12,7 +13,8 @@ namespace hainbrem::cli {
 struct Kontext {
     bool json = false;
     std::filesystem::path home;  // HOME (so a fixture home is just HOME=/dir hainbrem …)
-    std::filesystem::path temp;  // TMPDIR, else /tmp
+    std::filesystem::path temp;  // TMPDIR when it is a real temp folder, else /tmp
+    std::optional<std::string> tempHinweis;  // why TMPDIR was not used
 };
 
 struct Kommando {

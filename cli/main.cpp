@@ -5,6 +5,7 @@
 
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
+#include "kern/safetyguard.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem::cli {
@@ -92,7 +93,9 @@ int main(int argc, char** argv) {
         return 2;
     }
     kontext.home = plattform::heimOrdner();
-    kontext.temp = plattform::benutzerTemp();
+    auto temp = SafetyGuard::benutzerTemp(kontext.home);
+    kontext.temp = std::move(temp.ordner);
+    kontext.tempHinweis = std::move(temp.hinweis);
     for (const auto& [sub, k] : unter)
         if (sub->parsed()) return k->ausfuehren(kontext);
     return 2;

@@ -39,6 +39,7 @@ int pruefen(const Kontext& k) {
     }
     if (auswahl.empty()) auswahl = Katalog::regeln();
 
+    if (k.tempHinweis) warnung(*k.tempHinweis);
     Umgebung umgebung;
     umgebung.home = k.home;
     umgebung.temp = k.temp;

@@ -13,6 +13,7 @@
 #include "kern/papierkorb_info.hpp"
 #include "kern/regel_namen.hpp"
 #include "kern/safetyguard.hpp"
+#include "kern/tempordner.hpp"
 #include "plattform/papierkorb_datum.hpp"
 #include "plattform/plattform.hpp"
 
@@ -286,8 +287,12 @@ std::vector<Fund> findeTemporaer(const Umgebung& u) {
     std::vector<Fund> funde;
     const auto jetzt = std::chrono::system_clock::now();
     const uid_t ich = ::geteuid();
-    for (const auto& e : kinder(u.temp)) {
+    // whoever built the environment, only a real temp folder is searched
+    char puffer[PATH_MAX];
+    const std::string heim = ::realpath(u.home.c_str(), puffer) ? puffer : u.home.native();
+    for (const auto& e : kinder(waehleTemp(u.home, u.temp).ordner)) {
         const std::string n = name(e);
+        if (heim.starts_with(aufgeloest(e) + "/")) continue;  // a home below /tmp is no temp file
         if (n.starts_with("com.apple.") || n.starts_with("TemporaryItems")) continue;
         struct stat st;
         if (::lstat(e.c_str(), &st) != 0) continue;

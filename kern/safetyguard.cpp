@@ -142,7 +142,7 @@ bool hatPunktTeil(std::string_view pfad) {
 
 SafetyGuard::SafetyGuard(const fs::path& home, const fs::path& temp, fs::path programme, std::string eigeneKennung)
     : home_(aufgeloestOderGegeben(home)),
-      temp_(aufgeloestOderGegeben(temp)),
+      temp_(aufgeloestOderGegeben(waehleTemp(home, temp).ordner)),
       programme_(aufgeloestOderGegeben(programme)),
       eigeneKennung_(std::move(eigeneKennung)) {
     const plattform::Profil profil = plattform::profil(home);
@@ -164,7 +164,9 @@ SafetyGuard::SafetyGuard(const fs::path& home, const fs::path& temp, fs::path pr
             zusatzStandardordner_.push_back(rel);
 }
 
-fs::path SafetyGuard::benutzerTemp() { return plattform::benutzerTemp(); }
+fs::path SafetyGuard::benutzerTemp() { return benutzerTemp(plattform::heimOrdner()).ordner; }
+
+TempWahl SafetyGuard::benutzerTemp(const fs::path& home) { return waehleTemp(home, plattform::benutzerTemp()); }
 
 Urteil SafetyGuard::pruefe(const fs::path& url, Entsorgung art) const {
     const std::string& roh = url.native();
@@ -200,6 +202,7 @@ Urteil SafetyGuard::pruefe(const fs::path& url, Entsorgung art) const {
 
 Urteil SafetyGuard::pruefeTemp(const std::string& pfad, Entsorgung art) const {
     if (art != Entsorgung::loeschen) return Urteil::abgelehnt("Temporäre Dateien werden gelöscht, nicht verschoben");
+    if (liegtUnter(home_, pfad)) return Urteil::abgelehnt(std::string(enthaeltHome));
     // Only what is ours: the entry directly in the temp folder and the item itself.
     const std::string rest = pfad.substr(temp_.size() + 1);
     const std::string eintrag = temp_ + "/" + rest.substr(0, rest.find('/'));

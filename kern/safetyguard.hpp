@@ -8,12 +8,14 @@
 #include <vector>
 
 #include "kern/datensaetze.hpp"
+#include "kern/tempordner.hpp"
 
 namespace hainbrem {
 
 class SafetyGuard {
 public:
-    // home/temp resolved with realpath (kept as given when that fails). `programme` is the system
+    // home/temp resolved with realpath (kept as given when that fails); a temp folder that is
+    // no real one (waehleTemp) is replaced by the system's. `programme` is the system
     // Applications folder, `eigeneKennung` this program's own bundle identifier; both are
     // parameters so tests can use fixtures.
     SafetyGuard(const std::filesystem::path& home, const std::filesystem::path& temp,
@@ -23,8 +25,12 @@ public:
     static constexpr std::string_view standardKennung = "de.hainbrem.Hainbrem";
     // The shared temp folder of a Linux system holds other users' entries too.
     static constexpr std::string_view fremderEintrag = "Gehört einem anderen Benutzer – wird nicht angefasst";
+    // A temp entry that holds the home folder (a home below /tmp) is never temporary.
+    static constexpr std::string_view enthaeltHome = "Enthält deinen Benutzerordner";
 
-    static std::filesystem::path benutzerTemp();  // = plattform::benutzerTemp()
+    // The user's temp folder as far as it may be trusted, and why the configured one was not.
+    static std::filesystem::path benutzerTemp();
+    static TempWahl benutzerTemp(const std::filesystem::path& home);
 
     // The single entry point: may this location be removed in this way?
     Urteil pruefe(const std::filesystem::path& url, Entsorgung art) const;

@@ -24,6 +24,13 @@ inline constexpr bool istMacOS = false;
 fs::path heimOrdner();
 // The per-user temporary folder (macOS: the Darwin user temp dir; Linux: TMPDIR, else /tmp).
 fs::path benutzerTemp();
+// Folders the system itself keeps for temporary files (Linux: /tmp, /var/tmp; macOS: the
+// per-user folders below /private/var/folders and /private/tmp), and the one to fall back on.
+std::vector<fs::path> tempWurzeln();
+fs::path tempErsatz();
+// True when `pfad` lies on a file system that lives only in memory (tmpfs, ramfs).
+bool istFluechtig(const fs::path& pfad);
+
 // The file of the running program; empty when the system does not tell.
 fs::path eigenesProgramm();
 

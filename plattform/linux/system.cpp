@@ -5,6 +5,8 @@
 #include <pwd.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <linux/magic.h>
+#include <sys/statfs.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 #include <dirent.h>
@@ -35,6 +37,15 @@ fs::path heimOrdner() {
 fs::path benutzerTemp() {
     if (const char* t = std::getenv("TMPDIR"); t && *t == '/') return fs::path(t);
     return fs::path("/tmp");
+}
+
+std::vector<fs::path> tempWurzeln() { return {"/tmp", "/var/tmp"}; }
+fs::path tempErsatz() { return "/tmp"; }
+
+bool istFluechtig(const fs::path& pfad) {
+    struct statfs sf {};
+    if (::statfs(pfad.c_str(), &sf) != 0) return false;
+    return sf.f_type == TMPFS_MAGIC || sf.f_type == RAMFS_MAGIC;
 }
 
 fs::path eigenesProgramm() {

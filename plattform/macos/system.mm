@@ -24,6 +24,12 @@ fs::path benutzerTemp() {
     return fs::path(puffer);
 }
 
+// The system's own per-user temp folders; TMPDIR plays no part on macOS.
+std::vector<fs::path> tempWurzeln() { return {"/private/var/folders", "/private/tmp", "/private/var/tmp"}; }
+fs::path tempErsatz() { return benutzerTemp(); }
+
+bool istFluechtig(const fs::path&) { return false; }
+
 fs::path eigenesProgramm() {
     char puffer[4096];
     uint32_t laenge = sizeof puffer;
