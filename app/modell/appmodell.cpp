@@ -65,11 +65,15 @@ void einmalJePfad(std::vector<Fund>& funde) {
 
 }  // namespace
 
-std::filesystem::path AppModell::tempOrdner() { return SafetyGuard::benutzerTemp(); }
+TempWahl AppModell::tempOrdner(const std::filesystem::path& home) { return SafetyGuard::benutzerTemp(home); }
 
 AppModell::AppModell(Umfeld umfeld, QObject* eltern) : QObject(eltern), umfeld_(std::move(umfeld)) {
     if (umfeld_.home.empty()) umfeld_.home = plattform::heimOrdner();
-    if (umfeld_.temp.empty()) umfeld_.temp = tempOrdner();
+    if (umfeld_.temp.empty()) {
+        TempWahl t = tempOrdner(umfeld_.home);
+        umfeld_.temp = std::move(t.ordner);
+        tempHinweis_ = std::move(t.hinweis);
+    }
     if (umfeld_.verlaufDatei.empty()) umfeld_.verlaufDatei = Verlauf::standardDatei(umfeld_.home);
     if (!umfeld_.platte) umfeld_.platte = &arbeiten::platte;
     if (!umfeld_.vollzugriff) umfeld_.vollzugriff = &Zugriff::vollzugriff;

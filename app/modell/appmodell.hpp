@@ -30,6 +30,7 @@
 #include "kern/projekte.hpp"
 #include "kern/speichertricks.hpp"
 #include "kern/steuerung.hpp"
+#include "kern/tempordner.hpp"
 #include "kern/tiefenscan.hpp"
 #include "kern/verlauf.hpp"
 #include "plattform/anwendung.hpp"
@@ -40,7 +41,7 @@ namespace hainbrem {
 // in a fixture home, their own settings and history, and a watcher that runs in milliseconds.
 struct Umfeld {
     std::filesystem::path home;                         // empty: the user's home folder
-    std::filesystem::path temp;                         // empty: AppModell::tempOrdner()
+    std::filesystem::path temp;                         // empty: AppModell::tempOrdner(home)
     std::filesystem::path programme = "/Applications";  // the guard's system Applications folder
     std::vector<std::filesystem::path> programmOrdner;  // where programs are listed; empty: the standard ones
     std::filesystem::path verlaufDatei;                 // empty: the standard history below home
@@ -105,8 +106,11 @@ public:
     // Quits (see `beenden`).
     ~AppModell() override;
 
-    // The user's temporary folder; the one place the model takes it from.
-    static std::filesystem::path tempOrdner();
+    // The user's temporary folder for `home` as far as it may be trusted; the one place the model
+    // takes it from.
+    static TempWahl tempOrdner(const std::filesystem::path& home);
+    // Why the configured temp folder (TMPDIR) is not used; absent when it is, or when given.
+    const std::optional<std::string>& tempHinweis() const { return tempHinweis_; }
 
     static constexpr const char* notfallTitel = "Notfall: sichere Caches freigeben";
     static constexpr const char* sichereCachesTitel = "Sichere Caches aufräumen";
@@ -273,6 +277,7 @@ private:
     std::unique_ptr<Waechter> waechter_;
     std::function<void(const std::string&)> frageHaken_;
     std::unique_ptr<KiSitzung> kiSitzung_;
+    std::optional<std::string> tempHinweis_;
 
     Seite seite_ = Seite::uebersicht;
     Plattenstand stand_;
