@@ -41,14 +41,10 @@ void hoeheNachZeilen(FundTabelle* t, int zeilen) {
     t->setFixedHeight(h);
 }
 
-class RegelKarte : public QFrame {
+class RegelKarte : public design::Karte {
 public:
     RegelKarte(AppModell& modell, const RegelErgebnis& e, const std::filesystem::path& home)
         : modell_(modell), funde_(e.funde) {
-        setObjectName(QStringLiteral("karte"));
-        setAutoFillBackground(true);
-        setBackgroundRole(QPalette::Base);
-        setStyleSheet(QStringLiteral("QFrame#karte { border: 1px solid palette(mid); border-radius: 10px; }"));
         auto* l = new QVBoxLayout(this);
         l->setContentsMargins(14, 12, 14, 12);
         auto* kopf = new QHBoxLayout;

@@ -152,13 +152,18 @@ void erscheinungAnwenden(QApplication& app, const QString& art) {
 
 bool istDunkel() { return dunkel; }
 
+Karte::Karte(QWidget* eltern) : QFrame(eltern) {}
+
+void Karte::paintEvent(QPaintEvent*) {
+    QPainter p(this);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setPen(QPen(palette().color(QPalette::Mid), 1));
+    p.setBrush(palette().color(QPalette::Base));
+    p.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 10, 10);
+}
+
 QFrame* karte(QWidget* eltern) {
-    auto* k = new QFrame(eltern);
-    k->setObjectName(QStringLiteral("karte"));
-    k->setFrameShape(QFrame::StyledPanel);
-    k->setAutoFillBackground(true);
-    k->setBackgroundRole(QPalette::Base);
-    k->setStyleSheet(QStringLiteral("QFrame#karte { border: 1px solid palette(mid); border-radius: 10px; }"));
+    auto* k = new Karte(eltern);
     auto* l = new QVBoxLayout(k);
     l->setContentsMargins(16, 14, 16, 14);
     l->setSpacing(8);

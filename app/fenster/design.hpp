@@ -29,7 +29,16 @@ QColor akzent();
 void erscheinungAnwenden(QApplication& app, const QString& art);
 bool istDunkel();
 
-// A rounded card with a slightly different background; its layout is a QVBoxLayout.
+// A rounded card on the base colour, drawn by hand: style sheets would freeze the palette of
+// everything inside and break the live switch to dark.
+class Karte : public QFrame {
+public:
+    explicit Karte(QWidget* eltern = nullptr);
+
+protected:
+    void paintEvent(QPaintEvent*) override;
+};
+// A card whose layout is a QVBoxLayout.
 QFrame* karte(QWidget* eltern = nullptr);
 QVBoxLayout* karteLayout(QFrame* karte);
 QLabel* ueberschrift(const QString& text, int punkte = 20, QWidget* eltern = nullptr);

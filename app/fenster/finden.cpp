@@ -111,7 +111,8 @@ DuplikateSeite::DuplikateSeite(AppModell& modell, const std::filesystem::path& h
     auto* inhalt = mitLayout(il);
     auto* teiler = new QSplitter;
     gruppen_ = new QListWidget;
-    gruppen_->setMinimumWidth(260);
+    gruppen_->setMinimumWidth(220);
+    gruppen_->setMaximumWidth(300);
     gruppen_->setAlternatingRowColors(true);
     teiler->addWidget(gruppen_);
     auto* rechts = new QWidget;

@@ -55,6 +55,16 @@ void fotografieren(AppModell& m, Hauptfenster& f, EinstellungenAnsicht& e, Menue
         s.push_back([&f, ordner, name] { return sichern(f, ordner, name); });
     };
     for (const Seite x : alleSeiten) seite(x, QString::fromUtf8(id(x).data()));
+    s.push_back([&panel, ordner] {
+        panel.adjustSize();
+        return sichern(panel, ordner, QStringLiteral("panel"));
+    });
+    s.push_back([&e] {
+        e.show();
+        e.adjustSize();
+        return true;
+    });
+    s.push_back([&e, ordner] { return sichern(e, ordner, QStringLiteral("einstellungen")); });
     // a mixed order: the selected catalog findings and the largest file
     s.push_back([&m] {
         auto funde = m.katalogAusgewaehlt();
@@ -76,14 +86,6 @@ void fotografieren(AppModell& m, Hauptfenster& f, EinstellungenAnsicht& e, Menue
         return true;
     });
     s.push_back([&f, ordner] { return sichern(f, ordner, QStringLiteral("verlauf-runde")); });
-    s.push_back([&e, ordner] {
-        e.show();
-        return sichern(e, ordner, QStringLiteral("einstellungen"));
-    });
-    s.push_back([&panel, ordner] {
-        panel.adjustSize();
-        return sichern(panel, ordner, QStringLiteral("panel"));
-    });
     s.push_back([] {
         design::erscheinungAnwenden(*qApp, QStringLiteral("dunkel"));
         return true;

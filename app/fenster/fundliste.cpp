@@ -192,10 +192,10 @@ FundTabelle::FundTabelle(AppModell& modell, FundListe* liste, QWidget* eltern)
     auto* kopf = horizontalHeader();
     kopf->setSectionResizeMode(QHeaderView::Interactive);
     kopf->setSectionResizeMode(FundListe::ort, QHeaderView::Stretch);
-    kopf->resizeSection(FundListe::name, 260);
+    kopf->resizeSection(FundListe::name, 220);
     kopf->resizeSection(FundListe::groesse, 90);
-    kopf->resizeSection(FundListe::alter, 120);
-    kopf->resizeSection(FundListe::hinweis, 150);
+    kopf->resizeSection(FundListe::alter, 105);
+    kopf->resizeSection(FundListe::hinweis, 130);
     kopf->setSortIndicatorShown(true);
     sortByColumn(FundListe::groesse, Qt::DescendingOrder);  // largest first, as every finder delivers
     setContextMenuPolicy(Qt::CustomContextMenu);
