@@ -148,6 +148,9 @@ void erscheinungAnwenden(QApplication& app, const QString& art) {
     dunkel = art == QLatin1String("dunkel");
     if (app.style()->name() != QLatin1String("fusion")) app.setStyle(QStringLiteral("Fusion"));
     app.setPalette(palette(dunkel));
+    // widgets with a style sheet keep the palette they were polished with: polish them again
+    for (QWidget* w : QApplication::allWidgets())
+        if (!w->styleSheet().isEmpty()) w->setStyleSheet(w->styleSheet());
 }
 
 bool istDunkel() { return dunkel; }

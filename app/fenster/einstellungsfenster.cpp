@@ -19,6 +19,7 @@ EinstellungenAnsicht::EinstellungenAnsicht(Einstellungen& einstellungen, Anmeldu
     if (!anmeldung_.setzen) anmeldung_.setzen = [](bool an) { return plattform::Anmeldung::setzen(an); };
     if (!anmeldung_.istAn) anmeldung_.istAn = [] { return plattform::Anmeldung::istAn(); };
     setWindowTitle(QStringLiteral("Einstellungen"));
+    setAutoFillBackground(true);
     setMinimumWidth(480);
     auto* l = new QVBoxLayout(this);
     l->setContentsMargins(24, 20, 24, 20);
