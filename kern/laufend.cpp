@@ -65,6 +65,16 @@ std::vector<LaufendesProgramm> laufendeProgramme() {
 
 bool programmLaeuft(std::string_view besitzer) { return programmLaeuft(besitzer, laufendeProgramme()); }
 
+int beendeProgramm(std::string_view besitzer) {
+    int gebeten = 0;
+    for (auto& roh : plattform::laufendeProgramme()) {
+        if (!roh.eigenes) continue;
+        const LaufendesProgramm p{std::move(roh.kennung), std::move(roh.name), std::move(roh.programmdatei)};
+        if (programmLaeuft(besitzer, {p}) && plattform::beenden(roh.pid)) ++gebeten;
+    }
+    return gebeten;
+}
+
 std::function<bool(const std::string&)> laufTest() {
     auto liste = std::make_shared<const std::vector<KleineNamen>>(kleinGeschrieben(laufendeProgramme()));
     return [liste](const std::string& besitzer) { return laeuft(besitzer, *liste); };

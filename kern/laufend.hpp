@@ -21,6 +21,10 @@ struct LaufendesProgramm {
 bool programmLaeuft(std::string_view besitzer, const std::vector<LaufendesProgramm>& laufend);
 bool programmLaeuft(std::string_view besitzer);  // reads the current list
 std::vector<LaufendesProgramm> laufendeProgramme();
-std::function<bool(const std::string&)> laufTest();  // snapshot once, test many times
+std::function<bool(const std::string&)> laufTest();
+
+// Asks every program of the current user that `besitzer` matches (as above) to quit; never this
+// process. Returns how many were asked.
+int beendeProgramm(std::string_view besitzer);  // snapshot once, test many times
 
 }  // namespace hainbrem

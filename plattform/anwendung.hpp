@@ -36,6 +36,11 @@ private:
     std::unique_ptr<Innen> innen_;
 };
 
+// Shows `pfad` selected in the file manager. Linux: org.freedesktop.FileManager1.ShowItems on
+// the session bus, else the folder that holds it opened with xdg-open; macOS: the Finder.
+// Returns at once; false when neither could be asked.
+bool imDateimanagerZeigen(const std::filesystem::path& pfad);
+
 // "Beim Anmelden starten". Linux: an XDG autostart entry for the running program in
 // $XDG_CONFIG_HOME/autostart (XDG_CONFIG_HOME honoured only inside `home`, else ~/.config);
 // macOS: the main application's login item (`home` unused). True when done.

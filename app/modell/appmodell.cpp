@@ -268,6 +268,9 @@ void AppModell::setzeKartenZiel(std::optional<std::string> p) {
     setze(kartenZiel_, std::move(p), &AppModell::kartenZielGeaendert);
 }
 void AppModell::setzeAuftrag(std::optional<Auftrag> a) { setze(auftrag_, std::move(a), &AppModell::auftragGeaendert); }
+void AppModell::letzteRundeSchliessen() {
+    setze(letzteRunde_, std::optional<Runde>(), &AppModell::letzteRundeGeaendert);
+}
 
 // ---- actions
 

@@ -172,6 +172,7 @@ public:
     void setzeKiSitzungObjekt(std::unique_ptr<KiSitzung> sitzung) { kiSitzung_ = std::move(sitzung); }
     void setzeKartenZiel(std::optional<std::string> pfad);
     void setzeAuftrag(std::optional<Auftrag> a);  // absent: the confirmation was cancelled
+    void letzteRundeSchliessen();                 // the result bar was closed
     // The assistant answers questions through this; until it exists a question only opens its page.
     void setzeFrageHaken(std::function<void(const std::string&)> haken) { frageHaken_ = std::move(haken); }
 

@@ -7,6 +7,8 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QObject>
+#include <QProcess>
+#include <QUrl>
 #include <QVariantMap>
 #include <atomic>
 #include <fstream>
@@ -84,6 +86,21 @@ void Benachrichtiger::zeige(const Benachrichtigung& b) {
         innen_->naechste = b;
     else
         innen_->sende(b);
+}
+
+bool imDateimanagerZeigen(const fs::path& pfad) {
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (bus.isConnected()) {
+        QDBusMessage m = QDBusMessage::createMethodCall(
+            QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
+            QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
+        m << QStringList{QUrl::fromLocalFile(QString::fromStdString(pfad.native())).toString()} << QString();
+        const QDBusMessage antwort = bus.call(m, QDBus::Block, 3000);
+        if (antwort.type() == QDBusMessage::ReplyMessage) return true;
+    }
+    std::error_code e;
+    const fs::path ordner = fs::is_directory(pfad, e) ? pfad : pfad.parent_path();
+    return QProcess::startDetached(QStringLiteral("xdg-open"), {QString::fromStdString(ordner.native())});
 }
 
 namespace Anmeldung {

@@ -4,9 +4,13 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
+#include <charconv>
+#include <string>
 #include <string_view>
 
 namespace hainbrem::plattform {
@@ -53,6 +57,10 @@ std::vector<LaufendesProgrammRoh> laufendeProgramme() {
         };
 
         LaufendesProgrammRoh p;
+        std::from_chars(pid.data(), pid.data() + pid.size(), p.pid);
+        struct stat st {};
+        p.eigenes = ::fstatat(procFd, std::string(pid).c_str(), &st, 0) == 0 && st.st_uid == ::getuid() &&
+                    p.pid != ::getpid();
         // argv[0] up to its NUL; kernel threads have none.
         const std::string_view befehl = lies(procFd, pfadZu("cmdline"), puffer);
         const std::string argv0(befehl.substr(0, befehl.find('\0')));
@@ -75,5 +83,7 @@ std::vector<LaufendesProgrammRoh> laufendeProgramme() {
     ::closedir(d);
     return liste;
 }
+
+bool beenden(int pid) { return pid > 0 && pid != ::getpid() && ::kill(pid, SIGTERM) == 0; }
 
 }  // namespace hainbrem::plattform

@@ -1,4 +1,5 @@
 // macOS: UserNotifications and the main application's login item. Not built or tested here.
+#import <AppKit/AppKit.h>
 #import <ServiceManagement/ServiceManagement.h>
 #import <UserNotifications/UserNotifications.h>
 
@@ -25,6 +26,14 @@ void Benachrichtiger::zeige(const Benachrichtigung& b) {
         [UNNotificationRequest requestWithIdentifier:@(benachrichtigungsKennung) content:inhalt trigger:nil];
     [[UNUserNotificationCenter currentNotificationCenter] addNotificationRequest:anfrage
                                                            withCompletionHandler:^(NSError*) {}];
+}
+
+bool imDateimanagerZeigen(const std::filesystem::path& pfad) {
+    @autoreleasepool {
+        NSURL* url = [NSURL fileURLWithPath:[NSString stringWithUTF8String:pfad.c_str()]];
+        [NSWorkspace.sharedWorkspace activateFileViewerSelectingURLs:@[ url ]];
+        return true;
+    }
 }
 
 namespace Anmeldung {

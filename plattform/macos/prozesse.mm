@@ -13,10 +13,19 @@ std::vector<LaufendesProgrammRoh> laufendeProgramme() {
             if (NSString* s = app.bundleIdentifier) p.kennung = s.UTF8String;
             if (NSString* s = app.localizedName) p.name = s.UTF8String;
             if (NSString* s = app.executableURL.path) p.programmdatei = s.UTF8String;
+            p.pid = app.processIdentifier;
+            p.eigenes = p.pid != NSProcessInfo.processInfo.processIdentifier;
             liste.push_back(std::move(p));
         }
     }
     return liste;
+}
+
+bool beenden(int pid) {
+    @autoreleasepool {
+        NSRunningApplication* app = [NSRunningApplication runningApplicationWithProcessIdentifier:pid];
+        return app != nil && [app terminate];
+    }
 }
 
 }  // namespace hainbrem::plattform

@@ -1,0 +1,50 @@
+#include "app/fenster/anzeige.hpp"
+
+#include <algorithm>
+#include <chrono>
+
+#include "kern/rechnen.hpp"
+
+namespace hainbrem::anzeige {
+
+std::string kurzpfad(const std::string& pfad, const std::filesystem::path& home) {
+    std::string h = home.native();
+    while (h.size() > 1 && h.back() == '/') h.pop_back();
+    if (h.empty() || h == "/") return pfad;
+    if (pfad == h) return "~";
+    if (pfad.size() > h.size() && pfad.starts_with(h) && pfad[h.size()] == '/') return "~" + pfad.substr(h.size());
+    return pfad;
+}
+
+std::string vorWann(std::optional<Zeitpunkt> t, Zeitpunkt jetzt) {
+    if (!t) return "–";
+    using namespace std::chrono;
+    const int64_t s = std::max<int64_t>(0, duration_cast<seconds>(jetzt - *t).count());
+    auto mal = [](int64_t n, const char* eins, const char* viele) {
+        return "vor " + std::to_string(n) + " " + (n == 1 ? eins : viele);
+    };
+    constexpr int64_t minute = 60, stunde = 3600, tag = 86'400;
+    if (s < minute) return "gerade eben";
+    if (s < stunde) return mal(s / minute, "Minute", "Minuten");
+    if (s < tag) return mal(s / stunde, "Stunde", "Stunden");
+    if (s < 2 * tag) return "gestern";
+    if (s < 14 * tag) return mal(s / tag, "Tag", "Tagen");
+    if (s < 60 * tag) return mal(s / (7 * tag), "Woche", "Wochen");
+    if (s < 365 * tag) return mal(s / (30 * tag), "Monat", "Monaten");
+    return mal(s / (365 * tag), "Jahr", "Jahren");
+}
+
+int64_t summe(const std::vector<Fund>& funde) {
+    int64_t s = 0;
+    for (const auto& f : funde) s = addiere(s, f.bytes);
+    return s;
+}
+
+std::vector<Fund> gewaehlte(const std::vector<Fund>& funde, const std::set<std::string>& auswahl) {
+    std::vector<Fund> r;
+    for (const auto& f : funde)
+        if (auswahl.contains(f.url.native())) r.push_back(f);
+    return r;
+}
+
+}  // namespace hainbrem::anzeige

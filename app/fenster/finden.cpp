@@ -1,0 +1,404 @@
+// The finder pages: large files, duplicates, programs, projects. Each shows its finder's
+// findings in the shared findings table.
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSplitter>
+#include <QTableWidget>
+#include <QVBoxLayout>
+#include <map>
+
+#include "app/fenster/anzeige.hpp"
+#include "app/fenster/design.hpp"
+#include "app/fenster/fundliste.hpp"
+#include "app/fenster/seiten.hpp"
+#include "app/modell/appmodell.hpp"
+#include "kern/format.hpp"
+
+namespace hainbrem {
+
+using design::qs;
+
+namespace {
+
+QVBoxLayout* seitenLayout(QWidget* w) {
+    auto* l = new QVBoxLayout(w);
+    l->setContentsMargins(28, 22, 28, 18);
+    return l;
+}
+
+QWidget* mitLayout(QVBoxLayout*& l) {
+    auto* w = new QWidget;
+    l = new QVBoxLayout(w);
+    l->setContentsMargins(0, 0, 0, 0);
+    return w;
+}
+
+QString jetztText(std::optional<Zeitpunkt> t) { return qs(anzeige::vorWann(t, std::chrono::system_clock::now())); }
+
+}  // namespace
+
+// ---- large and old files
+
+GrosseSeite::GrosseSeite(AppModell& modell, const std::filesystem::path& home, QWidget* eltern)
+    : QWidget(eltern), modell_(modell) {
+    auto* l = seitenLayout(this);
+    auto* kopf = new Seitenkopf(QStringLiteral("Große & alte Dateien"),
+                                QStringLiteral("Dateien ab 50 MB aus dem letzten Scan. Sortiere nach Größe oder Alter; "
+                                               "was du wählst, geht in den Papierkorb."));
+    l->addWidget(kopf);
+    QVBoxLayout* il;
+    auto* inhalt = mitLayout(il);
+    liste_ = new FundListe(modell_, home, this);
+    auto* tabelle = new FundTabelle(modell_, liste_);
+    tabelle->horizontalHeader()->setSectionHidden(FundListe::hinweis, true);
+    il->addWidget(tabelle, 1);
+    auto* leiste = new AuswahlLeiste(
+        modell_, QStringLiteral("In den Papierkorb …"), [this] { return liste_->gewaehlte(); },
+        [] { return std::string("Große Dateien"); });
+    il->addWidget(leiste);
+    zustaende_ = new Zustaende({"doc.richtext", QStringLiteral("Noch keine großen Dateien"),
+                                QStringLiteral("Große Dateien kommen aus dem Scan der Platte. Er dauert etwa 15 Sekunden "
+                                               "und füllt auch die Speicherkarte."),
+                                QStringLiteral("Platte scannen"), [this] { modell_.tiefenscan(); }},
+                               [this] { modell_.anhalten(AppModell::Arbeit::scan); }, inhalt);
+    l->addWidget(zustaende_, 1);
+    auto fuelle = [this, tabelle, leiste] {
+        std::vector<Fund> funde;
+        if (const auto& s = modell_.scan()) {
+            funde.reserve(s->grosse.size());
+            for (const auto& d : s->grosse) funde.push_back(alsFund(d));
+        }
+        liste_->setzeFunde(std::move(funde));
+        if (tabelle->horizontalHeader()->sortIndicatorSection() != FundListe::groesse)
+            tabelle->sortByColumn(FundListe::groesse, Qt::DescendingOrder);
+        leiste->aktualisiere();
+    };
+    auto status = [this] {
+        zustaende_->zeige(modell_.scanLaeuft(), modell_.scan() != nullptr, -1,
+                          QStringLiteral("%1 Dateien · %2 gezählt")
+                              .arg(qs(alsZahl(modell_.scanDateien())), qs(alsBytes(modell_.scanBytes()))));
+    };
+    connect(&modell_, &AppModell::scanGeaendert, this, fuelle);
+    for (auto s : {&AppModell::scanLaeuftGeaendert, &AppModell::scanDateienGeaendert, &AppModell::scanGeaendert})
+        connect(&modell_, s, this, status);
+    fuelle();
+    status();
+}
+
+// ---- duplicates
+
+DuplikateSeite::DuplikateSeite(AppModell& modell, const std::filesystem::path& home, QWidget* eltern)
+    : QWidget(eltern), modell_(modell) {
+    auto* l = seitenLayout(this);
+    kopf_ = new Seitenkopf(QStringLiteral("Duplikate"), {});
+    auto* alle = new QPushButton(QStringLiteral("Alle Kopien auswählen"));
+    connect(alle, &QPushButton::clicked, this, [this] {
+        std::vector<Fund> kopien;
+        for (const auto& g : modell_.duplikate())
+            for (auto& f : kopienAlsFunde(g)) kopien.push_back(std::move(f));
+        modell_.waehle(kopien, true);
+    });
+    auto* neu = new QPushButton(QStringLiteral("Neu suchen"));
+    connect(neu, &QPushButton::clicked, &modell_, &AppModell::duplikateSuchen);
+    kopf_->knoepfe()->addWidget(alle);
+    kopf_->knoepfe()->addWidget(neu);
+    l->addWidget(kopf_);
+
+    QVBoxLayout* il;
+    auto* inhalt = mitLayout(il);
+    auto* teiler = new QSplitter;
+    gruppen_ = new QListWidget;
+    gruppen_->setMinimumWidth(220);
+    gruppen_->setMaximumWidth(300);
+    gruppen_->setAlternatingRowColors(true);
+    teiler->addWidget(gruppen_);
+    auto* rechts = new QWidget;
+    auto* rl = new QVBoxLayout(rechts);
+    rl->setContentsMargins(8, 0, 0, 0);
+    gruppenText_ = design::leise({});
+    gruppenText_->setTextFormat(Qt::RichText);
+    rl->addWidget(gruppenText_);
+    liste_ = new FundListe(modell_, home, this);
+    auto* tabelle = new FundTabelle(modell_, liste_);
+    rl->addWidget(tabelle, 1);
+    teiler->addWidget(rechts);
+    teiler->setStretchFactor(1, 2);
+    il->addWidget(teiler, 1);
+    auto* leiste = new AuswahlLeiste(
+        modell_, QStringLiteral("Kopien in den Papierkorb …"),
+        [this] {
+            std::vector<Fund> kopien;
+            for (const auto& g : modell_.duplikate())
+                for (auto& f : kopienAlsFunde(g)) kopien.push_back(std::move(f));
+            return anzeige::gewaehlte(kopien, modell_.auswahl());
+        },
+        [] { return std::string("Duplikate"); });
+    il->addWidget(leiste);
+
+    zustaende_ = new Zustaende({"square.on.square", QStringLiteral("Noch keine Duplikate gesucht"),
+                                QStringLiteral("Hainbrem vergleicht Dateien ab 1 MB erst nach Größe, dann Anfang und Ende, "
+                                               "zuletzt den ganzen Inhalt. Von jeder Gruppe bleibt eine Datei."),
+                                QStringLiteral("Duplikate suchen"), [this] { modell_.duplikateSuchen(); }},
+                               [this] { modell_.anhalten(AppModell::Arbeit::duplikate); }, inhalt);
+    l->addWidget(zustaende_, 1);
+
+    connect(gruppen_, &QListWidget::currentRowChanged, this, &DuplikateSeite::gruppeZeigen);
+    auto fuelle = [this, leiste] {
+        const int vorher = gruppen_->currentRow();
+        gruppen_->clear();
+        int64_t verschwendet = 0;
+        for (const auto& g : modell_.duplikate()) {
+            const QString name = g.dateien.empty() ? QString() : qs(g.dateien.front().name());
+            auto* item = new QListWidgetItem(
+                QStringLiteral("%1\n%2 Dateien · %3%4")
+                    .arg(name, QString::number(g.dateien.size()), qs(alsBytes(g.wirklichFrei)),
+                         g.sindKlone() ? QStringLiteral(" · Klone") : QString()));
+            item->setIcon(design::symbol("square.on.square", palette().color(QPalette::Text)));
+            gruppen_->addItem(item);
+            verschwendet += g.wirklichFrei;
+        }
+        kopf_->setzeUnter(QStringLiteral("%1 Gruppen gleicher Dateien; ohne die Kopien wären %2 frei.")
+                              .arg(QString::number(modell_.duplikate().size()), qs(alsBytes(verschwendet))));
+        if (gruppen_->count() > 0) gruppen_->setCurrentRow(std::clamp(vorher, 0, gruppen_->count() - 1));
+        else gruppeZeigen(-1);
+        leiste->aktualisiere();
+    };
+    auto status = [this] {
+        const bool wartetAufScan = modell_.duplikateLaeuft() && modell_.scanLaeuft();
+        zustaende_->zeige(modell_.duplikateLaeuft(), !modell_.duplikate().empty() || modell_.scan(),
+                          wartetAufScan ? -1 : modell_.duplikateFortschritt(),
+                          wartetAufScan ? QStringLiteral("Erst die Platte scannen: %1 Dateien")
+                                              .arg(qs(alsZahl(modell_.scanDateien())))
+                                        : QStringLiteral("Vergleicht Inhalte …"));
+    };
+    connect(&modell_, &AppModell::duplikateGeaendert, this, fuelle);
+    for (auto s : {&AppModell::duplikateLaeuftGeaendert, &AppModell::duplikateFortschrittGeaendert,
+                   &AppModell::scanDateienGeaendert, &AppModell::duplikateGeaendert})
+        connect(&modell_, s, this, status);
+    fuelle();
+    status();
+}
+
+void DuplikateSeite::gruppeZeigen(int zeile) {
+    const auto& gruppen = modell_.duplikate();
+    if (zeile < 0 || zeile >= static_cast<int>(gruppen.size())) {
+        liste_->setzeFunde({});
+        gruppenText_->setText(modell_.duplikate().empty() ? QStringLiteral("Keine Duplikate gefunden.") : QString());
+        return;
+    }
+    const DuplikatGruppe& g = gruppen[static_cast<size_t>(zeile)];
+    std::vector<Fund> funde;
+    for (const auto& d : g.dateien) funde.push_back(alsFund(d));
+    const std::string behalten = g.behalten;
+    liste_->setzeHinweis([behalten](const Fund& f) {
+        return f.url.native() == behalten ? QStringLiteral("★ wird behalten") : QStringLiteral("Kopie");
+    });
+    liste_->setzeWaehlbar([behalten](const Fund& f) { return f.url.native() != behalten; });
+    liste_->setzeFunde(std::move(funde));
+    QString text = QStringLiteral("Behalten wird <b>%1</b> – die älteste Datei an einem ruhigen Ort. ")
+                       .arg(qs(std::filesystem::path(g.behalten).filename().native()).toHtmlEscaped());
+    if (g.sindKlone())
+        text += QStringLiteral("<br><span style='color:%1'>Diese Kopien sind Klone und teilen sich ihren Speicher: "
+                               "Löschen bringt nur %2, nicht %3.</span>")
+                    .arg(design::farbe("orange").name(), qs(alsBytes(g.wirklichFrei)), qs(alsBytes(g.verschwendet())));
+    else
+        text += QStringLiteral("Ohne die Kopien werden %1 frei.").arg(qs(alsBytes(g.wirklichFrei)));
+    gruppenText_->setText(text);
+}
+
+// ---- programs
+
+ProgrammeSeite::ProgrammeSeite(AppModell& modell, const std::filesystem::path& home, QWidget* eltern)
+    : QWidget(eltern), modell_(modell) {
+    auto* l = seitenLayout(this);
+    auto* kopf = new Seitenkopf(QStringLiteral("Programme"),
+                                QStringLiteral("Installierte Programme mit allem, was sie in der Library ablegen, und Reste "
+                                               "von Programmen, die längst weg sind."));
+    auto* neu = new QPushButton(QStringLiteral("Neu laden"));
+    connect(neu, &QPushButton::clicked, &modell_, &AppModell::programmeLaden);
+    kopf->knoepfe()->addWidget(neu);
+    l->addWidget(kopf);
+
+    QVBoxLayout* il;
+    auto* inhalt = mitLayout(il);
+    auto* teiler = new QSplitter(Qt::Vertical);
+    programme_ = new QTableWidget(0, 5);
+    programme_->setHorizontalHeaderLabels({QStringLiteral("Programm"), QStringLiteral("Version"),
+                                           QStringLiteral("Größe"), QStringLiteral("Reste"),
+                                           QStringLiteral("Zuletzt benutzt")});
+    programme_->verticalHeader()->hide();
+    programme_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    programme_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    programme_->setSelectionMode(QAbstractItemView::SingleSelection);
+    programme_->setShowGrid(false);
+    programme_->setAlternatingRowColors(true);
+    programme_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    teiler->addWidget(programme_);
+
+    auto* mitte = new QWidget;
+    auto* ml = new QVBoxLayout(mitte);
+    ml->setContentsMargins(0, 6, 0, 0);
+    auto* mk = new QHBoxLayout;
+    programmText_ = new QLabel;
+    programmText_->setWordWrap(true);
+    mk->addWidget(programmText_, 1);
+    deinstallieren_ = new QPushButton(design::symbol("trash.fill", palette().color(QPalette::ButtonText)),
+                                      QStringLiteral("Deinstallieren …"));
+    mk->addWidget(deinstallieren_);
+    ml->addLayout(mk);
+    reste_ = new FundListe(modell_, home, this);
+    ml->addWidget(new FundTabelle(modell_, reste_), 1);
+    teiler->addWidget(mitte);
+
+    auto* unten = new QWidget;
+    auto* ul = new QVBoxLayout(unten);
+    ul->setContentsMargins(0, 6, 0, 0);
+    ul->addWidget(design::ueberschrift(QStringLiteral("Reste entfernter Programme"), 13));
+    verwaist_ = new FundListe(modell_, home, this);
+    ul->addWidget(new FundTabelle(modell_, verwaist_), 1);
+    auto* leiste = new AuswahlLeiste(
+        modell_, QStringLiteral("Reste entfernen …"), [this] { return verwaist_->gewaehlte(); },
+        [] { return std::string("Reste entfernter Programme"); });
+    ul->addWidget(leiste);
+    teiler->addWidget(unten);
+    il->addWidget(teiler, 1);
+
+    zustaende_ = new Zustaende({"app.dashed", QStringLiteral("Programme noch nicht geladen"),
+                                QStringLiteral("Hainbrem listet deine Programme mit ihren Caches, Einstellungen und "
+                                               "Containern – und findet, was entfernte Programme zurückgelassen haben."),
+                                QStringLiteral("Programme laden"), [this] { modell_.programmeLaden(); }},
+                               [this] { modell_.anhalten(AppModell::Arbeit::programme); }, inhalt);
+    l->addWidget(zustaende_, 1);
+
+    connect(programme_, &QTableWidget::currentCellChanged, this, [this](int z) { programmZeigen(z); });
+    connect(deinstallieren_, &QPushButton::clicked, this, [this] {
+        const int z = programme_->currentRow();
+        if (z < 0 || z >= static_cast<int>(modell_.programme().size())) return;
+        const Programm& p = modell_.programme()[static_cast<size_t>(z)];
+        std::vector<Fund> funde{Fund{p.url, p.bytes, Entsorgung::papierkorb, p.name, p.zuletztBenutzt, false,
+                                     std::string("Programm")}};
+        funde.insert(funde.end(), p.reste.begin(), p.reste.end());
+        modell_.bitte(std::move(funde), "Deinstallieren: " + p.name);
+    });
+    auto fuelle = [this, leiste] {
+        const int vorher = programme_->currentRow();
+        programme_->setRowCount(0);
+        for (const auto& p : modell_.programme()) {
+            const int z = programme_->rowCount();
+            programme_->insertRow(z);
+            auto* n = new QTableWidgetItem(design::symbol("app.dashed", palette().color(QPalette::Text)), qs(p.name));
+            n->setToolTip(qs(p.url.native()));
+            programme_->setItem(z, 0, n);
+            programme_->setItem(z, 1, new QTableWidgetItem(qs(p.version)));
+            for (const auto& [spalte, bytes] : {std::pair{2, p.bytes}, std::pair{3, p.resteBytes()}}) {
+                auto* b = new QTableWidgetItem(qs(alsBytes(bytes)));
+                b->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+                programme_->setItem(z, spalte, b);
+            }
+            programme_->setItem(z, 4, new QTableWidgetItem(jetztText(p.zuletztBenutzt)));
+        }
+        if (programme_->rowCount() > 0) programme_->selectRow(std::clamp(vorher, 0, programme_->rowCount() - 1));
+        else programmZeigen(-1);
+        std::vector<Fund> reste;
+        for (const auto& v : modell_.verwaist())
+            for (const auto& f : v.funde) reste.push_back(f);
+        std::map<std::string, QString> namen;
+        for (const auto& v : modell_.verwaist())
+            for (const auto& f : v.funde) namen[f.url.native()] = qs(v.vermuteterName());
+        verwaist_->setzeHinweis([namen](const Fund& f) {
+            const auto it = namen.find(f.url.native());
+            return it == namen.end() ? QString() : it->second;
+        });
+        verwaist_->setzeFunde(std::move(reste));
+        leiste->aktualisiere();
+    };
+    auto status = [this] {
+        zustaende_->zeige(modell_.programmeLaeuft(), !modell_.programme().empty() || !modell_.verwaist().empty(), -1,
+                          QStringLiteral("Sucht Programme und ihre Reste …"));
+    };
+    connect(&modell_, &AppModell::programmeGeaendert, this, fuelle);
+    connect(&modell_, &AppModell::verwaistGeaendert, this, fuelle);
+    for (auto s : {&AppModell::programmeLaeuftGeaendert, &AppModell::programmeGeaendert, &AppModell::verwaistGeaendert})
+        connect(&modell_, s, this, status);
+    fuelle();
+    status();
+}
+
+void ProgrammeSeite::programmZeigen(int zeile) {
+    const auto& programme = modell_.programme();
+    if (zeile < 0 || zeile >= static_cast<int>(programme.size())) {
+        programmText_->setText({});
+        deinstallieren_->setEnabled(false);
+        reste_->setzeFunde({});
+        return;
+    }
+    const Programm& p = programme[static_cast<size_t>(zeile)];
+    programmText_->setText(QStringLiteral("<b>%1</b> %2 · %3 Reste mit %4. Deinstallieren legt das Programm und "
+                                          "seine Reste in den Papierkorb.")
+                               .arg(qs(p.name).toHtmlEscaped(), qs(p.bundleID).toHtmlEscaped(),
+                                    QString::number(p.reste.size()), qs(alsBytes(p.resteBytes()))));
+    deinstallieren_->setEnabled(true);
+    reste_->setzeFunde(p.reste);
+}
+
+// ---- projects
+
+ProjekteSeite::ProjekteSeite(AppModell& modell, const std::filesystem::path& home, QWidget* eltern)
+    : QWidget(eltern), modell_(modell) {
+    auto* l = seitenLayout(this);
+    auto* kopf = new Seitenkopf(QStringLiteral("Projekte"),
+                                QStringLiteral("Abhängigkeiten, Bauausgaben und virtuelle Umgebungen deiner Projekte. Ein "
+                                               "Befehl baut sie wieder; vorgewählt ist, was 30 Tage ruht."));
+    auto* neu = new QPushButton(QStringLiteral("Neu suchen"));
+    connect(neu, &QPushButton::clicked, &modell_, &AppModell::projekteSuchen);
+    kopf->knoepfe()->addWidget(neu);
+    l->addWidget(kopf);
+    QVBoxLayout* il;
+    auto* inhalt = mitLayout(il);
+    liste_ = new FundListe(modell_, home, this);
+    auto* tabelle = new FundTabelle(modell_, liste_);
+    il->addWidget(tabelle, 1);
+    auto* leiste = new AuswahlLeiste(
+        modell_, QStringLiteral("Löschen …"), [this] { return liste_->gewaehlte(); },
+        [] { return std::string("Bauabfall"); });
+    il->addWidget(leiste);
+    zustaende_ = new Zustaende({"hammer", QStringLiteral("Noch keine Projekte gesucht"),
+                                QStringLiteral("Hainbrem sucht in Projekte, Developer, Code und ähnlichen Ordnern nach "
+                                               "node_modules, target, build und .venv neben ihren Projektdateien."),
+                                QStringLiteral("Projekte suchen"), [this] { modell_.projekteSuchen(); }},
+                               [this] { modell_.anhalten(AppModell::Arbeit::projekte); }, inhalt);
+    l->addWidget(zustaende_, 1);
+    auto fuelle = [this, leiste, home] {
+        std::vector<Fund> funde;
+        std::map<std::string, QString> projekt;
+        for (const auto& b : modell_.bauabfall()) {
+            Fund f = b.fund;
+            f.datum = b.zuletzt;  // the project's last change dates the row
+            // the service note rides on the title
+            projekt[f.url.native()] = qs(anzeige::kurzpfad(b.projekt.native(), home)) +
+                                      (f.titel ? QStringLiteral(" · ") + qs(*f.titel) : QString());
+            funde.push_back(std::move(f));
+        }
+        liste_->setzeHinweis([projekt](const Fund& f) {
+            const auto it = projekt.find(f.url.native());
+            return it == projekt.end() ? QString() : it->second;
+        });
+        liste_->setzeFunde(std::move(funde));
+        leiste->aktualisiere();
+    };
+    tabelle->horizontalHeader()->resizeSection(FundListe::hinweis, 320);
+    connect(&modell_, &AppModell::bauabfallGeaendert, this, fuelle);
+    auto status = [this] {
+        zustaende_->zeige(modell_.bauLaeuft(), !modell_.bauabfall().empty(), -1,
+                          QStringLiteral("Sucht Bauordner in deinen Projekten …"));
+    };
+    connect(&modell_, &AppModell::bauLaeuftGeaendert, this, status);
+    connect(&modell_, &AppModell::bauabfallGeaendert, this, status);
+    fuelle();
+    status();
+}
+
+}  // namespace hainbrem

@@ -1,0 +1,110 @@
+#include "app/fenster/fotograf.hpp"
+
+#include <QApplication>
+#include <QDir>
+#include <QTimer>
+#include <deque>
+#include <functional>
+#include <memory>
+
+#include "app/fenster/design.hpp"
+#include "app/fenster/einstellungsfenster.hpp"
+#include "app/fenster/hauptfenster.hpp"
+#include "app/fenster/menueleiste.hpp"
+#include "app/modell/appmodell.hpp"
+
+namespace hainbrem {
+
+namespace {
+
+struct Ablauf {
+    std::deque<std::function<bool()>> schritte;  // each answers true when it is done
+    QTimer takt;
+};
+
+bool sichern(QWidget& w, const QString& ordner, const QString& name) {
+    return w.grab().save(QDir(ordner).filePath(name + QStringLiteral(".png")));
+}
+
+}  // namespace
+
+void fotografieren(AppModell& m, Hauptfenster& f, EinstellungenAnsicht& e, MenueleistenAnsicht& panel,
+                   const QString& ziel) {
+    const QString ordner = ziel;
+    QDir().mkpath(ordner);
+    auto a = std::make_shared<Ablauf>();
+    auto& s = a->schritte;
+    auto ruhig = [&m] {
+        return !m.katalogLaeuft() && !m.scanLaeuft() && !m.duplikateLaeuft() && !m.programmeLaeuft() &&
+               !m.bauLaeuft() && !m.tricksLaeuft() && !m.entsorgtGerade();
+    };
+    s.push_back([&m, ruhig] { return ruhig() && m.katalogGeprueft() && m.scan(); });
+    s.push_back([&m] {
+        m.duplikateSuchen();
+        m.programmeLaden();
+        m.projekteSuchen();
+        m.tricksLaden();
+        return true;
+    });
+    s.push_back(ruhig);
+    auto seite = [&](Seite welche, QString name) {
+        s.push_back([&m, welche] {
+            m.setzeSeite(welche);
+            return true;
+        });
+        s.push_back([&f, ordner, name] { return sichern(f, ordner, name); });
+    };
+    for (const Seite x : alleSeiten) seite(x, QString::fromUtf8(id(x).data()));
+    s.push_back([&panel, ordner] {
+        panel.adjustSize();
+        return sichern(panel, ordner, QStringLiteral("panel"));
+    });
+    s.push_back([&e] {
+        e.show();
+        e.adjustSize();
+        return true;
+    });
+    s.push_back([&e, ordner] { return sichern(e, ordner, QStringLiteral("einstellungen")); });
+    // a mixed order: the selected catalog findings and the largest file
+    s.push_back([&m] {
+        auto funde = m.katalogAusgewaehlt();
+        if (m.scan() && !m.scan()->grosse.empty()) funde.push_back(alsFund(m.scan()->grosse.front()));
+        m.setzeSeite(Seite::aufraeumen);
+        m.bitte(std::move(funde), "Aufräumen");
+        return true;
+    });
+    s.push_back([&f] { return f.blatt() && f.blatt()->bereit(); });
+    s.push_back([&f, ordner] { return sichern(*f.blatt(), ordner, QStringLiteral("blatt")); });
+    s.push_back([&f] {
+        f.blatt()->bestaetigen();
+        return true;
+    });
+    s.push_back([&m, ruhig] { return ruhig() && m.letzteRunde(); });
+    s.push_back([&f, ordner] { return sichern(f, ordner, QStringLiteral("ergebnis")); });
+    s.push_back([&m] {
+        m.setzeSeite(Seite::verlauf);
+        return true;
+    });
+    s.push_back([&f, ordner] { return sichern(f, ordner, QStringLiteral("verlauf-runde")); });
+    s.push_back([] {
+        design::erscheinungAnwenden(*qApp, QStringLiteral("dunkel"));
+        return true;
+    });
+    for (const Seite x : {Seite::uebersicht, Seite::aufraeumen, Seite::karte})
+        seite(x, QString::fromUtf8(id(x).data()) + QStringLiteral("-dunkel"));
+    s.push_back([] {
+        QApplication::quit();
+        return true;
+    });
+
+    a->takt.setInterval(300);
+    QObject::connect(&a->takt, &QTimer::timeout, &f, [a] {
+        // one step per tick, so every page is laid out and painted before its picture
+        if (!a->schritte.empty() && a->schritte.front()()) a->schritte.pop_front();
+    });
+    a->takt.start();
+    // the timer's owner is the shared state itself; keep it alive with the window
+    QObject::connect(&f, &QObject::destroyed, [a] { a->takt.stop(); });
+}
+
+}  // namespace hainbrem

@@ -1,0 +1,300 @@
+// iCloud & System and the history of rounds.
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QSplitter>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+#include "app/fenster/anzeige.hpp"
+#include "app/fenster/design.hpp"
+#include "app/fenster/seiten.hpp"
+#include "app/modell/appmodell.hpp"
+#include "kern/format.hpp"
+
+namespace hainbrem {
+
+using design::qs;
+
+namespace {
+
+QTableWidget* tabelle(const QStringList& spalten) {
+    auto* t = new QTableWidget(0, static_cast<int>(spalten.size()));
+    t->setHorizontalHeaderLabels(spalten);
+    t->verticalHeader()->hide();
+    t->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    t->setSelectionBehavior(QAbstractItemView::SelectRows);
+    t->setShowGrid(false);
+    t->setAlternatingRowColors(true);
+    t->setWordWrap(true);
+    t->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    t->horizontalHeader()->setStretchLastSection(true);
+    return t;
+}
+
+QTableWidgetItem* rechts(const QString& text) {
+    auto* i = new QTableWidgetItem(text);
+    i->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    return i;
+}
+
+void hoeheNachZeilen(QTableWidget* t) {
+    t->resizeRowsToContents();
+    int h = t->horizontalHeader()->sizeHint().height() + 2 * t->frameWidth() + 2;
+    for (int z = 0; z < t->rowCount(); ++z) h += t->rowHeight(z);
+    t->setFixedHeight(std::max(h, t->horizontalHeader()->sizeHint().height() + 30));
+}
+
+QString wann(std::optional<Zeitpunkt> t) { return qs(anzeige::vorWann(t, std::chrono::system_clock::now())); }
+
+}  // namespace
+
+// ---- iCloud & System
+
+TricksSeite::TricksSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), modell_(modell) {
+    auto* l = new QVBoxLayout(this);
+    l->setContentsMargins(28, 22, 28, 18);
+    auto* kopf = new Seitenkopf(QStringLiteral("iCloud & System"),
+                                QStringLiteral("Platz, den kein Löschen erreicht: Cloud-Dateien, die ganz hier liegen, "
+                                               "lokale Schnappschüsse und der Block „Systemdaten“."));
+    auto* neu = new QPushButton(QStringLiteral("Neu messen"));
+    connect(neu, &QPushButton::clicked, &modell_, &AppModell::tricksLaden);
+    kopf->knoepfe()->addWidget(neu);
+    l->addWidget(kopf);
+
+    auto* rolle = new QScrollArea;
+    rolle->setWidgetResizable(true);
+    rolle->setFrameShape(QFrame::NoFrame);
+    auto* inhalt = new QWidget;
+    auto* il = new QVBoxLayout(inhalt);
+    il->setContentsMargins(0, 0, 8, 0);
+    il->setSpacing(10);
+    rolle->setWidget(inhalt);
+
+    auto abschnitt = [&](const char* symbol, const QString& titel, const QString& text) {
+        auto* k = new QHBoxLayout;
+        auto* b = new QLabel;
+        b->setPixmap(design::symbolBild(symbol, design::akzent(), 22, devicePixelRatioF()));
+        k->addWidget(b);
+        k->addWidget(design::ueberschrift(titel, 14), 1);
+        il->addSpacing(6);
+        il->addLayout(k);
+        il->addWidget(design::leise(text));
+    };
+    abschnitt("icloud", QStringLiteral("Cloud-Dateien, die ganz auf dieser Platte liegen"),
+              QStringLiteral("Auslagern behält sie in der Cloud und gibt den Platz hier frei; geöffnet werden sie "
+                             "wieder geladen. Nichts wird gelöscht."));
+    optimieren_ = new QLabel;
+    il->addWidget(optimieren_);
+    icloud_ = tabelle({QStringLiteral("Ordner"), QStringLiteral("Größe"), QStringLiteral("Zuletzt geöffnet"), {}});
+    il->addWidget(icloud_);
+    meldung_ = new QLabel;
+    meldung_->setWordWrap(true);
+    meldung_->hide();
+    il->addWidget(meldung_);
+    abschnitt("externaldrive.badge.timemachine", QStringLiteral("Lokale Schnappschüsse"),
+              QStringLiteral("Sicherungen der letzten Stunden, die auf der Platte warten, bis die Sicherungsplatte "
+                             "wieder da ist. Das System gibt ihren Platz frei, wenn er gebraucht wird."));
+    schnappschuesse_ = tabelle({QStringLiteral("Schnappschuss"), QStringLiteral("Von")});
+    il->addWidget(schnappschuesse_);
+    abschnitt("cpu", QStringLiteral("Systemdaten aufgeschlüsselt"),
+              QStringLiteral("Was in dem undurchsichtigen Block steckt, soweit es sich messen lässt."));
+    system_ = tabelle({QStringLiteral("Was"), QStringLiteral("Größe"), QStringLiteral("Erklärung")});
+    il->addWidget(system_);
+    il->addStretch();
+
+    zustaende_ = new Zustaende({"icloud", QStringLiteral("Noch nicht gemessen"),
+                                QStringLiteral("Hainbrem sucht Cloud-Dateien, die ganz hier liegen, listet lokale "
+                                               "Schnappschüsse und schlüsselt die Systemdaten auf."),
+                                QStringLiteral("Jetzt messen"), [this] { modell_.tricksLaden(); }},
+                               [this] { modell_.anhalten(AppModell::Arbeit::tricks); }, rolle);
+    l->addWidget(zustaende_, 1);
+
+    for (auto s : {&AppModell::icloudGeaendert, &AppModell::optimierenGeaendert, &AppModell::schnappschuesseGeaendert,
+                   &AppModell::systemdatenGeaendert, &AppModell::tricksLaeuftGeaendert})
+        connect(&modell_, s, this, &TricksSeite::fuelle);
+    connect(&modell_, &AppModell::ausgelagert, this, [this](const QString& ordner, const QString& fehler) {
+        meldung_->setText(fehler.isEmpty() ? QStringLiteral("„%1“ liegt jetzt nur noch in der Cloud.").arg(ordner)
+                                           : QStringLiteral("„%1“: %2").arg(ordner, fehler));
+        meldung_->setStyleSheet(
+            QStringLiteral("color: %1").arg(design::farbe(fehler.isEmpty() ? "gruen" : "orange").name()));
+        meldung_->show();
+    });
+    fuelle();
+}
+
+void TricksSeite::fuelle() {
+    zustaende_->zeige(modell_.tricksLaeuft(), !modell_.systemdaten().empty(), -1,
+                      QStringLiteral("Misst Cloud-Dateien, Schnappschüsse und Systemdaten …"));
+    const auto& o = modell_.optimieren();
+    optimieren_->setText(!o   ? QStringLiteral("„Speicher optimieren“: nicht bekannt.")
+                         : *o ? QStringLiteral("„Speicher optimieren“ ist an: Das System lagert selbst aus, wenn es eng wird.")
+                              : QStringLiteral("„Speicher optimieren“ ist aus: Alles bleibt hier, bis du auslagerst."));
+    icloud_->setRowCount(0);
+    for (const auto& ordner : modell_.icloud()) {
+        const int z = icloud_->rowCount();
+        icloud_->insertRow(z);
+        icloud_->setItem(z, 0, new QTableWidgetItem(design::symbol("icloud", palette().color(QPalette::Text)),
+                                                    qs(ordner.name)));
+        icloud_->setItem(z, 1, rechts(qs(alsBytes(ordner.bytes))));
+        icloud_->setItem(z, 2, new QTableWidgetItem(wann(ordner.zuletztGeoeffnet)));
+        auto* k = new QPushButton(QStringLiteral("Auslagern"));
+        connect(k, &QPushButton::clicked, this, [this, ordner] { modell_.auslagern(ordner); });
+        icloud_->setCellWidget(z, 3, k);
+    }
+    if (modell_.icloud().empty()) {
+        icloud_->insertRow(0);
+        icloud_->setItem(0, 0, new QTableWidgetItem(QStringLiteral("Keine Cloud-Ordner liegen ganz hier.")));
+    }
+    hoeheNachZeilen(icloud_);
+    schnappschuesse_->setRowCount(0);
+    for (const auto& s : modell_.schnappschuesse()) {
+        const int z = schnappschuesse_->rowCount();
+        schnappschuesse_->insertRow(z);
+        schnappschuesse_->setItem(z, 0, new QTableWidgetItem(qs(s.name)));
+        schnappschuesse_->setItem(z, 1, new QTableWidgetItem(wann(s.datum)));
+    }
+    if (modell_.schnappschuesse().empty()) {
+        schnappschuesse_->insertRow(0);
+        schnappschuesse_->setItem(0, 0, new QTableWidgetItem(QStringLiteral("Keine lokalen Schnappschüsse.")));
+    }
+    hoeheNachZeilen(schnappschuesse_);
+    system_->setRowCount(0);
+    for (const auto& p : modell_.systemdaten()) {
+        const int z = system_->rowCount();
+        system_->insertRow(z);
+        system_->setItem(z, 0, new QTableWidgetItem(qs(p.titel)));
+        system_->setItem(z, 1, rechts(p.bytes ? qs(alsBytes(*p.bytes)) : QStringLiteral("nicht messbar")));
+        system_->setItem(z, 2, new QTableWidgetItem(qs(p.erklaerung)));
+    }
+    hoeheNachZeilen(system_);
+}
+
+// ---- history
+
+VerlaufSeite::VerlaufSeite(AppModell& modell, const std::filesystem::path& home, QWidget* eltern)
+    : QWidget(eltern), modell_(modell), home_(home) {
+    auto* l = new QVBoxLayout(this);
+    l->setContentsMargins(28, 22, 28, 18);
+    l->addWidget(new Seitenkopf(QStringLiteral("Verlauf"),
+                                QStringLiteral("Jede Runde mit dem gemessenen Gewinn. Was im Papierkorb liegt, legt "
+                                               "„Rückgängig“ zurück.")));
+    stapel_ = new QStackedWidget;
+    auto* leer = new QWidget;
+    {
+        auto* ll = new QVBoxLayout(leer);
+        ll->addStretch();
+        auto* b = new QLabel;
+        b->setPixmap(design::symbolBild("clock.arrow.circlepath", design::akzent(), 56, devicePixelRatioF()));
+        b->setAlignment(Qt::AlignCenter);
+        ll->addWidget(b);
+        auto* t = design::ueberschrift(QStringLiteral("Noch keine Runde"), 17);
+        t->setAlignment(Qt::AlignCenter);
+        ll->addWidget(t);
+        auto* x = design::leise(QStringLiteral("Sobald du aufräumst, steht hier, was wegging und wie viel Platz es "
+                                               "wirklich gebracht hat."));
+        x->setAlignment(Qt::AlignCenter);
+        ll->addWidget(x);
+        ll->addStretch();
+    }
+    stapel_->addWidget(leer);
+    auto* teiler = new QSplitter;
+    runden_ = new QListWidget;
+    runden_->setMinimumWidth(280);
+    runden_->setAlternatingRowColors(true);
+    teiler->addWidget(runden_);
+    auto* rechts_ = new QWidget;
+    auto* rl = new QVBoxLayout(rechts_);
+    rl->setContentsMargins(8, 0, 0, 0);
+    auto* rk = new QHBoxLayout;
+    rundenKopf_ = new QLabel;
+    rundenKopf_->setWordWrap(true);
+    rk->addWidget(rundenKopf_, 1);
+    rueckgaengig_ = new QPushButton(design::symbol("clock.arrow.circlepath", palette().color(QPalette::ButtonText)),
+                                    QStringLiteral("Rückgängig"));
+    rk->addWidget(rueckgaengig_);
+    rl->addLayout(rk);
+    meldung_ = new QLabel;
+    meldung_->setWordWrap(true);
+    meldung_->hide();
+    rl->addWidget(meldung_);
+    posten_ = tabelle({QStringLiteral("Was"), QStringLiteral("Größe"), QStringLiteral("Wie"), QStringLiteral("Ergebnis")});
+    posten_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    posten_->horizontalHeader()->setStretchLastSection(false);
+    posten_->setWordWrap(false);
+    posten_->setTextElideMode(Qt::ElideMiddle);
+    rl->addWidget(posten_, 1);
+    teiler->addWidget(rechts_);
+    teiler->setStretchFactor(1, 2);
+    stapel_->addWidget(teiler);
+    l->addWidget(stapel_, 1);
+
+    connect(runden_, &QListWidget::currentRowChanged, this, &VerlaufSeite::rundeZeigen);
+    connect(rueckgaengig_, &QPushButton::clicked, this, [this] {
+        const int z = runden_->currentRow();
+        if (z >= 0 && z < static_cast<int>(modell_.verlauf().size()))
+            modell_.rueckgaengig(modell_.verlauf()[static_cast<size_t>(z)].id);
+    });
+    connect(&modell_, &AppModell::verlaufGeaendert, this, &VerlaufSeite::fuelle);
+    connect(&modell_, &AppModell::zurueckgelegt, this, [this](const QString&, int anzahl, const QStringList& fehler) {
+        meldung_->setText(QStringLiteral("%1 zurückgelegt.").arg(anzahl) +
+                          (fehler.isEmpty() ? QString() : QStringLiteral(" Nicht zurück: ") + fehler.join(QStringLiteral("; "))));
+        meldung_->setStyleSheet(QStringLiteral("color: %1").arg(design::farbe(fehler.isEmpty() ? "gruen" : "orange").name()));
+        meldung_->show();
+    });
+    fuelle();
+}
+
+void VerlaufSeite::fuelle() {
+    const int vorher = runden_->currentRow();
+    runden_->clear();
+    const auto jetzt = std::chrono::system_clock::now();
+    for (const auto& r : modell_.verlauf()) {
+        auto* item = new QListWidgetItem(QStringLiteral("%1%2\n%3 · %4 gewonnen · %5 Teile")
+                                             .arg(qs(r.titel), r.probelauf ? QStringLiteral(" (Probelauf)") : QString(),
+                                                  qs(anzeige::vorWann(r.datum, jetzt)), qs(alsBytes(r.gewonnen())),
+                                                  QString::number(r.posten.size())));
+        item->setIcon(design::symbol(r.fehlerAnzahl() > 0 ? "exclamationmark.circle" : "leaf.fill",
+                                     design::farbe(r.fehlerAnzahl() > 0 ? "orange" : "gruen")));
+        runden_->addItem(item);
+    }
+    stapel_->setCurrentIndex(modell_.verlauf().empty() ? 0 : 1);
+    if (runden_->count() > 0) runden_->setCurrentRow(std::clamp(vorher, 0, runden_->count() - 1));
+}
+
+void VerlaufSeite::rundeZeigen(int zeile) {
+    posten_->setRowCount(0);
+    if (zeile < 0 || zeile >= static_cast<int>(modell_.verlauf().size())) return;
+    const Runde& r = modell_.verlauf()[static_cast<size_t>(zeile)];
+    rundenKopf_->setText(QStringLiteral("<b>%1</b><br>Vorher %2 frei, nachher %3: <b>%4 gewonnen</b>, gemessen. "
+                                        "Erwartet waren %5.%6")
+                             .arg(qs(r.titel).toHtmlEscaped(), qs(alsBytes(r.freiVorher)), qs(alsBytes(r.freiNachher)),
+                                  qs(alsBytes(r.gewonnen())), qs(alsBytes(r.erwartet())),
+                                  r.imPapierkorbBytes() > 0
+                                      ? QStringLiteral(" %1 liegen im Papierkorb.").arg(qs(alsBytes(r.imPapierkorbBytes())))
+                                      : QString()));
+    rueckgaengig_->setEnabled(r.kannRueckgaengig());
+    for (const auto& p : r.posten) {
+        const int z = posten_->rowCount();
+        posten_->insertRow(z);
+        auto* was = new QTableWidgetItem(qs(anzeige::kurzpfad(p.pfad, home_)));
+        was->setToolTip(qs(p.pfad));
+        posten_->setItem(z, 0, was);
+        posten_->setItem(z, 1, rechts(qs(alsBytes(p.bytes))));
+        posten_->setItem(z, 2, new QTableWidgetItem(p.art == Entsorgung::loeschen ? QStringLiteral("gelöscht")
+                                                                                  : QStringLiteral("Papierkorb")));
+        QString ergebnis = p.fehler          ? qs(*p.fehler)
+                           : p.zurueckgelegt ? QStringLiteral("zurückgelegt")
+                           : r.probelauf     ? QStringLiteral("Probelauf")
+                                             : QStringLiteral("erledigt");
+        auto* e = new QTableWidgetItem(ergebnis);
+        e->setToolTip(ergebnis);
+        if (p.fehler) e->setForeground(design::farbe("orange"));
+        posten_->setItem(z, 3, e);
+    }
+}
+
+}  // namespace hainbrem

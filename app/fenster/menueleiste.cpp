@@ -1,0 +1,152 @@
+#include "app/fenster/menueleiste.hpp"
+
+#include <QGuiApplication>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QScreen>
+#include <QVBoxLayout>
+#include <cmath>
+
+#include "app/fenster/anzeige.hpp"
+#include "app/fenster/design.hpp"
+#include "app/modell/appmodell.hpp"
+#include "kern/format.hpp"
+
+namespace hainbrem {
+
+using design::qs;
+
+namespace {
+
+// A half-circle gauge of the really free share.
+class Anzeige : public QWidget {
+public:
+    explicit Anzeige(AppModell& modell) : modell_(modell) { setFixedSize(240, 128); }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter p(this);
+        p.setRenderHint(QPainter::Antialiasing);
+        const auto& s = modell_.stand();
+        const double anteil = s.gesamt > 0 ? std::clamp(s.anteilFrei(), 0.0, 1.0) : 0.0;
+        const QRectF bogen(30, 16, 180, 180);
+        p.setPen(QPen(palette().color(QPalette::Mid), 16, Qt::SolidLine, Qt::RoundCap));
+        p.drawArc(bogen, 180 * 16, -180 * 16);
+        const auto lage = s.lage(modell_.warnGrenze());
+        const QColor farbe = design::farbe(lage == Plattenstand::Lage::gut     ? "gruen"
+                                           : lage == Plattenstand::Lage::knapp ? "orange"
+                                                                               : "rot");
+        p.setPen(QPen(farbe, 16, Qt::SolidLine, Qt::RoundCap));
+        p.drawArc(bogen, 180 * 16, -static_cast<int>(std::lround(anteil * 180 * 16)));
+        p.setPen(palette().color(QPalette::WindowText));
+        QFont f = font();
+        f.setPointSize(18);
+        f.setBold(true);
+        p.setFont(f);
+        p.drawText(QRectF(0, 60, width(), 40), Qt::AlignCenter, QStringLiteral("%1 %").arg(qRound(anteil * 100)));
+        f.setPointSize(font().pointSize());
+        f.setBold(false);
+        p.setFont(f);
+        p.setPen(palette().color(QPalette::PlaceholderText));
+        p.drawText(QRectF(0, 96, width(), 24), Qt::AlignCenter, QStringLiteral("frei"));
+    }
+
+private:
+    AppModell& modell_;
+};
+
+}  // namespace
+
+MenueleistenAnsicht::MenueleistenAnsicht(AppModell& modell, QWidget* eltern)
+    : QWidget(eltern, Qt::Popup), modell_(modell) {
+    setWindowTitle(QStringLiteral("Hainbrem"));
+    auto* l = new QVBoxLayout(this);
+    l->setContentsMargins(16, 14, 16, 14);
+    l->setSpacing(8);
+    anzeige_ = new Anzeige(modell_);
+    l->addWidget(anzeige_, 0, Qt::AlignHCenter);
+    frei_ = new QLabel;
+    frei_->setAlignment(Qt::AlignCenter);
+    l->addWidget(frei_);
+    aufraeumen_ = new QPushButton;
+    aufraeumen_->setStyleSheet(QStringLiteral("QPushButton { background: %1; color: white; padding: 8px 14px; "
+                                              "border-radius: 6px; font-weight: bold; }"
+                                              "QPushButton:disabled { background: palette(mid); color: palette(dark); }")
+                                   .arg(design::akzent().name()));
+    pruefen_ = new QPushButton(QStringLiteral("Prüfen, was weg kann"));
+    oeffnen_ = new QPushButton(QStringLiteral("Hainbrem öffnen"));
+    for (auto* k : {aufraeumen_, pruefen_, oeffnen_}) {
+        k->setMinimumWidth(260);
+        l->addWidget(k);
+    }
+    connect(aufraeumen_, &QPushButton::clicked, this, [this] {
+        auto funde = modell_.katalogSicher();
+        if (funde.empty()) return;
+        modell_.bitte(std::move(funde), AppModell::sichereCachesTitel);
+        hide();
+        emit oeffnen();  // the sheet lives in the main window
+    });
+    connect(pruefen_, &QPushButton::clicked, &modell_, &AppModell::pruefen);
+    connect(oeffnen_, &QPushButton::clicked, this, [this] {
+        hide();
+        emit oeffnen();
+    });
+    for (auto s : {&AppModell::standGeaendert, &AppModell::katalogGeaendert, &AppModell::katalogLaeuftGeaendert})
+        connect(&modell_, s, this, &MenueleistenAnsicht::aktualisiere);
+    aktualisiere();
+}
+
+void MenueleistenAnsicht::aktualisiere() {
+    frei_->setText(QStringLiteral("<b>%1</b> wirklich frei").arg(qs(alsBytes(modell_.stand().echtFrei))));
+    const auto sicher = modell_.katalogSicher();
+    aufraeumen_->setText(QStringLiteral("Sichere Caches aufräumen · ") + qs(alsBytes(anzeige::summe(sicher))));
+    aufraeumen_->setEnabled(!sicher.empty());
+    pruefen_->setEnabled(!modell_.katalogLaeuft());
+    anzeige_->update();
+}
+
+MenueleistenSymbol::MenueleistenSymbol(AppModell& modell, QObject* eltern)
+    : QObject(eltern), modell_(modell), ansicht_(new MenueleistenAnsicht(modell)) {
+    symbol_.setToolTip(QStringLiteral("Hainbrem"));
+    connect(ansicht_, &MenueleistenAnsicht::oeffnen, this, &MenueleistenSymbol::oeffnen);
+    connect(&symbol_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason) {
+        if (ansicht_->isVisible()) {
+            ansicht_->hide();
+            return;
+        }
+        // under the icon, kept on the screen
+        ansicht_->adjustSize();
+        QRect ort = symbol_.geometry();
+        QPoint punkt = ort.isValid() ? ort.bottomLeft() : QCursor::pos();
+        if (const QScreen* s = QGuiApplication::screenAt(punkt)) {
+            const QRect r = s->availableGeometry();
+            punkt.setX(std::clamp(punkt.x(), r.left(), r.right() - ansicht_->width()));
+            punkt.setY(std::clamp(punkt.y(), r.top(), r.bottom() - ansicht_->height()));
+        }
+        ansicht_->move(punkt);
+        ansicht_->show();
+    });
+    connect(&modell_, &AppModell::standGeaendert, this, &MenueleistenSymbol::aktualisiere);
+    connect(&modell_.einstellungen(), &Einstellungen::menueleisteGeaendert, this, &MenueleistenSymbol::aktualisiere);
+    connect(&modell_.einstellungen(), &Einstellungen::warnGrenzeGBGeaendert, this, &MenueleistenSymbol::aktualisiere);
+    aktualisiere();
+}
+
+MenueleistenSymbol::~MenueleistenSymbol() { delete ansicht_; }
+
+const char* MenueleistenSymbol::symbolName() const {
+    return modell_.stand().lage(modell_.warnGrenze()) == Plattenstand::Lage::gut ? "leaf.fill"
+                                                                                 : "exclamationmark.triangle.fill";
+}
+
+void MenueleistenSymbol::aktualisiere() {
+    const bool gut = std::string_view(symbolName()) == "leaf.fill";
+    symbol_.setIcon(design::symbol(symbolName(), design::farbe(gut ? "gruen" : "orange")));
+    symbol_.setToolTip(QStringLiteral("Hainbrem · %1 wirklich frei").arg(qs(alsBytes(modell_.stand().echtFrei))));
+    const bool an = modell_.einstellungen().menueleiste();
+    symbol_.setVisible(an);
+    if (!an) ansicht_->hide();
+}
+
+}  // namespace hainbrem

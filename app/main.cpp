@@ -1,0 +1,60 @@
+// hainbrem-app: one model, the main window, the watcher in the menu bar and the settings.
+#include <QApplication>
+#include <QIcon>
+#include <memory>
+
+#include "app/fenster/design.hpp"
+#include "app/fenster/einstellungsfenster.hpp"
+#include "app/fenster/fotograf.hpp"
+#include "app/fenster/hauptfenster.hpp"
+#include "app/fenster/menueleiste.hpp"
+#include "app/modell/appmodell.hpp"
+#include "plattform/plattform.hpp"
+
+int main(int argc, char** argv) {
+    using namespace hainbrem;
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Hainbrem"));
+    QApplication::setOrganizationDomain(QStringLiteral("hainbrem.de"));
+    QApplication::setDesktopFileName(QStringLiteral("de.hainbrem.Hainbrem"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/hainbrem.svg")));
+
+    const QStringList argumente = QApplication::arguments();
+    auto wert = [&](const QString& schluessel) {
+        const qsizetype i = argumente.indexOf(QLatin1Char('-') + schluessel);
+        return i >= 0 && i + 1 < argumente.size() ? argumente[i + 1] : QString();
+    };
+    Umfeld umfeld;
+    umfeld.home = plattform::heimOrdner();
+    // "-nurHome YES": the scan measures only the home folder (pictures of a sample home)
+    umfeld.ganzePlatte = !Einstellungen::alsFlag(wert(QStringLiteral("nurHome")));
+    AppModell modell(umfeld);
+
+    design::erscheinungAnwenden(app, modell.einstellungen().erscheinung());
+    QObject::connect(&modell.einstellungen(), &Einstellungen::erscheinungGeaendert, &app,
+                     [&] { design::erscheinungAnwenden(app, modell.einstellungen().erscheinung()); });
+
+    Hauptfenster fenster(modell, umfeld.home);
+    EinstellungenAnsicht einstellungen(modell.einstellungen());
+    MenueleistenSymbol menueleiste(modell);
+    QObject::connect(&fenster, &Hauptfenster::einstellungenGewuenscht, &einstellungen, [&] {
+        einstellungen.show();
+        einstellungen.raise();
+        einstellungen.activateWindow();
+    });
+    QObject::connect(&menueleiste, &MenueleistenSymbol::oeffnen, &fenster, &Hauptfenster::zeigen);
+    // while the watcher sits in the menu bar, closing the window leaves it watching
+    auto schliessenBeendet = [&] {
+        QApplication::setQuitOnLastWindowClosed(!(menueleiste.sichtbar() && QSystemTrayIcon::isSystemTrayAvailable()));
+    };
+    QObject::connect(&modell.einstellungen(), &Einstellungen::menueleisteGeaendert, &app, schliessenBeendet);
+    schliessenBeendet();
+
+    fenster.resize(1240, 820);
+    fenster.show();
+    if (const QString fotos = wert(QStringLiteral("fotos")); !fotos.isEmpty())
+        fotografieren(modell, fenster, einstellungen, *menueleiste.ansicht(), fotos);
+    const int ende = QApplication::exec();
+    modell.beenden();
+    return ende;
+}

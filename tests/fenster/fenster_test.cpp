@@ -1,0 +1,255 @@
+// The windows on a fixture home: the findings list against the selection, the sheet's arming
+// and rows, the result bar's line, the settings and the panel, and one cleanup end to end.
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QSettings>
+#include <QSlider>
+#include <QToolButton>
+
+#include "../modell/welt.hpp"
+#include "app/fenster/bestaetigung.hpp"
+#include "app/fenster/einstellungsfenster.hpp"
+#include "app/fenster/fundliste.hpp"
+#include "app/fenster/hauptfenster.hpp"
+#include "app/fenster/menueleiste.hpp"
+#include "app/fenster/seiten.hpp"
+#include "kern/bestaetigung.hpp"
+
+namespace hainbrem::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+QStringList texte(const QWidget& w) {
+    QStringList t;
+    for (const auto* l : w.findChildren<QLabel*>()) t << l->text();
+    return t;
+}
+
+TEST(FundListe, HaekchenSindDieAuswahlInBeideRichtungenUndSortierenGehtUeberIndizes) {
+    Welt w;
+    AppModell m(w.umfeld());
+    FundListe liste(m, "/home/anna");
+    Fund a = fund("/home/anna/b-mittel", 200), b = fund("/home/anna/A-gross", 300), c = fund("/tmp/c-klein", 100);
+    a.datum = Zeitpunkt{std::chrono::hours(10)};
+    b.datum = Zeitpunkt{std::chrono::hours(30)};
+    liste.setzeFunde({a, b, c});
+    m.waehle(c.url, true);
+    EXPECT_EQ(liste.index(2, FundListe::name).data(Qt::CheckStateRole), Qt::Checked);
+    EXPECT_TRUE(liste.setData(liste.index(0, FundListe::name), Qt::Checked, Qt::CheckStateRole));
+    EXPECT_EQ(m.auswahl(), (std::set<std::string>{a.url, c.url}));
+    EXPECT_EQ(liste.gewaehlte(), (std::vector<Fund>{a, c}));
+    EXPECT_EQ(liste.index(0, FundListe::ort).data().toString(), "~");
+
+    const std::vector<std::pair<int, std::string>> faelle{
+        {FundListe::groesse, "/tmp/c-klein"}, {FundListe::name, "/home/anna/A-gross"},
+        {FundListe::alter, "/home/anna/A-gross"}};  // newest first, no date last
+    for (const auto& [spalte, erster] : faelle) {
+        liste.sort(spalte, Qt::AscendingOrder);
+        EXPECT_EQ(liste.fund(0).url, erster) << spalte;
+    }
+    liste.sort(FundListe::groesse, Qt::DescendingOrder);
+    EXPECT_EQ(liste.index(0, FundListe::name).data(FundListe::pfadRolle).toString(), "/home/anna/A-gross");
+    liste.setzeWaehlbar([](const Fund& f) { return f.bytes != 300; });  // e.g. a duplicate's keeper
+    EXPECT_FALSE(liste.flags(liste.index(0, FundListe::name)) & Qt::ItemIsUserCheckable);
+    EXPECT_FALSE(liste.setData(liste.index(0, FundListe::name), Qt::Checked, Qt::CheckStateRole));
+    EXPECT_FALSE(m.istGewaehlt(b.url));
+}
+
+struct Uhrwerk {
+    std::shared_ptr<std::chrono::steady_clock::time_point> jetzt =
+        std::make_shared<std::chrono::steady_clock::time_point>(std::chrono::hours(1));
+    Uhr uhr() const {
+        return [j = jetzt] { return *j; };
+    }
+};
+
+TEST(Bestaetigung, ScharfErstNach900msZeilenSummenUndBeenden) {
+    Welt w;
+    const fs::path cache = w.mac.ordnerMitDatei("Library/Caches/com.example.a", 4096);
+    AppModell m(w.umfeld());
+    Uhrwerk zeit;
+    std::vector<std::string> beendet;
+    const Auftrag auftrag{"1", "Gemischt",
+                          {fund(cache, 1'500'000, Entsorgung::loeschen, "Slack"),
+                           fund(w.mac.home() / "Library/Caches/weg", 500'000, Entsorgung::loeschen),
+                           fund(w.mac.home() / "Movies/film.mov", 2'000'000'000, Entsorgung::papierkorb)}};
+    m.setzeAuftrag(auftrag);
+    BestaetigungsAnsicht blatt(m, auftrag, nullptr,
+                               {zeit.uhr(), [](const std::string& b) { return b == "Slack"; },
+                                [&](const std::string& b) { beendet.push_back(b); }});
+    blatt.show();
+    const QStringList t = texte(blatt);
+    for (const char* erwartet : {"<b>2 × endgültig löschen</b>", "<b>2 MB</b>", "<b>1 × in den Papierkorb</b>",
+                                 "<b>2 GB</b>", "Zusammen <b>2 GB</b> in 3 Teilen",
+                                 "Läuft ein Programm, dem etwas davon gehört, bleibt das liegen.",
+                                 "Slack läuft noch, seine Teile blieben liegen."})
+        EXPECT_TRUE(t.contains(QString::fromUtf8(erwartet))) << erwartet << "\n" << t.join('\n').toStdString();
+    for (auto* k : blatt.findChildren<QPushButton*>())
+        if (k->text() == "Beenden") k->click();
+    EXPECT_EQ(beendet, std::vector<std::string>{"Slack"});
+
+    EXPECT_FALSE(blatt.bestaetigenKnopf()->isEnabled());
+    *zeit.jetzt += 899ms;
+    blatt.bestaetigen();
+    EXPECT_TRUE(m.auftrag());
+    EXPECT_FALSE(m.entsorgtGerade());
+    *zeit.jetzt += 1ms;
+    blatt.bestaetigen();
+    EXPECT_FALSE(m.auftrag());
+    EXPECT_TRUE(m.entsorgtGerade());
+    ASSERT_TRUE(warte([&] { return !m.entsorgtGerade(); }));
+    EXPECT_FALSE(fs::exists(cache));
+}
+
+TEST(Ergebnisleiste, ErklaertDieRundeUndSchliesst) {
+    Welt w;
+    w.platz->frei = 76'030'000'000;
+    AppModell m(w.umfeld());
+    ErgebnisLeiste leiste(m);
+    EXPECT_TRUE(leiste.isHidden());
+    auto runde = [](int64_t erwartet, int64_t gewonnen, int fehler, bool korb) {
+        Runde r{"R", "Aufräumen", {}, 10'000'000'000, 10'000'000'000 + gewonnen, {}, false};
+        r.posten.push_back({"/a", erwartet, Entsorgung::loeschen, std::nullopt, std::nullopt, false});
+        for (int i = 0; i < fehler; ++i)
+            r.posten.push_back({"/f" + std::to_string(i), 0, Entsorgung::loeschen, std::nullopt, "geschützt", false});
+        if (korb) r.posten.push_back({"/k", 3'000'000, Entsorgung::papierkorb, "/T/k", std::nullopt, false});
+        return r;
+    };
+    const std::vector<std::pair<Runde, std::string>> faelle{
+        {runde(100'000'000, 100'000'000, 0, false), "Alles erledigt. Echter freier Platz jetzt: 76,03 GB."},
+        {runde(100'000'000, 79'999'999, 0, false),
+         "weniger als erwartet: Klone, Hardlinks oder ein Schnappschuss halten Daten fest, oder andere Programme "
+         "schreiben gerade"},
+        {runde(100'000'000, 80'000'000, 0, false), "Alles erledigt. Echter freier Platz jetzt: 76,03 GB."},
+        {runde(50'000'000, 0, 0, false), "Alles erledigt. Echter freier Platz jetzt: 76,03 GB."},
+        {runde(10'000, 10'000, 3, true),
+         "3 MB liegen im Papierkorb – frei erst nach dem Leeren · 3 übersprungen (läuft gerade oder geschützt)"},
+    };
+    // the bar's line, with the model's fresh reading as "now"
+    for (const auto& [r, text] : faelle) EXPECT_EQ(erklaerung(r, [&] { return m.stand().echtFrei; }), text);
+    m.setzeAuftrag(Auftrag{"1", "Nichts", {}});
+    m.ausfuehren(*m.auftrag());
+    ASSERT_TRUE(warte([&] { return m.letzteRunde().has_value(); }));
+    EXPECT_FALSE(leiste.isHidden());
+    EXPECT_EQ(leiste.erklaerung(), "Alles erledigt. Echter freier Platz jetzt: 76,03 GB.");
+    leiste.schliessenKnopf()->click();
+    EXPECT_FALSE(m.letzteRunde());
+    EXPECT_TRUE(leiste.isHidden());
+}
+
+TEST(Einstellungen, JedesBedienelementSchreibtSeinenSchluessel) {
+    Welt w;
+    AppModell m(w.umfeld());
+    std::vector<bool> anmeldungen;
+    bool klappt = true, eingetragen = false;
+    EinstellungenAnsicht e(m.einstellungen(), {[&](bool an) {
+                                                   anmeldungen.push_back(an);
+                                                   if (klappt) eingetragen = an;
+                                                   return klappt;
+                                               },
+                                               [&] { return eingetragen; }});
+    e.erscheinung()->setCurrentIndex(2);
+    e.menueleiste()->setChecked(false);
+    e.grenze()->setValue(25);
+    e.anmelden()->setChecked(true);
+    klappt = false;
+    e.anmelden()->setChecked(false);
+    QSettings s(w.einstellungen(), QSettings::IniFormat);
+    EXPECT_EQ(s.value("erscheinung").toString(), "dunkel");
+    EXPECT_FALSE(s.value("menueleiste").toBool());
+    EXPECT_EQ(s.value("warnGrenzeGB").toDouble(), 25.0);
+    EXPECT_EQ(m.warnGrenze(), 25 * GB);
+    EXPECT_EQ(e.grenzeText()->text(), "Warnen unter 25 GB");
+    EXPECT_EQ(anmeldungen, (std::vector<bool>{true, false}));
+    EXPECT_TRUE(e.anmelden()->isChecked());  // the failed change is taken back
+    EXPECT_EQ(e.grenze()->minimum(), 2);
+    EXPECT_EQ(e.grenze()->maximum(), 40);
+}
+
+TEST(Menueleiste, SymbolNachLageUndKnoepfeRufenIhreAktionen) {
+    Welt w;
+    w.mac.ordnerMitDatei("Library/Caches/com.example.a", 8192);
+    AppModell m(w.umfeld());
+    MenueleistenSymbol symbol(m);
+    EXPECT_STREQ(symbol.symbolName(), "leaf.fill");
+    w.platz->frei = 5 * GB;
+    m.standAktualisieren();
+    EXPECT_STREQ(symbol.symbolName(), "exclamationmark.triangle.fill");
+    MenueleistenAnsicht& p = *symbol.ansicht();
+    EXPECT_FALSE(p.aufraeumenKnopf()->isEnabled());  // nothing checked yet
+    p.pruefenKnopf()->click();
+    EXPECT_TRUE(m.katalogLaeuft());
+    ASSERT_TRUE(warte([&] { return !m.katalogLaeuft(); }));
+    ASSERT_FALSE(m.katalogSicher().empty());
+    EXPECT_TRUE(p.aufraeumenKnopf()->text().startsWith("Sichere Caches aufräumen · "));
+    int geoeffnet = 0;
+    QObject::connect(&symbol, &MenueleistenSymbol::oeffnen, [&] { ++geoeffnet; });
+    p.aufraeumenKnopf()->click();
+    ASSERT_TRUE(m.auftrag());
+    EXPECT_EQ(m.auftrag()->titel, "Sichere Caches aufräumen");
+    EXPECT_EQ(m.auftrag()->funde, m.katalogSicher());
+    p.oeffnenKnopf()->click();
+    EXPECT_EQ(geoeffnet, 2);
+}
+
+// check → tick → sheet → confirm → result bar → undo, on the windows the user sees
+TEST(Hauptfenster, AufraeumenBisRueckgaengigMitDemPapierkorb) {
+    Welt w;
+    AppModell m(w.umfeld());
+    Hauptfenster f(m, w.mac.home());
+    Uhrwerk zeit;
+    f.setzeBlattTeile({zeit.uhr(), [](const std::string&) { return false; }, {}});
+    f.show();
+    m.setzeSeite(Seite::aufraeumen);
+    auto* seite = f.seite(Seite::aufraeumen);
+    m.pruefen();
+    ASSERT_TRUE(warte([&] { return m.katalogGeprueft().has_value(); }));
+
+    // the phone backup goes to the Trash and is not preselected: tick it in its card
+    const fs::path sicherung = w.mac.home() / "Library/Application Support/MobileSync/Backup/00008030-000A1B2C3D";
+    ASSERT_TRUE(fs::exists(sicherung));
+    bool getickt = false;
+    for (auto* liste : seite->findChildren<FundListe*>())
+        for (int z = 0; z < liste->rowCount(); ++z)
+            if (liste->fund(z).url == sicherung)
+                getickt = liste->setData(liste->index(z, FundListe::name), Qt::Checked, Qt::CheckStateRole);
+    ASSERT_TRUE(getickt);
+    // a rule's checkbox unticks all its findings and ticks them again
+    auto* gruppe = seite->findChildren<QCheckBox*>().front();
+    const auto& karteFunde = gruppe->parentWidget()->findChild<FundListe*>()->funde();
+    const size_t vorher = m.auswahl().size();
+    gruppe->click();
+    if (gruppe->checkState() != Qt::Checked) gruppe->click();  // it was partly ticked: now all
+    for (const auto& k : karteFunde) EXPECT_TRUE(m.istGewaehlt(k.url)) << k.url;
+    gruppe->click();
+    for (const auto& k : karteFunde) EXPECT_FALSE(m.istGewaehlt(k.url)) << k.url;
+    EXPECT_LT(m.auswahl().size(), vorher);
+
+    seite->findChild<AuswahlLeiste*>()->knopf()->click();
+    ASSERT_TRUE(f.blatt());
+    EXPECT_EQ(f.blatt()->auftrag().funde, m.katalogAusgewaehlt());
+    *zeit.jetzt += 1s;
+    f.blatt()->bestaetigen();
+    ASSERT_TRUE(warte([&] { return m.letzteRunde().has_value() && !m.entsorgtGerade(); }));
+    EXPECT_FALSE(f.blatt());
+    EXPECT_FALSE(fs::exists(sicherung));
+    EXPECT_TRUE(fs::exists(w.mac.papierkorb() / sicherung.filename()));
+    EXPECT_FALSE(f.ergebnis()->isHidden());
+    ASSERT_TRUE(f.ergebnis()->rueckgaengigKnopf()->isEnabled());
+
+    f.ergebnis()->rueckgaengigKnopf()->click();
+    ASSERT_TRUE(warte([&] { return fs::exists(sicherung); }));
+    EXPECT_FALSE(fs::exists(w.mac.papierkorb() / sicherung.filename()));
+    // the bar follows the round the model re-reads once everything is back
+    ASSERT_TRUE(warte([&] { return !f.ergebnis()->rueckgaengigKnopf()->isEnabled(); }));
+    EXPECT_TRUE(std::all_of(m.letzteRunde()->posten.begin(), m.letzteRunde()->posten.end(),
+                            [](const Posten& p) { return !p.imPapierkorb || p.zurueckgelegt; }));
+}
+
+}  // namespace
+}  // namespace hainbrem::test
