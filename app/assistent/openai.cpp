@@ -261,7 +261,9 @@ void OpenAiModell::pruefe(std::function<void(Verfuegbarkeit)> fertig) {
         if (!v->modell.isEmpty() && !m.ids.contains(v->modell))
             return fertig({false, "Der Server auf " + wo + " läuft, hat aber kein Modell „" + s(v->modell) +
                                       "“. Vorhanden: " + s(m.ids.join(", ")) +
-                                      ". Wähle eines davon in den Einstellungen oder lade es dort."});
+                                      ". Wähle eines davon in den Einstellungen oder lade es dort (bei Ollama: „ollama "
+                                      "pull " +
+                                      s(v->modell) + "“)."});
         v->gewaehlt = v->modell.isEmpty() ? m.ids.front() : v->modell;
         fertig({true, "Lokales Sprachmodell „" + s(v->gewaehlt) + "“ auf " + wo + " – nichts verlässt das Gerät."});
     });

@@ -383,18 +383,24 @@ std::vector<Argument> AuswahlWerkzeug::argumente() const {
 }
 
 void AuswahlWerkzeug::call(const QJsonObject& argumente, Fertig fertig) {
-    // the model's lists are read here, on its thread; the guard reads the disk on the tool's
-    auto vorschlag = std::make_shared<Vorschlag>();
-    imHintergrund(
-        [vorschlag, katalog = modell_.katalog(), bekannt = bekannteFunde(modell_), guard = modell_.entsorger().waechter,
-         regelIDs = texte(argumente.value("regelIDs")), pfade = texte(argumente.value("pfade")), home = home_] {
-            *vorschlag = vorschlagen(katalog, bekannt, regelIDs, pfade, guard, home);
-            return vorschlag->text;
-        },
-        [this, vorschlag, fertig](std::string text) {
-            modell_.setzeKiVorschlag(std::move(vorschlag->funde));  // replaces any earlier proposal
-            fertig(std::move(text));
-        });
+    auto regelIDs = texte(argumente.value("regelIDs"));
+    // rule ids before any check (a model that skipped aufraeumFunde): the check comes first
+    if (!regelIDs.empty() && modell_.katalog().empty() && !modell_.katalogGeprueft()) modell_.pruefen();
+    wennFertig(this, modell_, &AppModell::katalogLaeuft, &AppModell::katalogLaeuftGeaendert,
+               [this, fertig, regelIDs = std::move(regelIDs), pfade = texte(argumente.value("pfade"))] {
+                   // the model's lists are read here, on its thread; the guard reads the disk on the tool's
+                   auto vorschlag = std::make_shared<Vorschlag>();
+                   imHintergrund(
+                       [vorschlag, katalog = modell_.katalog(), bekannt = bekannteFunde(modell_),
+                        guard = modell_.entsorger().waechter, regelIDs, pfade, home = home_] {
+                           *vorschlag = vorschlagen(katalog, bekannt, regelIDs, pfade, guard, home);
+                           return vorschlag->text;
+                       },
+                       [this, vorschlag, fertig](std::string text) {
+                           modell_.setzeKiVorschlag(std::move(vorschlag->funde));  // replaces any earlier one
+                           fertig(std::move(text));
+                       });
+               });
 }
 
 std::vector<std::unique_ptr<Werkzeug>> alleWerkzeuge(AppModell& modell) {
