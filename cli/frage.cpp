@@ -54,7 +54,7 @@ const bool registriert = registriere({
             a.add_option("text", opt.text, "Die Frage (Anführungszeichen nicht nötig)")->required();
             a.add_option("--adresse", opt.adresse, "Adresse des Sprachmodells (sonst die Einstellung kiAdresse)");
             a.add_option("--modell", opt.modell, "Name des Modells (sonst kiModell, sonst das erste dort)");
-            a.add_flag("--probelauf", opt.probelauf, "Vorschläge nur zeigen, was geschähe; nichts anfassen");
+            a.add_flag("--probelauf", opt.probelauf, "Nur zeigen, was mit den Vorschlägen geschähe; nichts anfassen");
             a.add_flag("--ja", opt.ja, "Vorschläge ohne Rückfrage ausführen");
         },
     .ausfuehren = frage,

@@ -227,20 +227,28 @@ void AssistentSeite::zeigeUnterhaltung() {
     vorschlagBereich_->setVisible(n.empty());
     liste_->setVisible(!n.empty());
     senden_->setEnabled(!modell_.kiDenkt());
-    // the list only grows; earlier bubbles are updated in place
+    // usually the list only grows and the last bubble changes; a conversation replaced otherwise
+    // loses the rows from where it differs
+    size_t gleich = 0;
+    while (gleich < blasen_.size() && gleich < n.size() && blasen_[gleich]->nachricht().vonMir == n[gleich].vonMir)
+        ++gleich;
+    for (size_t i = blasen_.size(); i > gleich; --i) delete blasen_[i - 1]->parentWidget();
+    blasen_.resize(gleich);
     for (size_t i = 0; i < n.size(); ++i) {
         const bool denkt = modell_.kiDenkt() && i + 1 == n.size();
         if (i < blasen_.size()) {
             if (blasen_[i]->nachricht() != n[i] || blasen_[i]->denkt() != denkt) blasen_[i]->setze(n[i], denkt);
             continue;
         }
-        auto* zeile = new QHBoxLayout;
-        auto* blase = new Blase(n[i], denkt, liste_->widget());
+        auto* reihe = new QWidget(liste_->widget());
+        auto* zeile = new QHBoxLayout(reihe);
+        zeile->setContentsMargins(0, 0, 0, 0);
+        auto* blase = new Blase(n[i], denkt, reihe);
         blase->setzeMaxBreite(blasenBreite());
         if (n[i].vonMir) zeile->addStretch(1);
         zeile->addWidget(blase, 0);
         if (!n[i].vonMir) zeile->addStretch(1);
-        blasenSpalte_->addLayout(zeile);
+        blasenSpalte_->addWidget(reihe);
         blasen_.push_back(blase);
     }
     ansEnde_ = true;
