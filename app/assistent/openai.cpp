@@ -201,10 +201,11 @@ struct OpenAiModell::Verbindung {
         return r;
     }
 
-    // GET /models; `fertig` gets the ids in the server's order.
+    // GET /models; `fertig` gets the ids in the server's order. The reply may outlive this
+    // connection (a manager handed in), so nothing of it is captured.
     void modelle(QObject* kontext, std::function<void(Modelle)> fertig) {
         QNetworkReply* r = netz->get(anfrage("/models", modelleMs));
-        QObject::connect(r, &QNetworkReply::finished, kontext, [this, r, fertig = std::move(fertig)] {
+        QObject::connect(r, &QNetworkReply::finished, kontext, [adresse = adresse, r, fertig = std::move(fertig)] {
             r->deleteLater();
             Modelle m;
             m.status = r->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
@@ -250,7 +251,10 @@ void OpenAiModell::pruefe(std::function<void(Verfuegbarkeit)> fertig) {
             Qt::QueuedConnection);
         return;
     }
-    v_->modelle(v_->netz, [v = v_, fertig](Modelle m) {
+    // weak: the reply must not keep alive the manager it belongs to
+    v_->modelle(v_->netz, [w = std::weak_ptr<Verbindung>(v_), fertig](Modelle m) {
+        const auto v = w.lock();
+        if (!v) return;  // replaced by another model meanwhile
         const std::string wo = s(v->adresse);
         if (!m.erreichbar) return fertig({false, m.fehler});
         if (m.status >= 300)

@@ -194,6 +194,8 @@ TEST(Gespraech, VerfuegbarkeitMitUndOhneModell) {
     ASSERT_TRUE(warte([&] { return a->verfuegbarkeit().has_value(); }));
     EXPECT_EQ(a->verfuegbarkeit()->text,
               "Lokales Sprachmodell „llama“ auf " + server.adresse().toStdString() + " – nichts verlässt das Gerät.");
+    // replaced again while its check is still under way: only the newest answers
+    a->setzeSprachmodell(std::make_unique<OpenAiModell>(server.adresse(), "qwen"));
     a->setzeSprachmodell(std::make_unique<OpenAiModell>(server.adresse(), "mistral"));
     ASSERT_TRUE(warte([&] { return !a->verfuegbarkeit()->verfuegbar; }));
     EXPECT_NE(a->verfuegbarkeit()->text.find("kein Modell „mistral“. Vorhanden: qwen, llama."), std::string::npos);
