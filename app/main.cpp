@@ -3,6 +3,7 @@
 #include <QIcon>
 #include <memory>
 
+#include "app/assistent/seite/assistentseite.hpp"
 #include "app/fenster/design.hpp"
 #include "app/fenster/einstellungsfenster.hpp"
 #include "app/fenster/fotograf.hpp"
@@ -34,7 +35,7 @@ int main(int argc, char** argv) {
     QObject::connect(&modell.einstellungen(), &Einstellungen::erscheinungGeaendert, &app,
                      [&] { design::erscheinungAnwenden(app, modell.einstellungen().erscheinung()); });
 
-    Hauptfenster fenster(modell, umfeld.home);
+    Hauptfenster fenster(modell, umfeld.home, new AssistentSeite(modell));
     EinstellungenAnsicht einstellungen(modell.einstellungen());
     MenueleistenSymbol menueleiste(modell);
     QObject::connect(&fenster, &Hauptfenster::einstellungenGewuenscht, &einstellungen, [&] {

@@ -176,6 +176,10 @@ public:
     // The assistant answers questions through this; until it exists a question only opens its page.
     void setzeFrageHaken(std::function<void(const std::string&)> haken) { frageHaken_ = std::move(haken); }
 
+    // Home, temp folder, full disk access, the running-program test and this app's Trash items, as
+    // the finders get them; any thread.
+    Umgebung umgebung() const;
+
     Einstellungen& einstellungen() { return *einstellungen_; }
     int64_t warnGrenze() const { return einstellungen_->warnGrenze(); }
 
@@ -267,7 +271,6 @@ private:
     // Ends the job's bookkeeping; false when it was stopped.
     bool schliesse(Arbeit arbeit, const std::shared_ptr<Lauf>& lauf);
     void leseFortschritt();
-    Umgebung umgebung() const;  // any thread
     void starteDuplikate();
     void nachEntsorgung(const Runde& runde);
 

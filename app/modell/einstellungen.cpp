@@ -10,6 +10,8 @@ namespace {
 const QString menueleisteSchluessel = QStringLiteral("menueleiste");
 const QString grenzeSchluessel = QStringLiteral("warnGrenzeGB");
 const QString erscheinungSchluessel = QStringLiteral("erscheinung");
+const QString kiAdresseSchluessel = QStringLiteral("kiAdresse");
+const QString kiModellSchluessel = QStringLiteral("kiModell");
 }  // namespace
 
 Einstellungen::Einstellungen(const QString& datei, QObject* eltern)
@@ -65,6 +67,25 @@ void Einstellungen::setzeErscheinung(const QString& art) {
     if (speicher_->contains(erscheinungSchluessel) && erscheinung() == art) return;
     speicher_->setValue(erscheinungSchluessel, art);
     emit erscheinungGeaendert();
+}
+
+QString Einstellungen::kiAdresse() const {
+    const QString a = speicher_->value(kiAdresseSchluessel).toString().trimmed();
+    return a.isEmpty() ? QString::fromLatin1(standardKiAdresse) : a;
+}
+
+QString Einstellungen::kiModell() const { return speicher_->value(kiModellSchluessel).toString().trimmed(); }
+
+void Einstellungen::setzeKiAdresse(const QString& adresse) {
+    if (speicher_->contains(kiAdresseSchluessel) && kiAdresse() == adresse.trimmed()) return;
+    speicher_->setValue(kiAdresseSchluessel, adresse.trimmed());
+    emit kiAdresseGeaendert();
+}
+
+void Einstellungen::setzeKiModell(const QString& modell) {
+    if (speicher_->contains(kiModellSchluessel) && kiModell() == modell.trimmed()) return;
+    speicher_->setValue(kiModellSchluessel, modell.trimmed());
+    emit kiModellGeaendert();
 }
 
 bool Einstellungen::alsFlag(const QString& wert) {

@@ -18,6 +18,8 @@ class Einstellungen : public QObject {
     Q_PROPERTY(bool menueleiste READ menueleiste WRITE setzeMenueleiste NOTIFY menueleisteGeaendert)
     Q_PROPERTY(double warnGrenzeGB READ warnGrenzeGB WRITE setzeWarnGrenzeGB NOTIFY warnGrenzeGBGeaendert)
     Q_PROPERTY(QString erscheinung READ erscheinung WRITE setzeErscheinung NOTIFY erscheinungGeaendert)
+    Q_PROPERTY(QString kiAdresse READ kiAdresse WRITE setzeKiAdresse NOTIFY kiAdresseGeaendert)
+    Q_PROPERTY(QString kiModell READ kiModell WRITE setzeKiModell NOTIFY kiModellGeaendert)
 
 public:
     // `datei` empty: the platform's store for organisation domain "hainbrem.de" and application
@@ -33,6 +35,14 @@ public:
     void setzeMenueleiste(bool an);
     void setzeWarnGrenzeGB(double gb);
     void setzeErscheinung(const QString& art);
+
+    static constexpr const char* standardKiAdresse = "http://127.0.0.1:8080/v1";
+    // "kiAdresse": the local language model's OpenAI-style endpoint; the default when absent or empty.
+    QString kiAdresse() const;
+    // "kiModell": the model to ask there; empty means the first one the endpoint lists.
+    QString kiModell() const;
+    void setzeKiAdresse(const QString& adresse);
+    void setzeKiModell(const QString& modell);
 
     // The threshold in bytes: a stored number × 10^9, truncated; 10,000,000,000 when nothing or no
     // number is stored. A number no byte count can hold ends the process.
@@ -56,6 +66,8 @@ signals:
     void menueleisteGeaendert();
     void warnGrenzeGBGeaendert();
     void erscheinungGeaendert();
+    void kiAdresseGeaendert();
+    void kiModellGeaendert();
 
 private:
     std::optional<double> gespeicherteGrenze() const;

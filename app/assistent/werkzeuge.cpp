@@ -1,0 +1,417 @@
+#include "app/assistent/werkzeuge.hpp"
+
+#include <sys/stat.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <algorithm>
+#include <set>
+
+#include "app/modell/appmodell.hpp"
+#include "kern/format.hpp"
+#include "kern/groesse.hpp"
+#include "kern/rechnen.hpp"
+
+namespace hainbrem {
+
+namespace {
+
+std::string verbinde(const std::vector<std::string>& teile, std::string_view zwischen) {
+    std::string aus;
+    for (size_t i = 0; i < teile.size(); ++i) {
+        if (i > 0) aus += zwischen;
+        aus += teile[i];
+    }
+    return aus;
+}
+
+std::string einheit(int64_t n, const char* eins, const char* mehr) {
+    return "vor " + std::to_string(n) + " " + (n == 1 ? eins : mehr);
+}
+
+std::string urteilText(const Urteil& u) { return u.istErlaubt() ? "erlaubt" : "nein (" + u.grund() + ")"; }
+
+}  // namespace
+
+// ---------------------------------------------------------------- helpers
+
+std::string relativ(Zeitpunkt dann, Zeitpunkt jetzt) {
+    using namespace std::chrono;
+    const int64_t s = duration_cast<seconds>(jetzt - dann).count();
+    if (s < -60) return "in der Zukunft";  // a clock that was set back
+    if (s < 60) return "gerade eben";
+    if (s < 3600) return einheit(s / 60, "Minute", "Minuten");
+    if (s < 86'400) return einheit(s / 3600, "Stunde", "Stunden");
+    if (s < 2 * 86'400) return "gestern";
+    const int64_t tage = s / 86'400;
+    if (tage < 30) return einheit(tage, "Tag", "Tagen");
+    if (tage < 365) return einheit(tage / 30, "Monat", "Monaten");
+    return einheit(tage / 365, "Jahr", "Jahren");
+}
+
+std::string kurzpfad(const fs::path& pfad, const fs::path& home) {
+    const std::string& p = pfad.native();
+    std::string h = home.native();
+    while (h.size() > 1 && h.back() == '/') h.pop_back();
+    if (h.size() > 1 && p.starts_with(h) && (p.size() == h.size() || p[h.size()] == '/'))
+        return "~" + p.substr(h.size());
+    return p;
+}
+
+fs::path erweitere(std::string_view pfad, const fs::path& home) {
+    while (!pfad.empty() && (pfad.front() == ' ' || pfad.front() == '\t')) pfad.remove_prefix(1);
+    while (!pfad.empty() && (pfad.back() == ' ' || pfad.back() == '\t')) pfad.remove_suffix(1);
+    fs::path p;
+    if (pfad == "~")
+        p = home;
+    else if (pfad.starts_with("~/"))
+        p = home / pfad.substr(2);
+    else if (pfad.starts_with('/'))
+        p = pfad;
+    else
+        p = home / pfad;  // "Library/Caches" means the one in the home folder
+    std::string s = p.lexically_normal().native();
+    while (s.size() > 1 && s.back() == '/') s.pop_back();
+    return s;
+}
+
+std::string ersteZeichen(std::string_view text, size_t n) {
+    size_t zeichen = 0;
+    for (size_t i = 0; i < text.size(); ++i) {
+        // a byte that does not continue a character starts one
+        if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80 && zeichen++ == n)
+            return std::string(text.substr(0, i));
+    }
+    return std::string(text);
+}
+
+// ---------------------------------------------------------------- texts
+
+std::string plattenstandText(const Plattenstand& s) {
+    const int64_t nurLoeschbar = std::max<int64_t>(0, subtrahiere(s.mitLoeschbarem, s.echtFrei));
+    return "Gesamt " + alsBytes(s.gesamt) + ", wirklich frei " + alsBytes(s.echtFrei) + ", laut Finder verfügbar " +
+           alsBytes(s.mitLoeschbarem) + " (davon nur löschbar: " + alsBytes(nurLoeschbar) + ").";
+}
+
+std::string aufraeumFundeText(const std::vector<RegelErgebnis>& katalog) {
+    if (katalog.empty()) return "Nichts gefunden.";
+    std::vector<const RegelErgebnis*> sortiert;
+    for (const auto& e : katalog) sortiert.push_back(&e);
+    std::stable_sort(sortiert.begin(), sortiert.end(),
+                     [](const RegelErgebnis* a, const RegelErgebnis* b) { return a->bytes() > b->bytes(); });
+    sortiert.resize(std::min(sortiert.size(), maxRegeln));
+    std::vector<std::string> zeilen;
+    for (const RegelErgebnis* e : sortiert)
+        zeilen.push_back("- " + e->regel.titel + ": " + alsBytes(e->bytes()) + ", " +
+                         std::string(name(e->regel.risiko)) + ", id=" + e->regel.id + ". " +
+                         ersteZeichen(e->regel.warumSicher, maxBegruendung));
+    return verbinde(zeilen, "\n");
+}
+
+std::string groessteOrdnerText(const std::string& pfad, const fs::path& home, const Knoten::Zeiger& wurzel) {
+    const Knoten::Zeiger k = wurzel ? Knoten::finde(wurzel, erweitere(pfad, home).native()) : nullptr;
+    if (!k) return "Ordner " + pfad + " ist nicht im Scan (zu klein, unlesbar oder außerhalb des Benutzerordners).";
+    std::vector<std::string> zeilen;
+    for (size_t i = 0; i < k->kinder.size() && i < maxKinder; ++i) {
+        const Knoten& kind = *k->kinder[i];
+        // what no walk can see (system, snapshots) has no path to show
+        const std::string wo = kind.istVirtuell() ? kind.name : kurzpfad(kind.pfad, home);
+        zeilen.push_back("- " + wo + ": " + alsBytes(kind.bytes) + (kind.istPaket ? " (Paket)" : ""));
+    }
+    return kurzpfad(k->pfad, home) + " belegt " + alsBytes(k->bytes) + " in " + std::to_string(k->dateien) +
+           " Dateien.\n" + verbinde(zeilen, "\n");
+}
+
+ErklaerFakten erklaereFakten(std::string_view pfad, const Umgebung& u, const SafetyGuard& guard) {
+    ErklaerFakten f;
+    f.pfad = erweitere(pfad, u.home);
+    struct stat st {};
+    if (::lstat(f.pfad.c_str(), &st) != 0) return f;
+    f.gibtEs = true;
+    CloudSchutz::aktivieren();  // measuring must never pull a cloud file down
+    f.bytes = Groesse::belegt(f.pfad);
+    if (st.st_mtim.tv_sec > 0)
+        f.geaendert = std::chrono::system_clock::from_time_t(st.st_mtim.tv_sec) +
+                      std::chrono::duration_cast<std::chrono::system_clock::duration>(
+                          std::chrono::nanoseconds(st.st_mtim.tv_nsec));
+    if (S_ISDIR(st.st_mode)) {
+        std::error_code e;
+        for (fs::directory_iterator it(f.pfad, e), ende; !e && it != ende; it.increment(e))
+            f.beispiele.push_back(it->path().filename().native());
+        std::sort(f.beispiele.begin(), f.beispiele.end());  // the listing's own order is no order
+        if (f.beispiele.size() > maxBeispiele) f.beispiele.resize(maxBeispiele);
+    }
+    f.loeschen = guard.pruefe(f.pfad, Entsorgung::loeschen);
+    f.papierkorb = guard.pruefe(f.pfad, Entsorgung::papierkorb);
+    for (const Regel& r : Katalog::regeln()) {
+        if (!r.finde) continue;
+        const auto funde = r.finde(u);
+        if (std::any_of(funde.begin(), funde.end(), [&](const Fund& x) { return x.url == f.pfad; })) {
+            f.regel = &r;
+            break;
+        }
+    }
+    return f;
+}
+
+std::string erklaereText(const std::string& pfad, const ErklaerFakten& f, const fs::path& home, Zeitpunkt jetzt) {
+    if (!f.gibtEs) return pfad + " gibt es nicht.";
+    std::vector<std::string> zeilen;
+    zeilen.push_back(kurzpfad(f.pfad, home) + ": " + alsBytes(f.bytes) + ", zuletzt geändert " +
+                     (f.geaendert ? relativ(*f.geaendert, jetzt) : "unbekannt") + ".");
+    if (!f.beispiele.empty()) zeilen.push_back("Enthält u. a.: " + verbinde(f.beispiele, ", "));
+    if (f.regel)
+        zeilen.push_back("Hainbrem kennt das als „" + f.regel->titel + "“: " + f.regel->warumSicher +
+                         " Danach: " + f.regel->danach);
+    zeilen.push_back("Endgültig löschen: " + urteilText(f.loeschen) + ". Papierkorb: " + urteilText(f.papierkorb) +
+                     ".");
+    return verbinde(zeilen, "\n");
+}
+
+std::map<std::string, Fund> bekannteFunde(const AppModell& m) {
+    std::map<std::string, Fund> b;
+    auto dazu = [&](const Fund& f) { b.emplace(f.url.native(), f); };
+    for (const auto& e : m.katalog())
+        for (const auto& f : e.funde) dazu(f);
+    for (const auto& x : m.bauabfall()) dazu(x.fund);
+    for (const auto& p : m.programme())
+        for (const auto& f : p.reste) dazu(f);
+    for (const auto& v : m.verwaist())
+        for (const auto& f : v.funde) dazu(f);
+    if (m.scan())
+        for (const auto& d : m.scan()->grosse) dazu(alsFund(d));
+    return b;
+}
+
+Vorschlag vorschlagen(const std::vector<RegelErgebnis>& katalog, const std::map<std::string, Fund>& bekannt,
+                      const std::vector<std::string>& regelIDs, const std::vector<std::string>& pfade,
+                      const SafetyGuard& guard, const fs::path& home) {
+    Vorschlag v;
+    std::vector<std::string> notizen;
+    std::set<std::string> gesehen;
+    // the guard has the last word on every single proposal, also on a whole rule's
+    auto nimm = [&](const Fund& f, const std::string& genannt) {
+        if (gesehen.contains(f.url.native())) return;
+        const Urteil u = guard.pruefe(f.url, f.art);
+        if (!u.istErlaubt()) {
+            notizen.push_back(genannt + ": " + u.grund());
+            return;
+        }
+        gesehen.insert(f.url.native());
+        v.funde.push_back(f);
+    };
+    for (const auto& e : katalog) {
+        if (std::find(regelIDs.begin(), regelIDs.end(), e.regel.id) == regelIDs.end()) continue;
+        if (e.regel.risiko == Risiko::vorsicht) {
+            notizen.push_back(e.regel.titel + " (Vorsicht – nur von Hand)");
+            continue;
+        }
+        for (const auto& f : e.funde) nimm(f, kurzpfad(f.url, home));
+    }
+    for (const auto& p : pfade) {
+        const auto it = bekannt.find(erweitere(p, home).native());
+        if (it == bekannt.end())
+            notizen.push_back(p + ": nicht in Hainbrems Funden");
+        else
+            nimm(it->second, p);
+    }
+    int64_t summe = 0;
+    for (const auto& f : v.funde) summe = addiere(summe, f.bytes);
+    v.text = std::to_string(v.funde.size()) + " Funde ausgewählt (" + alsBytes(summe) +
+             "). Der Nutzer sieht sie jetzt und bestätigt selbst.";
+    if (!notizen.empty()) v.text += " Nicht ausgewählt: " + verbinde(notizen, "; ");
+    return v;
+}
+
+// ---------------------------------------------------------------- tools
+
+Werkzeug::~Werkzeug() { faeden_.waitForDone(); }
+
+void Werkzeug::imHintergrund(std::function<std::string()> werk, Fertig fertig) {
+    faeden_.start([this, werk = std::move(werk), fertig = std::move(fertig)] {
+        auto text = std::make_shared<std::string>(werk());
+        QMetaObject::invokeMethod(
+            this, [text, fertig] { fertig(std::move(*text)); }, Qt::QueuedConnection);
+    });
+}
+
+std::string unbekanntesWerkzeug(std::string_view name) {
+    return "Ein Werkzeug „" + std::string(name) +
+           "“ gibt es nicht. Es gibt: plattenstand, aufraeumFunde, groessteOrdner, erklaere, auswaehlen.";
+}
+
+void Werkzeug::rufe(const std::string& argumentText, Fertig fertig) {
+    auto spaeter = [this, &fertig](std::string text) {
+        QMetaObject::invokeMethod(
+            this, [fertig, text = std::move(text)] { fertig(text); }, Qt::QueuedConnection);
+    };
+    const std::string werkzeug(name());
+    QJsonParseError fehler{};
+    const QByteArray roh = argumentText.empty() ? QByteArray("{}") : QByteArray::fromStdString(argumentText);
+    const QJsonDocument doc = QJsonDocument::fromJson(roh, &fehler);
+    if (fehler.error != QJsonParseError::NoError || !doc.isObject()) {
+        spaeter("Die Argumente für „" + werkzeug + "“ sind kein gültiges JSON-Objekt: " +
+                ersteZeichen(argumentText, 200) + " – bitte noch einmal mit gültigen Argumenten aufrufen.");
+        return;
+    }
+    QJsonObject args = doc.object();
+    for (const Argument& a : argumente()) {
+        const QString schluessel = QString::fromStdString(a.name);
+        const QJsonValue v = args.value(schluessel);
+        if (a.liste) {
+            // a lone text counts as a list of one; nothing at all as an empty list
+            if (v.isUndefined() || v.isNull()) {
+                args[schluessel] = QJsonArray();
+            } else if (v.isString()) {
+                args[schluessel] = QJsonArray{v};
+            } else if (const QJsonArray liste = v.toArray();
+                       !v.isArray() ||
+                       std::any_of(liste.begin(), liste.end(), [](const QJsonValue& x) { return !x.isString(); })) {
+                spaeter("„" + a.name + "“ für „" + werkzeug + "“ muss eine Liste von Texten sein.");
+                return;
+            }
+        } else if (!v.isString()) {
+            spaeter("Für „" + werkzeug + "“ fehlt das Argument „" + a.name + "“ (ein Text).");
+            return;
+        }
+    }
+    call(args, std::move(fertig));
+}
+
+namespace {
+std::vector<std::string> texte(const QJsonValue& v) {
+    std::vector<std::string> aus;
+    for (const auto& x : v.toArray()) aus.push_back(x.toString().toStdString());
+    return aus;
+}
+}  // namespace
+
+PlattenWerkzeug::PlattenWerkzeug(fs::path home, std::function<Plattenstand(const fs::path&)> lesen)
+    : home_(std::move(home)), lesen_(std::move(lesen)) {
+    if (!lesen_) lesen_ = &Plattenstand::jetzt;
+}
+
+std::string_view PlattenWerkzeug::beschreibung() const {
+    return "Wie viel Platz auf dem Mac wirklich frei ist, wie viel der Finder anzeigt und wie viel nur löschbar ist.";
+}
+
+void PlattenWerkzeug::call(const QJsonObject&, Fertig fertig) {
+    imHintergrund([home = home_, lesen = lesen_] { return plattenstandText(lesen(home)); }, std::move(fertig));
+}
+
+std::string_view FundeWerkzeug::beschreibung() const {
+    return "Liste der gefundenen Caches, Protokolle und Entwicklerreste mit Größe, Risiko und Begründung. Prüft bei "
+           "Bedarf zuerst.";
+}
+
+namespace {
+// Answers once `laeuft` reads false, starting the work first when `starten` says so; a run the
+// user started already is waited for too.
+void wennFertig(Werkzeug* w, AppModell& m, bool (AppModell::*laeuft)() const, void (AppModell::*geaendert)(),
+                std::function<void()> antworte) {
+    if (!(m.*laeuft)()) {
+        QMetaObject::invokeMethod(w, std::move(antworte), Qt::QueuedConnection);
+        return;
+    }
+    auto verbindung = std::make_shared<QMetaObject::Connection>();
+    *verbindung = QObject::connect(&m, geaendert, w, [&m, laeuft, verbindung, antworte = std::move(antworte)] {
+        if ((m.*laeuft)()) return;
+        QObject::disconnect(*verbindung);
+        antworte();
+    });
+}
+}  // namespace
+
+void FundeWerkzeug::call(const QJsonObject&, Fertig fertig) {
+    if (modell_.katalog().empty()) modell_.pruefen();
+    wennFertig(this, modell_, &AppModell::katalogLaeuft, &AppModell::katalogLaeuftGeaendert,
+               [this, fertig] { fertig(aufraeumFundeText(modell_.katalog())); });
+}
+
+std::string_view OrdnerWerkzeug::beschreibung() const {
+    return "Die größten Unterordner und Dateien eines Ordners. Pfad mit ~ für den Benutzerordner, z. B. ~ oder "
+           "~/Library.";
+}
+
+OrdnerWerkzeug::OrdnerWerkzeug(AppModell& modell) : modell_(modell), home_(modell.umgebung().home) {}
+
+std::vector<Argument> OrdnerWerkzeug::argumente() const {
+    return {{"pfad", false, "Ordnerpfad, z. B. ~/Library/Application Support"}};
+}
+
+void OrdnerWerkzeug::call(const QJsonObject& argumente, Fertig fertig) {
+    if (!modell_.scan()) modell_.tiefenscan();
+    wennFertig(this, modell_, &AppModell::scanLaeuft, &AppModell::scanLaeuftGeaendert,
+               [this, fertig, pfad = argumente.value("pfad").toString().toStdString()] {
+                   const ScanZeiger scan = modell_.scan();
+                   fertig(groessteOrdnerText(pfad, home_, scan ? scan->wurzel : nullptr));
+               });
+}
+
+ErklaerWerkzeug::ErklaerWerkzeug(SafetyGuard guard, std::function<Umgebung()> umgebung)
+    : guard_(std::move(guard)), umgebung_(std::move(umgebung)) {}
+
+std::string_view ErklaerWerkzeug::beschreibung() const {
+    return "Fakten zu einem Pfad: Größe, Alter, Beispiele für den Inhalt, ob Hainbrem ihn kennt und ob er gelöscht "
+           "oder nur in den Papierkorb darf.";
+}
+
+std::vector<Argument> ErklaerWerkzeug::argumente() const {
+    return {{"pfad", false, "Pfad zu Datei oder Ordner, ~ erlaubt"}};
+}
+
+void ErklaerWerkzeug::call(const QJsonObject& argumente, Fertig fertig) {
+    imHintergrund(
+        [guard = guard_, umgebung = umgebung_, pfad = argumente.value("pfad").toString().toStdString()] {
+            const Umgebung u = umgebung();
+            return erklaereText(pfad, erklaereFakten(pfad, u, guard), u.home, std::chrono::system_clock::now());
+        },
+        std::move(fertig));
+}
+
+std::string_view AuswahlWerkzeug::beschreibung() const {
+    return "Markiert Funde als Vorschlag zum Aufräumen. Löscht nichts – der Nutzer bestätigt selbst. Entweder "
+           "Regel-IDs aus aufraeumFunde oder einzelne Pfade.";
+}
+
+AuswahlWerkzeug::AuswahlWerkzeug(AppModell& modell) : modell_(modell), home_(modell.umgebung().home) {}
+
+std::vector<Argument> AuswahlWerkzeug::argumente() const {
+    return {{"regelIDs", true, "Regel-IDs aus aufraeumFunde, z. B. programm-caches"},
+            {"pfade", true,
+             "Einzelne Pfade aus groessteOrdner oder erklaere, die in den Papierkorb sollen; leer, wenn keine"}};
+}
+
+void AuswahlWerkzeug::call(const QJsonObject& argumente, Fertig fertig) {
+    auto regelIDs = texte(argumente.value("regelIDs"));
+    // rule ids before any check (a model that skipped aufraeumFunde): the check comes first
+    if (!regelIDs.empty() && modell_.katalog().empty() && !modell_.katalogGeprueft()) modell_.pruefen();
+    wennFertig(this, modell_, &AppModell::katalogLaeuft, &AppModell::katalogLaeuftGeaendert,
+               [this, fertig, regelIDs = std::move(regelIDs), pfade = texte(argumente.value("pfade"))] {
+                   // the model's lists are read here, on its thread; the guard reads the disk on the tool's
+                   auto vorschlag = std::make_shared<Vorschlag>();
+                   imHintergrund(
+                       [vorschlag, katalog = modell_.katalog(), bekannt = bekannteFunde(modell_),
+                        guard = modell_.entsorger().waechter, regelIDs, pfade, home = home_] {
+                           *vorschlag = vorschlagen(katalog, bekannt, regelIDs, pfade, guard, home);
+                           return vorschlag->text;
+                       },
+                       [this, vorschlag, fertig](std::string text) {
+                           modell_.setzeKiVorschlag(std::move(vorschlag->funde));  // replaces any earlier one
+                           fertig(std::move(text));
+                       });
+               });
+}
+
+std::vector<std::unique_ptr<Werkzeug>> alleWerkzeuge(AppModell& modell) {
+    std::vector<std::unique_ptr<Werkzeug>> w;
+    w.push_back(std::make_unique<PlattenWerkzeug>(modell.umgebung().home));
+    w.push_back(std::make_unique<FundeWerkzeug>(modell));
+    w.push_back(std::make_unique<OrdnerWerkzeug>(modell));
+    w.push_back(
+        std::make_unique<ErklaerWerkzeug>(modell.entsorger().waechter, [m = &modell] { return m->umgebung(); }));
+    w.push_back(std::make_unique<AuswahlWerkzeug>(modell));
+    return w;
+}
+
+}  // namespace hainbrem
