@@ -1,5 +1,5 @@
 #pragma once
-// The programs running right now, as the system names them.
+// The programs running right now, as the system names them, and what they hold open.
 #include <string>
 #include <vector>
 
@@ -9,9 +9,28 @@ struct LaufendesProgrammRoh {
     std::string kennung;        // macOS: bundle identifier; Linux: none (empty)
     std::string name;           // macOS: localized name; Linux: the process name
     std::string programmdatei;  // path of the executable (Linux: argv[0] when the link is unreadable)
+    // Linux, as read: /proc/<pid>/cgroup, and the sandbox's /.flatpak-info for programs in /app.
+    // The core reads a Flatpak app id or a snap name from them.
+    std::string cgroup;
+    std::string flatpakInfo;
 };
 
 // One entry per running program; kernel threads and vanished processes are left out.
 std::vector<LaufendesProgrammRoh> laufendeProgramme();
+
+// What one process holds open: files behind its descriptors, mapped files, its working folder.
+// Paths as the system shows them (links resolved; " (deleted)" dropped).
+struct OffeneDateienRoh {
+    int pid = 0;
+    std::string programm;  // the process name, as in LaufendesProgrammRoh::name
+    std::vector<std::string> pfade;
+};
+
+// The current user's processes except this one. Linux: /proc/<pid>/fd, maps and cwd;
+// macOS: the process information calls. Processes that vanish meanwhile are left out.
+std::vector<OffeneDateienRoh> offeneDateien();
+
+// True while the process exists and has not ended (a zombie has ended).
+bool prozessLebt(int pid);
 
 }  // namespace hainbrem::plattform

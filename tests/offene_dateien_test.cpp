@@ -1,0 +1,90 @@
+// What running programs hold open keeps an item from being removed: the lookup by whole path
+// parts, when it reads afresh, and the disposer skipping an item while a real process uses it.
+#include "kern/offene_dateien.hpp"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+#include "kern/entsorger.hpp"
+#include "testordner.hpp"
+
+namespace hainbrem {
+namespace {
+
+namespace fs = std::filesystem;
+using Roh = std::vector<plattform::OffeneDateienRoh>;
+
+TEST(OffeneDateien, NachGanzenPfadteilenUndEinmalGelesen) {
+    const Roh roh{{7, "firefox", {"/h/.cache/mozilla/p/cache2/eintrag", "/h/.cache/mozilla-alt"}},
+                  {8, "", {"/h/frei.txt"}}};
+    OffeneDateien offen([&] { return roh; }, [](int) { return true; });
+    const struct {
+        const char* item;
+        std::optional<std::string> programm;
+    } faelle[] = {
+        {"/h/.cache/mozilla", "firefox"},  {"/h/.cache/mozilla/", "firefox"},
+        {"/h/.cache", "firefox"},          {"/h/.cache/mozilla/p/cache2/eintrag", "firefox"},
+        {"/h/.cache/mozilla-alt", "firefox"}, {"/h/.cache/mozilla/q", std::nullopt},
+        {"/h/.cache/mozill", std::nullopt}, {"/h/frei.txt", "einem Programm"},
+        {"/h/frei", std::nullopt},         {"/h/.cache/mozilla/p/cache2/eintrag/x", std::nullopt},
+    };
+    for (const auto& f : faelle) EXPECT_EQ(offen.benutztVon(f.item), f.programm) << f.item;
+    EXPECT_EQ(offen.gelesen(), 1u);
+}
+
+TEST(OffeneDateien, TrefferEinesBeendetenProgrammsWirdNeuGelesen) {
+    int lesungen = 0;
+    OffeneDateien offen(
+        [&] { return ++lesungen == 1 ? Roh{{7, "sleep", {"/h/.cache/x/a"}}} : Roh{}; }, [](int) { return false; },
+        std::chrono::hours(1));
+    EXPECT_EQ(offen.benutztVon("/h/.cache/x"), std::nullopt);
+    EXPECT_EQ(lesungen, 2);
+    EXPECT_EQ(offen.benutztVon("/h/.cache/y"), std::nullopt);  // young enough: not read again
+    EXPECT_EQ(lesungen, 2);
+}
+
+bool haeltOffen(pid_t pid, const fs::path& pfad) {
+    for (const auto& p : plattform::offeneDateien())
+        if (p.pid == pid)
+            for (const auto& o : p.pfade)
+                if (o == pfad.native()) return true;
+    return false;
+}
+
+// A program reading a file in the folder, and a program run from inside it (mapped, not open).
+TEST(OffeneDateien, EntsorgerLaesstLiegenWasEinProzessBenutztUndNimmtEsDanach) {
+    ::setenv("HAINBREM_TEST", "1", 1);
+    for (const bool ausgefuehrt : {false, true}) {
+        test::Testordner t;
+        const fs::path home = t.ordner("home");
+        const fs::path ordner = t.ordner("home/.cache/werkzeug");
+        const fs::path datei = t.datei("home/.cache/werkzeug/daten.bin", 4096);
+        const fs::path programm =
+            ausgefuehrt ? test::schlaeferNamens(ordner, "werkzeug") : test::schlaeferNamens(t / "bin", "leser");
+        test::Hintergrund kind(programm, ausgefuehrt ? fs::path() : datei);
+        ASSERT_GT(kind.pid(), 0);
+        const fs::path gehalten = ausgefuehrt ? programm : datei;
+        for (int i = 0; i < 500 && !haeltOffen(kind.pid(), gehalten); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        ASSERT_TRUE(haeltOffen(kind.pid(), gehalten)) << gehalten;
+
+        Verlauf verlauf(t / "verlauf.json");
+        Entsorger entsorger(SafetyGuard(home, t.ordner("tmp")), verlauf, false, [](const std::string&) { return false; });
+        const Fund fund{ordner, 0, Entsorgung::loeschen, std::nullopt, std::nullopt, true, std::nullopt};
+        const Runde erste = entsorger.entsorge({fund}, "Test", home);
+        ASSERT_EQ(erste.posten.size(), 1u);
+        EXPECT_EQ(erste.posten[0].fehler, Entsorger::benutztText(ausgefuehrt ? "werkzeug" : "leser"));
+        EXPECT_EQ(erste.posten[0].bytes, 0);
+        EXPECT_TRUE(fs::exists(datei));
+
+        kind.beende();
+        const Runde zweite = entsorger.entsorge({fund}, "Test", home);
+        EXPECT_FALSE(zweite.posten[0].fehler) << *zweite.posten[0].fehler;
+        EXPECT_FALSE(fs::exists(ordner));
+    }
+}
+
+}  // namespace
+}  // namespace hainbrem
