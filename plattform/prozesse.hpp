@@ -1,5 +1,6 @@
 #pragma once
 // The programs running right now, as the system names them, and what they hold open.
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,15 +23,16 @@ std::vector<LaufendesProgrammRoh> laufendeProgramme();
 // Paths as the system shows them (links resolved; " (deleted)" dropped).
 struct OffeneDateienRoh {
     int pid = 0;
-    std::string programm;  // the process name, as in LaufendesProgrammRoh::name
+    bool gelesen = false;  // false: left out as already known, `pfade` empty
     std::vector<std::string> pfade;
 };
 
-// The current user's processes except this one. Linux: /proc/<pid>/fd, maps and cwd;
-// macOS: the process information calls. Processes that vanish meanwhile are left out.
-std::vector<OffeneDateienRoh> offeneDateien();
+// The current user's processes except this one, in any order. Those in `bekannt` (sorted) are
+// listed but not read, so a refresh costs little. Linux: /proc/<pid>/fd, maps and cwd; macOS:
+// the process information calls.
+std::vector<OffeneDateienRoh> offeneDateien(const std::vector<int>& bekannt = {});
 
-// True while the process exists and has not ended (a zombie has ended).
-bool prozessLebt(int pid);
+// The name of a process that has not ended (a zombie has); none otherwise.
+std::optional<std::string> prozessName(int pid);
 
 }  // namespace hainbrem::plattform

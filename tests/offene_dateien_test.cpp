@@ -17,9 +17,9 @@ namespace fs = std::filesystem;
 using Roh = std::vector<plattform::OffeneDateienRoh>;
 
 TEST(OffeneDateien, NachGanzenPfadteilenUndEinmalGelesen) {
-    const Roh roh{{7, "firefox", {"/h/.cache/mozilla/p/cache2/eintrag", "/h/.cache/mozilla-alt"}},
-                  {8, "", {"/h/frei.txt"}}};
-    OffeneDateien offen([&] { return roh; }, [](int) { return true; });
+    const Roh roh{{7, true, {"/h/.cache/mozilla/p/cache2/eintrag", "/h/.cache/mozilla-alt"}}, {8, true, {"/h/frei.txt"}}};
+    OffeneDateien offen([&](const std::vector<int>&) { return roh; },
+                        [](int pid) { return std::optional<std::string>(pid == 7 ? "firefox" : ""); });
     const struct {
         const char* item;
         std::optional<std::string> programm;
@@ -32,21 +32,39 @@ TEST(OffeneDateien, NachGanzenPfadteilenUndEinmalGelesen) {
     };
     for (const auto& f : faelle) EXPECT_EQ(offen.benutztVon(f.item), f.programm) << f.item;
     EXPECT_EQ(offen.gelesen(), 1u);
+    EXPECT_EQ(offen.aufgefrischt(), 0u);
 }
 
-TEST(OffeneDateien, TrefferEinesBeendetenProgrammsWirdNeuGelesen) {
-    int lesungen = 0;
-    OffeneDateien offen(
-        [&] { return ++lesungen == 1 ? Roh{{7, "sleep", {"/h/.cache/x/a"}}} : Roh{}; }, [](int) { return false; },
-        std::chrono::hours(1));
-    EXPECT_EQ(offen.benutztVon("/h/.cache/x"), std::nullopt);
-    EXPECT_EQ(lesungen, 2);
-    EXPECT_EQ(offen.benutztVon("/h/.cache/y"), std::nullopt);  // young enough: not read again
-    EXPECT_EQ(lesungen, 2);
+// Refreshing reads only processes started since; a process that has ended holds nothing.
+TEST(OffeneDateien, NurNeueProzesseWerdenNachgelesenUndBeendeteHaltenNichts) {
+    bool altLaeuft = true;
+    std::vector<std::vector<int>> gefragt;
+    const auto quelle = [&](const std::vector<int>& bekannt) {
+        gefragt.push_back(bekannt);
+        Roh roh;
+        if (altLaeuft && bekannt.empty()) roh.push_back({7, true, {"/h/a/x"}});
+        if (altLaeuft && !bekannt.empty()) roh.push_back({7, false, {}});
+        roh.push_back({9, true, {"/h/b/y"}});
+        return roh;
+    };
+    const auto name = [&](int pid) -> std::optional<std::string> {
+        if (pid == 7 && !altLaeuft) return std::nullopt;
+        return pid == 7 ? "alt" : "neu";
+    };
+    OffeneDateien offen(quelle, name, {.auffrischen = std::chrono::milliseconds(0), .neuLesen = std::chrono::hours(1)});
+    EXPECT_EQ(offen.benutztVon("/h/a"), "alt");
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    EXPECT_EQ(offen.benutztVon("/h/b"), "neu");
+    EXPECT_EQ(offen.benutztVon("/h/a"), "alt");  // kept without reading it again
+    EXPECT_EQ(gefragt.at(1), (std::vector<int>{7, 9}));
+    altLaeuft = false;
+    EXPECT_EQ(offen.benutztVon("/h/a"), std::nullopt);
+    EXPECT_EQ(offen.gelesen(), 1u);  // gone from the list: its files went with it
+    EXPECT_EQ(offen.aufgefrischt(), 3u);
 }
 
 bool haeltOffen(pid_t pid, const fs::path& pfad) {
-    for (const auto& p : plattform::offeneDateien())
+    for (const auto& p : plattform::offeneDateien({}))
         if (p.pid == pid)
             for (const auto& o : p.pfade)
                 if (o == pfad.native()) return true;

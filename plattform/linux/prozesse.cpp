@@ -32,12 +32,14 @@ void liesGanz(int procFd, const char* rel, std::string& inhalt) {
     inhalt.clear();
     const int fd = ::openat(procFd, rel, O_RDONLY | O_CLOEXEC);
     if (fd < 0) return;
+    constexpr size_t block = 65536;
     for (;;) {
         const size_t alt = inhalt.size();
-        inhalt.resize(alt + 65536);
-        const ssize_t n = ::read(fd, inhalt.data() + alt, 65536);
+        inhalt.resize(alt + block);
+        const ssize_t n = ::read(fd, inhalt.data() + alt, block);
         inhalt.resize(alt + (n > 0 ? static_cast<size_t>(n) : 0));
-        if (n <= 0) break;
+        // /proc fills what it is given; less means the end
+        if (n <= 0 || static_cast<size_t>(n) < block / 2) break;
     }
     ::close(fd);
 }
@@ -115,7 +117,7 @@ std::vector<LaufendesProgrammRoh> laufendeProgramme() {
     return liste;
 }
 
-std::vector<OffeneDateienRoh> offeneDateien() {
+std::vector<OffeneDateienRoh> offeneDateien(const std::vector<int>& bekannt) {
     std::vector<OffeneDateienRoh> liste;
     const int procFd = ::open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (procFd < 0) return liste;
@@ -123,14 +125,25 @@ std::vector<OffeneDateienRoh> offeneDateien() {
     const pid_t selbst = ::getpid();
     Puffer puffer{};
     std::string karte;
-    jederProzess(procFd, [&](const char* pid) {
+    jederProzess(procFd, [&](const char* name) {
+        const int pid = std::atoi(name);
+        if (pid == selbst) return;
+        const int pidFd = ::openat(procFd, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (pidFd < 0) return;
         struct stat st;
         // only the user's own processes: others' descriptors are unreadable anyway
-        if (::fstatat(procFd, pid, &st, 0) != 0 || st.st_uid != ich || std::atoi(pid) == selbst) return;
-        const int pidFd = ::openat(procFd, pid, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (pidFd < 0) return;
+        if (::fstat(pidFd, &st) != 0 || st.st_uid != ich) {
+            ::close(pidFd);
+            return;
+        }
         OffeneDateienRoh p;
-        p.pid = std::atoi(pid);
+        p.pid = pid;
+        if (std::binary_search(bekannt.begin(), bekannt.end(), pid)) {
+            ::close(pidFd);
+            liste.push_back(std::move(p));
+            return;
+        }
+        p.gelesen = true;
         const auto nimm = [&](std::string_view pfad) {
             if (pfad.size() > 1 && pfad.front() == '/') p.pfade.emplace_back(pfad);
         };
@@ -160,30 +173,30 @@ std::vector<OffeneDateienRoh> offeneDateien() {
             vorige = zeile;
             nimm(zeile);
         }
-        if (!p.pfade.empty()) {
-            std::sort(p.pfade.begin(), p.pfade.end());
-            p.pfade.erase(std::unique(p.pfade.begin(), p.pfade.end()), p.pfade.end());
-            p.programm = programmName(pidFd, argv0Von(pidFd, puffer), puffer);
-            liste.push_back(std::move(p));
-        }
         ::close(pidFd);
+        std::sort(p.pfade.begin(), p.pfade.end());
+        p.pfade.erase(std::unique(p.pfade.begin(), p.pfade.end()), p.pfade.end());
+        liste.push_back(std::move(p));
     });
     ::close(procFd);
     return liste;
 }
 
-bool prozessLebt(int pid) {
-    Puffer puffer{};
-    const std::string rel = std::to_string(pid) + "/stat";
+std::optional<std::string> prozessName(int pid) {
     const int procFd = ::open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (procFd < 0) return false;
-    const std::string_view stat = lies(procFd, rel.c_str(), puffer);
+    if (procFd < 0) return std::nullopt;
+    const int pidFd = ::openat(procFd, std::to_string(pid).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     ::close(procFd);
+    if (pidFd < 0) return std::nullopt;
+    Puffer puffer{};
     // "pid (name) S …": the state follows the name, which may itself hold ")"
+    const std::string_view stat = lies(pidFd, "stat", puffer);
     const size_t klammer = stat.rfind(')');
-    if (klammer == std::string_view::npos || klammer + 2 >= stat.size()) return false;
-    const char zustand = stat[klammer + 2];
-    return zustand != 'Z' && zustand != 'X' && zustand != 'x';
+    const char zustand = klammer != std::string_view::npos && klammer + 2 < stat.size() ? stat[klammer + 2] : 'X';
+    std::optional<std::string> name;
+    if (zustand != 'Z' && zustand != 'X' && zustand != 'x') name = programmName(pidFd, argv0Von(pidFd, puffer), puffer);
+    ::close(pidFd);
+    return name;
 }
 
 }  // namespace hainbrem::plattform

@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "plattform/prozesse.hpp"
@@ -25,7 +26,7 @@ std::vector<LaufendesProgrammRoh> laufendeProgramme() {
     return liste;
 }
 
-std::vector<OffeneDateienRoh> offeneDateien() {
+std::vector<OffeneDateienRoh> offeneDateien(const std::vector<int>& bekannt) {
     std::vector<OffeneDateienRoh> liste;
     std::vector<pid_t> pids(static_cast<size_t>(proc_listpids(PROC_UID_ONLY, getuid(), nullptr, 0)) + 64);
     const int bytes = proc_listpids(PROC_UID_ONLY, getuid(), pids.data(), static_cast<int>(pids.size() * sizeof(pid_t)));
@@ -34,26 +35,30 @@ std::vector<OffeneDateienRoh> offeneDateien() {
         if (pid <= 0 || pid == getpid()) continue;
         OffeneDateienRoh p;
         p.pid = pid;
-        std::vector<proc_fdinfo> fds(256);
-        int n = proc_pidinfo(pid, PROC_PIDLISTFDS, 0, fds.data(), static_cast<int>(fds.size() * sizeof(proc_fdinfo)));
-        for (int i = 0; i < n / static_cast<int>(sizeof(proc_fdinfo)); ++i) {
-            if (fds[static_cast<size_t>(i)].proc_fdtype != PROX_FDTYPE_VNODE) continue;
-            vnode_fdinfowithpath info;
-            if (proc_pidfdinfo(pid, fds[static_cast<size_t>(i)].proc_fd, PROC_PIDFDVNODEPATHINFO, &info, sizeof info) ==
-                sizeof info)
-                p.pfade.emplace_back(info.pvip.vip_path);
+        p.gelesen = !std::binary_search(bekannt.begin(), bekannt.end(), pid);
+        if (p.gelesen) {
+            std::vector<proc_fdinfo> fds(1024);
+            const int n = proc_pidinfo(pid, PROC_PIDLISTFDS, 0, fds.data(), static_cast<int>(fds.size() * sizeof(proc_fdinfo)));
+            for (int i = 0; i < n / static_cast<int>(sizeof(proc_fdinfo)); ++i) {
+                if (fds[static_cast<size_t>(i)].proc_fdtype != PROX_FDTYPE_VNODE) continue;
+                vnode_fdinfowithpath info;
+                if (proc_pidfdinfo(pid, fds[static_cast<size_t>(i)].proc_fd, PROC_PIDFDVNODEPATHINFO, &info,
+                                   sizeof info) == sizeof info)
+                    p.pfade.emplace_back(info.pvip.vip_path);
+            }
+            proc_vnodepathinfo wege;
+            if (proc_pidinfo(pid, PROC_PIDVNODEPATHINFO, 0, &wege, sizeof wege) == sizeof wege)
+                p.pfade.emplace_back(wege.pvi_cdir.vip_path);
         }
-        proc_vnodepathinfo wege;
-        if (proc_pidinfo(pid, PROC_PIDVNODEPATHINFO, 0, &wege, sizeof wege) == sizeof wege)
-            p.pfade.emplace_back(wege.pvi_cdir.vip_path);
-        char name[2 * MAXCOMLEN + 1] = {};
-        proc_name(pid, name, sizeof name);
-        p.programm = name;
-        if (!p.pfade.empty()) liste.push_back(std::move(p));
+        liste.push_back(std::move(p));
     }
     return liste;
 }
 
-bool prozessLebt(int pid) { return kill(pid, 0) == 0; }
+std::optional<std::string> prozessName(int pid) {
+    char name[2 * MAXCOMLEN + 1] = {};
+    if (kill(pid, 0) != 0 || proc_name(pid, name, sizeof name) <= 0) return std::nullopt;
+    return std::string(name);
+}
 
 }  // namespace hainbrem::plattform
