@@ -94,7 +94,7 @@ std::optional<size_t> passtMuster(std::string_view muster, const std::vector<std
     const std::vector<std::string> stuecke = teileVon(muster);
     if (teile.size() < stuecke.size()) return std::nullopt;
     for (size_t i = 0; i < stuecke.size(); ++i)
-        if (::fnmatch(stuecke[i].c_str(), teile[i].c_str(), FNM_PERIOD) != 0) return std::nullopt;
+        if (::fnmatch(stuecke[i].c_str(), teile[i].c_str(), 0) != 0) return std::nullopt;
     return stuecke.size();
 }
 

@@ -282,6 +282,7 @@ LinuxHome::LinuxHome(const Testordner& ordner)
     ordnerMitDatei(".config/Slack/Cache", 4096);
     ordnerMitDatei(".config/Slack/Code Cache/js", 4096);
     ordnerMitDatei(".config/discord/GPUCache", 4096);
+    ordnerMitDatei(".config/.versteckt/GPUCache", 4096);
     ordnerMitDatei(".config/Cache", 4096);
     ordnerMitDatei(".local/share/spiel/Cache", 4096);
     ordnerMitDatei("Projekte/web/Cache", 4096);
