@@ -252,73 +252,58 @@ Umgebung LinuxHome::umgebung(bool vollzugriff, std::function<bool(const std::str
 
 LinuxHome::LinuxHome(const Testordner& ordner)
     : TestHome(ordner, Katalogprofil::linux, "tmp"), absturzOrdner_(ordner / "var/crash") {
-    // --- ~/.cache: browsers, known programs, package managers, Playwright, models, other tools
+    // Folders of one 4 KiB file, fresh. Each group: what its rule finds, then look-alikes that stay.
+    for (const char* rel : {
+             // ~/.cache: browsers, known programs, package managers; real data among caches
+             ".cache/google-chrome/Default/Cache", ".cache/BraveSoftware/Brave-Browser/Default/Cache",
+             ".cache/thumbnails/normal", ".cache/spotify/Data", ".cache/org.gnome.Maps", ".cache/pip/http",
+             ".cache/yarn/v6", ".cache/uv", ".cache/go-build", ".cache/node-gyp", ".cache/typescript",
+             ".cache/JetBrains/IdeaIC2023.3",
+             // ~/.config: browser profiles and Electron programs (also hidden); Cache in no program's folder
+             ".config/google-chrome/Default/GPUCache", ".config/google-chrome/Default/Service Worker/CacheStorage",
+             ".config/google-chrome/GrShaderCache", ".config/Code/Cache", ".config/Code/CachedData", ".config/Slack/Cache",
+             ".config/Slack/Code Cache/js", ".config/discord/GPUCache", ".config/.versteckt/GPUCache", ".config/Cache",
+             ".local/share/spiel/Cache", "Projekte/web/Cache",
+             // Flatpak and Snap: caches go, data and revisions stay
+             ".var/app/com.spotify.Client/cache/spotify", ".var/app/com.slack.Slack/config/Slack/Cache",
+             "snap/spotify/common/.cache/spotify", ".var/app/com.spotify.Client/data/spotify",
+             ".var/app/com.slack.Slack/data/slack", "snap/spotify/123/.config",
+             // package managers beyond ~/.cache
+             ".npm/_cacache", ".yarn/berry/cache", ".local/share/pnpm/store", ".cargo/registry/cache",
+             "go/pkg/mod/cache", ".gradle/caches",
+             // Mac places, which this profile never looks at
+             "Library/Caches/com.spotify.client", "Library/Developer/Xcode/DerivedData/App-abc"})
+        ordnerMitDatei(rel);
+    // Firefox's caches are the largest, so the running-browser test sees a fixed order
     ordnerMitDatei(".cache/mozilla/firefox/abc.default-release/cache2", 16 * 1024);
-    ordnerMitDatei(".cache/google-chrome/Default/Cache", 8192);
-    ordnerMitDatei(".cache/BraveSoftware/Brave-Browser/Default/Cache", 4096);
-    ordnerMitDatei(".cache/thumbnails/normal", 8192);
-    ordnerMitDatei(".cache/spotify/Data", 12 * 1024);
-    ordnerMitDatei(".cache/org.gnome.Maps", 4096);
-    for (const char* paket : {"pip/http", "yarn/v6", "uv", "go-build", "node-gyp", "typescript"})
-        ordnerMitDatei(std::string(".cache/") + paket, 4096);
-    ordnerMitDatei(".cache/ms-playwright/chromium-1091", 8192, 40);
+    ordnerMitDatei(".var/app/org.mozilla.firefox/cache/mozilla", 12 * 1024);
+    ordnerMitDatei("snap/firefox/common/.cache/mozilla", 8192);
+    // tools by age, models, and a tool's logs (the protocol rule's) beside a folder only named so
+    ordnerMitDatei(".cache/ms-playwright/chromium-1091", 4096, 40);
     ordnerMitDatei(".cache/ms-playwright/webkit-2000", 4096, 2);
-    ordnerMitDatei(".cache/huggingface/hub/models--openai--whisper-small", 16 * 1024, 50);
+    ordnerMitDatei(".cache/huggingface/hub/models--openai--whisper-small", 4096, 50);
     ordnerMitDatei(".cache/altes-werkzeug/tief", 4096, 40);
     ordnerMitDatei(".cache/neues-werkzeug", 4096, 1);
-    ordnerMitDatei(".cache/JetBrains/IdeaIC2023.3", 4096);  // real data among caches
     ordnerMitDatei(".cache/pre-commit/repo1", 4096, 40);
-    ordnerMitDatei(".cache/pre-commit/logs", 2048, 0, "pre-commit.log");  // logs: the protocol rule's
-    ordnerMitDatei(".cache/bilder/logs", 4096, 40, "bild.png");           // named logs, holds none
+    ordnerMitDatei(".cache/pre-commit/logs", 2048, 0, "pre-commit.log");
+    ordnerMitDatei(".cache/bilder/logs", 4096, 40, "bild.png");
 
-    // --- ~/.config: browser profiles and Electron programs; Cache folders in no program's folder
-    ordnerMitDatei(".config/google-chrome/Default/GPUCache", 4096);
-    ordnerMitDatei(".config/google-chrome/Default/Service Worker/CacheStorage", 4096);
-    ordnerMitDatei(".config/google-chrome/GrShaderCache", 4096);
-    datei(".config/google-chrome/Default/Preferences", 1024);
-    ordnerMitDatei(".config/Code/Cache", 8192);
-    ordnerMitDatei(".config/Code/CachedData", 4096);
-    datei(".config/Code/User/settings.json", 512);
-    ordnerMitDatei(".config/Slack/Cache", 4096);
-    ordnerMitDatei(".config/Slack/Code Cache/js", 4096);
-    ordnerMitDatei(".config/discord/GPUCache", 4096);
-    ordnerMitDatei(".config/.versteckt/GPUCache", 4096);
-    ordnerMitDatei(".config/Cache", 4096);
-    ordnerMitDatei(".local/share/spiel/Cache", 4096);
-    ordnerMitDatei("Projekte/web/Cache", 4096);
-
-    // --- Flatpak and Snap: caches go, data and revisions stay
-    ordnerMitDatei(".var/app/org.mozilla.firefox/cache/mozilla", 8192);
-    ordnerMitDatei(".var/app/com.spotify.Client/cache/spotify", 8192);
-    ordnerMitDatei(".var/app/com.spotify.Client/data/spotify", 8192);
-    ordnerMitDatei(".var/app/com.slack.Slack/config/Slack/Cache", 4096);
-    ordnerMitDatei(".var/app/com.slack.Slack/data/slack", 4096);
-    ordnerMitDatei("snap/firefox/common/.cache/mozilla", 8192);
-    ordnerMitDatei("snap/spotify/common/.cache/spotify", 4096);
-    ordnerMitDatei("snap/spotify/123/.config", 4096);
-
-    // --- package managers; Maven's repository with one artefact installed here
-    for (const char* speicher : {".npm/_cacache", ".yarn/berry/cache", ".local/share/pnpm/store", ".cargo/registry/cache",
-                                 "go/pkg/mod/cache", ".gradle/caches"})
-        ordnerMitDatei(speicher, 4096);
+    // Maven's repository with one artefact installed here, not downloaded
     const auto maven = [&](const std::string& version, const std::string& liste) {
-        datei(".m2/repository/" + version + "/a.jar", 4096);
+        datei(".m2/repository/" + version + "/a.jar");
         schreibe(home_ / ".m2/repository" / version / "_remote.repositories", "#NOTE\n" + liste + "\n");
     };
     maven("org/apache/commons/commons-lang3/3.14.0", "commons-lang3-3.14.0.jar>central=");
     maven("com/google/guava/guava/32.0", "guava-32.0.jar>central=\nguava-32.0.pom>central=");
     maven("com/eigene/bibliothek/1.0", "bibliothek-1.0.jar>=");
-    datei(".m2/repository/com/eigene/bibliothek/maven-metadata-local.xml", 512);
-    datei(".m2/settings.xml", 512);
 
-    // --- logs and crash reports
-    datei(".xsession-errors", 2048);
-    datei(".xsession-errors.old", 2048);
-    datei(".local/state/nvim/log", 2048);
-    datei(".local/state/nvim/shada/main.shada", 1024);
+    // logs and crash reports, and files that only look like them
+    for (const char* rel : {".m2/repository/com/eigene/bibliothek/maven-metadata-local.xml", ".m2/settings.xml",
+                            ".xsession-errors", ".xsession-errors.old", ".local/state/nvim/log",
+                            ".local/state/nvim/shada/main.shada", ".local/state/app/login.json",
+                            ".local/share/xorg/Xorg.0.log"})
+        datei(rel, 1024);
     ordnerMitDatei(".local/state/app/logs", 2048, 0, "a.log");
-    datei(".local/state/app/login.json", 512);
-    datei(".local/share/xorg/Xorg.0.log", 2048);
     ordner.datei("var/crash/_usr_bin_eigen.0.crash", 4096);
     ordner.datei("var/crash/_usr_bin_eigen.0.upload", 0);
     if (::geteuid() == 0) {  // another user's report; only root can give it away
@@ -326,35 +311,29 @@ LinuxHome::LinuxHome(const Testordner& ordner)
         if (::chown(fremd.c_str(), 65534, 65534) != 0) fs::remove(fremd);
     }
 
-    // --- installers, told by their first bytes; a game archive and a .deb in a project stay
+    // installers, told by their first bytes; a game archive and a .deb in a project stay
     const fs::path downloads = plattform::profil(home_).downloads;
     const std::string deb = "!<arch>\ndebian-binary   1700000000  0     0     100644  4         `\n2.0\n";
     const std::string appImage("\x7F" "ELF\x02\x01\x01\x00" "AI\x02", 11);
-    installer(downloads / "programm_1.0_amd64.deb", deb, 10);
-    installer(downloads / "kaputt.deb", "kein Paket", 10);
-    installer(downloads / "paket-2.0.x86_64.rpm", "\xED\xAB\xEE\xDB", 10);
-    installer(downloads / "Werkzeug.AppImage", appImage, 10);
-    installer(downloads / "Mein.AppImage", appImage, 10);
+    const std::pair<fs::path, std::string> installer10[] = {
+        {downloads / "programm_1.0_amd64.deb", deb}, {downloads / "kaputt.deb", "kein Paket"},
+        {downloads / "paket-2.0.x86_64.rpm", "\xED\xAB\xEE\xDB"}, {downloads / "Werkzeug.AppImage", appImage},
+        {downloads / "Mein.AppImage", appImage}, {downloads / "firefox-121.0.tar.bz2", "BZh91AY&SY"},
+        {downloads / "Spiel-1.0.tar.gz", "\x1F\x8B\x08"}, {home_ / "Projekte/app/build/app.deb", deb}};
+    for (const auto& [pfad, kopf] : installer10) installer(pfad, kopf, 10);
     fs::permissions(downloads / "Mein.AppImage", fs::perms::owner_exec, fs::perm_options::add);
     installer(downloads / "app.flatpakref", "[Flatpak Ref]\nName=org.example.App\n", 2);
-    installer(downloads / "firefox-121.0.tar.bz2", "BZh91AY&SY", 10);
-    installer(downloads / "Spiel-1.0.tar.gz", "\x1F\x8B\x08", 10);
     installer(downloads / "Foto.jpg", "\xFF\xD8\xFF\xE0", 30);
     installer(plattform::profil(home_).schreibtisch / "treiber.run", "#!/bin/sh\n", 20);
-    installer(home_ / "Projekte/app/build/app.deb", deb, 10);
 
-    // --- VS Code Server: every version but the newest
-    ordnerMitDatei(".vscode-server/bin/aaa111", 8192, 20);
-    ordnerMitDatei(".vscode-server/bin/bbb222", 8192, 1);
-    ordnerMitDatei(".vscode-server/cli/servers/Stable-aaa111", 4096, 20);
-    ordnerMitDatei(".vscode-server/cli/servers/Stable-bbb222", 4096, 1);
+    // VS Code Server: every version but the newest
+    for (const char* ordnerName : {".vscode-server/bin/", ".vscode-server/cli/servers/Stable-"}) {
+        ordnerMitDatei(std::string(ordnerName) + "aaa111", 4096, 20);
+        ordnerMitDatei(std::string(ordnerName) + "bbb222", 4096, 1);
+    }
     datei(".vscode-server/cli/servers/lru.json", 128);
 
-    // --- Mac places, which this profile never looks at
-    ordnerMitDatei("Library/Caches/com.spotify.client", 4096);
-    ordnerMitDatei("Library/Developer/Xcode/DerivedData/App-abc", 4096);
-
-    // --- temp folder and Trash
+    // temp folder and Trash
     ordner.datei("tmp/alt.tmp", 4096);
     altere(temp_ / "alt.tmp", 5);
     ordner.datei("tmp/neu.tmp", 4096);

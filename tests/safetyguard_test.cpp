@@ -349,8 +349,8 @@ TEST(WaechterProgramme, PunktAppImHomeNamenZaehltNicht) {
 TEST(WaechterLinux, NebenDenLoeschbarenOrtenBleibtDerRest) {
     test::Testordner t;
     const test::LinuxHome h(t);
-    t.datei("home/.var/app/com.spotify.Client/cache/JetBrains/x", 10);
-    t.datei("var/crash/unter/x.crash", 10);
+    for (const char* rel : {"home/.var/app/com.spotify.Client/cache/JetBrains/x", "var/crash/unter/x.crash"})
+        t.datei(rel, 10);
     const SafetyGuard w(h.home(), h.temp(), h.programme(), std::string(SafetyGuard::standardKennung),
                         Katalogprofil::linux, h.absturzOrdner());
     const std::string keinCache = "Kein Cache – darf nur in den Papierkorb";
@@ -358,18 +358,14 @@ TEST(WaechterLinux, NebenDenLoeschbarenOrtenBleibtDerRest) {
         {"home/.var/app/com.spotify.Client/cache", L, "Nur der Inhalt, nicht der Ordner selbst"},
         {"home/.var/app/com.spotify.Client/cache/JetBrains", L, "Enthält echte Daten, kein reiner Cache"},
         {"home/.var/app/com.spotify.Client/data/spotify", L, keinCache},
-        {"home/snap/spotify/123/.config", L, keinCache},
         {"home/.config/Cache", L, keinCache},
-        {"home/.local/share/spiel/Cache", L, keinCache},
         {"home/.config/google-chrome/Default/Preferences", L, keinCache},
         {"home/.local/state/app/login.json", L, keinCache},
-        {"home/.m2/settings.xml", L, keinCache},
         {"home/.vscode-server/bin/bbb222", L, std::string(SafetyGuard::neuesteVersion)},
         {"home/.vscode-server/cli/servers/lru.json", L, keinCache},
         {"home/.vscode-server/bin/aaa111/daten.bin", L, keinCache},
         {"var/crash/_usr_bin_eigen.0.crash", P, "Wird gelöscht, nicht verschoben"},
         {"var/crash/unter/x.crash", L, "Nur einzelne Absturzberichte"},
-        {"var/crash/unter", L, "Nur einzelne Absturzberichte"},
     };
     for (const auto& f : linuxFaelle)
         EXPECT_EQ(w.pruefe(t / f.pfad, f.art), f.erwartet.empty() ? Urteil::erlaubt() : Urteil::abgelehnt(f.erwartet))
