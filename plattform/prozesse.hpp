@@ -10,8 +10,8 @@ struct LaufendesProgrammRoh {
     std::string kennung;        // macOS: bundle identifier; Linux: none (empty)
     std::string name;           // macOS: localized name; Linux: the process name
     std::string programmdatei;  // path of the executable (Linux: argv[0] when the link is unreadable)
-    // Linux, as read: /proc/<pid>/cgroup, and the sandbox's /.flatpak-info for programs in /app.
-    // The core reads a Flatpak app id or a snap name from them.
+    // Linux, as read for programs in /app (a Flatpak sandbox): /proc/<pid>/cgroup and the
+    // sandbox's /.flatpak-info. The core reads the app id from them, a snap name from the path.
     std::string cgroup;
     std::string flatpakInfo;
 };

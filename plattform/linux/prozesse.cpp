@@ -106,9 +106,12 @@ std::vector<LaufendesProgrammRoh> laufendeProgramme() {
         if (p.programmdatei.empty()) p.programmdatei = argv0;
         if (!p.programmdatei.empty()) {
             p.name = programmName(pidFd, argv0, puffer);
-            p.cgroup = lies(pidFd, "cgroup", puffer);
-            // inside a Flatpak sandbox programs live in /app; the sandbox names its app
-            if (p.programmdatei.starts_with("/app/")) p.flatpakInfo = lies(pidFd, "root/.flatpak-info", puffer);
+            // inside a Flatpak sandbox programs live in /app; its scope and the sandbox name the app
+            // (a snap is known by its executable's path alone)
+            if (p.programmdatei.starts_with("/app/")) {
+                p.cgroup = lies(pidFd, "cgroup", puffer);
+                p.flatpakInfo = lies(pidFd, "root/.flatpak-info", puffer);
+            }
             liste.push_back(std::move(p));
         }
         ::close(pidFd);
