@@ -47,11 +47,11 @@ struct {
 
 int aufraeumen(const Kontext& k) {
     for (const auto& id : aufraeumenOpt.regeln)
-        if (!Katalog::regel(id)) return fehler("Unbekannte Regel „" + id + "“. Die Regeln zeigt: hainbrem regeln");
+        if (!Katalog::regel(id, k.profil)) return fehler("Unbekannte Regel „" + id + "“. Die Regeln zeigt: hainbrem regeln");
     Verlauf verlauf(Verlauf::standardDatei(k.home));
     warneUnlesbar(verlauf);
     if (k.tempHinweis) warnung(*k.tempHinweis);
-    Umgebung u{k.home, k.temp, Zugriff::vollzugriff(k.home), laufTest(), verlauf.imPapierkorb()};
+    Umgebung u{k.home, k.temp, Zugriff::vollzugriff(k.home), laufTest(), verlauf.imPapierkorb(), k.profil};
     Fortschritt fortschritt;
     const auto ergebnisse = Katalog::pruefe(
         u, [&](double anteil) { fortschritt.zeige(fmt::format("Prüfe … {:.0f} %", anteil * 100.0)); });
@@ -106,7 +106,7 @@ int entsorgen(const Kontext& k) {
     if (entsorgenOpt.papierkorb && entsorgenOpt.loeschen)
         return fehler("Entweder --papierkorb oder --loeschen, nicht beides.");
     const Entsorgung art = entsorgenOpt.loeschen ? Entsorgung::loeschen : Entsorgung::papierkorb;
-    const SafetyGuard waechter(k.home, k.temp);
+    const SafetyGuard waechter = waechterFuer(k);
     std::vector<Fund> funde;
     int status = 0;
     for (const auto& roh : entsorgenOpt.pfade) {
@@ -221,7 +221,7 @@ int rueckgaengig(const Kontext& k) {
     if (treffer.empty()) return fehler("Keine Runde mit der Kennung „" + rueckgaengigId + "“ im Verlauf.");
     if (treffer.size() > 1) return fehler("„" + rueckgaengigId + "“ passt zu mehreren Runden – bitte länger angeben.");
 
-    Entsorger entsorger(SafetyGuard(k.home, k.temp), verlauf);
+    Entsorger entsorger(waechterFuer(k), verlauf);
     const auto ergebnis = entsorger.rueckgaengig(treffer.front());
     meldeVerlauf(verlauf);
     if (k.json) {

@@ -27,6 +27,8 @@ int frage(const Kontext& k) {
     const fs::path programm = (selbst.empty() ? fs::path("hainbrem") : selbst).parent_path() / "hainbrem-frage";
     std::vector<std::string> argumente{programm.native()};
     if (k.json) argumente.emplace_back("--json");
+    if (k.profil != standardProfil)
+        argumente.insert(argumente.end(), {"--profil", k.profil == Katalogprofil::macos ? "macos" : "linux"});
     if (opt.adresse) argumente.insert(argumente.end(), {"--adresse", *opt.adresse});
     if (opt.modell) argumente.insert(argumente.end(), {"--modell", *opt.modell});
     if (opt.ja) argumente.emplace_back("--ja");

@@ -8,6 +8,9 @@
 #include <optional>
 #include <string>
 
+#include "kern/datensaetze.hpp"
+#include "kern/safetyguard.hpp"
+
 namespace hainbrem::cli {
 
 struct Kontext {
@@ -15,7 +18,13 @@ struct Kontext {
     std::filesystem::path home;  // HOME (so a fixture home is just HOME=/dir hainbrem …)
     std::filesystem::path temp;  // TMPDIR when it is a real temp folder, else /tmp
     std::optional<std::string> tempHinweis;  // why TMPDIR was not used
+    Katalogprofil profil = standardProfil;   // --profil: whose places catalog and guard know
 };
+
+// The guard for this home and temp folder, with the chosen profile.
+inline SafetyGuard waechterFuer(const Kontext& k) {
+    return SafetyGuard(k.home, k.temp, "/Applications", std::string(SafetyGuard::standardKennung), k.profil);
+}
 
 struct Kommando {
     std::string name;

@@ -59,6 +59,9 @@ int main(int argc, char** argv) {
     app.fallthrough();
     cli::Kontext kontext;
     app.add_flag("--json", kontext.json, "Maschinenlesbare Ausgabe (JSON) auf stdout");
+    std::string profil = kontext.profil == Katalogprofil::macos ? "macos" : "linux";
+    app.add_option("--profil", profil, "Orte von Katalog und Wächter: macos oder linux (Standard: dieses System)")
+        ->check(CLI::IsMember({"macos", "linux"}));
 
     auto& kommandos = cli::tabelle();
     std::stable_sort(kommandos.begin(), kommandos.end(),
@@ -74,6 +77,7 @@ int main(int argc, char** argv) {
     // An unknown word where the command belongs gets its own clear message.
     for (int i = 1; i < argc; ++i) {
         const std::string_view wort = argv[i];
+        if (wort == "--profil") ++i;  // its value is no command
         if (wort.starts_with("-")) continue;
         const bool bekannt = std::any_of(kommandos.begin(), kommandos.end(), [&](const auto& k) { return k.name == wort; });
         if (!bekannt) {
@@ -92,6 +96,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "Mehr dazu: hainbrem --hilfe\n");
         return 2;
     }
+    kontext.profil = profil == "macos" ? Katalogprofil::macos : Katalogprofil::linuxDesktop;
     kontext.home = plattform::heimOrdner();
     auto temp = SafetyGuard::benutzerTemp(kontext.home);
     kontext.temp = std::move(temp.ordner);

@@ -33,11 +33,11 @@ std::string artText(Entsorgung art) { return art == Entsorgung::loeschen ? "lös
 int pruefen(const Kontext& k) {
     std::vector<Regel> auswahl;
     for (const auto& id : nurRegeln) {
-        const Regel* r = Katalog::regel(id);
+        const Regel* r = Katalog::regel(id, k.profil);
         if (!r) return fehler(fmt::format("Eine Regel „{}“ gibt es nicht. Alle Regeln zeigt „hainbrem regeln“.", id));
         auswahl.push_back(*r);
     }
-    if (auswahl.empty()) auswahl = Katalog::regeln();
+    if (auswahl.empty()) auswahl = Katalog::regeln(k.profil);
 
     if (k.tempHinweis) warnung(*k.tempHinweis);
     Umgebung umgebung;
@@ -45,6 +45,7 @@ int pruefen(const Kontext& k) {
     umgebung.temp = k.temp;
     umgebung.vollzugriff = Zugriff::vollzugriff(k.home);
     umgebung.laeuft = laufTest();
+    umgebung.profil = k.profil;
     // what earlier rounds put into the Trash stays unticked, so it can still be put back
     const Verlauf verlauf(Verlauf::standardDatei(k.home));
     if (verlauf.warUnlesbar())
@@ -80,7 +81,7 @@ int pruefen(const Kontext& k) {
         return 0;
     }
 
-    if (!umgebung.vollzugriff)
+    if (!umgebung.vollzugriff && k.profil == Katalogprofil::macos)
         warnung("Ohne Festplattenvollzugriff bleiben App-Container, Mail-Anhänge und Geräte-Backups ungeprüft.");
     if (ergebnisse.empty()) {
         std::printf("Nichts gefunden, was weg kann.\n");
@@ -128,12 +129,12 @@ const bool pruefenRegistriert = registriere({
 int regeln(const Kontext& k) {
     if (k.json) {
         json liste = json::array();
-        for (const auto& r : Katalog::regeln()) liste.push_back(alsJson(r));
+        for (const auto& r : Katalog::regeln(k.profil)) liste.push_back(alsJson(r));
         druckeJson(liste);
         return 0;
     }
     int nummer = 0;
-    for (const auto& r : Katalog::regeln()) {
+    for (const auto& r : Katalog::regeln(k.profil)) {
         std::printf("%2d. %s (%s)\n    %s · %s\n", ++nummer, r.titel.c_str(), r.id.c_str(),
                     std::string(titel(r.gruppe)).c_str(), std::string(name(r.risiko)).c_str());
         std::printf("    Was:          %s\n    Warum sicher: %s\n    Danach:       %s\n\n", r.was.c_str(),

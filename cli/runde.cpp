@@ -94,7 +94,7 @@ int fuehreRundeAus(const std::vector<Fund>& funde, const std::string& titel, con
     zeigeBestaetigung(b, funde, k);
     if (!bestaetigt(wahl)) return 1;
 
-    Entsorger entsorger(SafetyGuard(k.home, k.temp), verlauf, wahl.probelauf, laeuft);
+    Entsorger entsorger(waechterFuer(k), verlauf, wahl.probelauf, laeuft);
     Fortschritt fortschritt;
     entsorger.fortschritt = [&](size_t i, size_t n, const Posten& p) {
         fortschritt.zeige(fmt::format("{} von {}: {}", i + 1, n, kurzerPfad(p.pfad, k.home)));

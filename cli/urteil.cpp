@@ -21,7 +21,7 @@ int urteil(const Kontext& k) {
     if (!urteilPfad.empty() && pfad.is_relative()) pfad = std::filesystem::absolute(pfad, e);
     if (e) pfad = urteilPfad;
 
-    const SafetyGuard waechter(k.home, k.temp);
+    const SafetyGuard waechter = waechterFuer(k);
     const Urteil u = waechter.pruefe(pfad, *art);
     if (k.json) {
         druckeJson(json{{"pfad", pfad.native()},

@@ -10,6 +10,9 @@
 #include <string>
 #include <string_view>
 
+#include "kern/namen.hpp"
+#include "plattform/plattform.hpp"
+
 namespace hainbrem {
 
 namespace fs = std::filesystem;
@@ -79,12 +82,21 @@ private:
     std::optional<std::string> grund_;
 };
 
+// Which places the catalog and the guard know: those of a Mac or those of a Linux desktop. The
+// rule ids, their order, group, risk and symbol are the same in both; finders and texts differ.
+// A choice at run time, so both can be tried on one machine.
+enum class Katalogprofil { macos, linuxDesktop };
+inline constexpr Katalogprofil standardProfil = plattform::istMacOS ? Katalogprofil::macos : Katalogprofil::linuxDesktop;
+
 struct Umgebung {
     fs::path home;
     fs::path temp;
     bool vollzugriff = false;
     std::function<bool(const std::string&)> laeuft;
     std::set<std::string> hainbremImPapierkorb;
+    Katalogprofil profil = standardProfil;
+    // Linux: where the system leaves crash reports (apport); only the user's own are taken.
+    fs::path absturzOrdner = Namen::absturzOrdner;
 };
 
 namespace Zugriff {

@@ -61,6 +61,10 @@ Posten Entsorger::entsorgeEins(const Fund& fund, const std::function<void(const 
         p.fehler = *fund.besitzer + laeuftText;
         return p;
     }
+    if (const auto programm = offeneDateien.benutztVon(url)) {
+        p.fehler = benutztText(*programm);
+        return p;
+    }
     if (const Urteil u = waechter.pruefe(url, fund.art); !u.istErlaubt()) {
         p.fehler = u.grund();
         return p;

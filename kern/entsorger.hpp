@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "kern/datensaetze.hpp"
+#include "kern/offene_dateien.hpp"
 #include "kern/safetyguard.hpp"
 #include "kern/verlauf.hpp"
 
@@ -29,6 +30,8 @@ public:
     bool probelauf = false;
     Lauftest laeuft;
     Fortschritt fortschritt;
+    // Asked right before the guard: an item some program holds something open in stays.
+    OffeneDateien offeneDateien;
 
     // One whole round; `ort` is where the free space is measured (the home folder). Never throws.
     Runde entsorge(const std::vector<Fund>& funde, const std::string& titel, const std::filesystem::path& ort);
@@ -51,6 +54,9 @@ public:
     static constexpr const char* unterbrochenText = "Unterbrochen – das Verschieben in den Papierkorb wurde nicht beendet";
     static constexpr const char* schonWegText = "Schon weg";
     static constexpr const char* laeuftText = " läuft gerade – übersprungen";
+    static std::string benutztText(const std::string& programm) {
+        return "Wird gerade von " + programm + " benutzt – bleibt liegen";
+    }
 
 private:
     // `vormerken` (may be empty) receives a Trash item's record before the item moves.

@@ -28,6 +28,41 @@ std::string klein(std::string_view s) {
     return k;
 }
 
+// The first bytes of a regular file (links not followed); empty when it cannot be read.
+std::string kopfVon(const fs::path& eintrag, size_t laenge) {
+    struct stat st;
+    if (::lstat(eintrag.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return {};
+    const int fd = ::open(eintrag.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    if (fd < 0) return {};
+    std::string kopf(laenge, '\0');
+    const ssize_t gelesen = ::pread(fd, kopf.data(), laenge, 0);
+    ::close(fd);
+    kopf.resize(gelesen > 0 ? static_cast<size_t>(gelesen) : 0);
+    return kopf;
+}
+
+// The magic an archive of this ending begins with; empty for no archive ending.
+std::string_view archivKopf(std::string_view endung) {
+    using namespace std::string_view_literals;
+    if (endung == ".tar.gz" || endung == ".tgz") return "\x1F\x8B"sv;
+    if (endung == ".tar.xz" || endung == ".txz") return "\xFD" "7zXZ\0"sv;
+    if (endung == ".tar.bz2" || endung == ".tbz2") return "BZh"sv;
+    if (endung == ".tar.zst") return "\x28\xB5\x2F\xFD"sv;
+    if (endung == ".zip") return "PK\x03\x04"sv;
+    if (endung == ".7z") return "7z\xBC\xAF\x27\x1C"sv;
+    return {};
+}
+
+// "firefox-121.0.tar.bz2", "ideaIC-2023.3.tar.gz": a known program's name, then a separator.
+bool nenntBekanntesProgramm(std::string_view kleinName) {
+    for (std::string_view programm : RegelNamen::programmArchive) {
+        if (!kleinName.starts_with(programm)) continue;
+        const char danach = kleinName.size() > programm.size() ? kleinName[programm.size()] : '\0';
+        if (danach == '-' || danach == '_' || danach == '.' || (danach >= '0' && danach <= '9')) return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 std::vector<fs::path> kinder(const fs::path& ordner) {
@@ -79,6 +114,26 @@ bool istMacInstaller(const fs::path& eintrag) {
     const ssize_t gelesen = ::pread(fd, kopf, sizeof kopf, 0);
     ::close(fd);
     return gelesen == 4 && std::string_view(kopf, 4) == "xar!";
+}
+
+bool istLinuxInstaller(const fs::path& eintrag) {
+    const std::string n = klein(eintrag.filename().native());
+    for (std::string_view endung : RegelNamen::archivEndungen)
+        if (n.ends_with(endung) && n.size() > endung.size())
+            return nenntBekanntesProgramm(n) && kopfVon(eintrag, 8).starts_with(archivKopf(endung));
+    const size_t punkt = n.rfind('.');
+    if (punkt == std::string::npos || punkt == 0) return false;
+    const std::string_view endung = std::string_view(n).substr(punkt + 1);
+    if (!Namen::enthaelt(RegelNamen::installerEndungenLinux, endung)) return false;
+    const std::string kopf = kopfVon(eintrag, 24);
+    const std::string_view k = kopf;
+    if (endung == "deb") return k.starts_with("!<arch>\n") && k.substr(8).starts_with("debian-binary");
+    if (endung == "rpm") return k.starts_with("\xED\xAB\xEE\xDB");
+    // an ELF program that carries the AppImage mark "AI" and its type (1 or 2) at byte 8
+    if (endung == "appimage")
+        return k.starts_with("\x7F" "ELF") && k.size() >= 11 && k.substr(8, 2) == "AI" && (k[10] == 1 || k[10] == 2);
+    if (endung == "flatpakref") return (k.starts_with("\xEF\xBB\xBF") ? k.substr(3) : k).starts_with("[Flatpak Ref]");
+    return k.starts_with("#!") || k.starts_with("\x7F" "ELF");  // .run: a shell script or program
 }
 
 bool istPaket(const fs::path& eintrag) {

@@ -22,15 +22,17 @@ int64_t RegelErgebnis::bytes() const {
 
 namespace Katalog {
 
-std::vector<Regel> baueRegeln();  // kern/regeln.cpp
+std::vector<Regel> baueRegeln();       // kern/regeln.cpp
+std::vector<Regel> baueLinuxRegeln();  // kern/regeln_linux.cpp
 
-const std::vector<Regel>& regeln() {
-    static const std::vector<Regel> alle = baueRegeln();
-    return alle;
+const std::vector<Regel>& regeln(Katalogprofil profil) {
+    static const std::vector<Regel> mac = baueRegeln();
+    static const std::vector<Regel> linux = baueLinuxRegeln();
+    return profil == Katalogprofil::macos ? mac : linux;
 }
 
-const Regel* regel(std::string_view id) {
-    for (const auto& r : regeln())
+const Regel* regel(std::string_view id, Katalogprofil profil) {
+    for (const auto& r : regeln(profil))
         if (r.id == id) return &r;
     return nullptr;
 }
@@ -180,7 +182,7 @@ std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::vector<Re
 }
 
 std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::function<void(double)>& fortschritt) {
-    return pruefe(umgebung, regeln(), fortschritt);
+    return pruefe(umgebung, regeln(umgebung.profil), fortschritt);
 }
 
 }  // namespace Katalog

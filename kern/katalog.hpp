@@ -30,10 +30,10 @@ struct RegelErgebnis {
 
 namespace Katalog {
 
-// All 21 rules in catalog order; built once.
-const std::vector<Regel>& regeln();
+// All 21 rules of a profile in catalog order; built once.
+const std::vector<Regel>& regeln(Katalogprofil profil = standardProfil);
 // The rule with this id, or null.
-const Regel* regel(std::string_view id);
+const Regel* regel(std::string_view id, Katalogprofil profil = standardProfil);
 
 // Runs the rules one after another, then measures every finding (at most 6 at a time).
 // `fortschritt` receives the finished fraction 0..1 once per measured finding, from the
@@ -42,6 +42,7 @@ const Regel* regel(std::string_view id);
 std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::vector<Regel>& regeln,
                                   const std::function<void(double)>& fortschritt = {},
                                   const std::function<bool()>& abbrechen = {});
+// All rules of the environment's profile.
 std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::function<void(double)>& fortschritt = {});
 
 // Chrome keeps old framework versions beside the one "Current" points to. The rule looks in

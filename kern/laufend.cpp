@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "kern/text.hpp"
 #include "plattform/prozesse.hpp"
 
 namespace hainbrem {
@@ -56,10 +57,33 @@ bool programmLaeuft(std::string_view besitzer, const std::vector<LaufendesProgra
     return laeuft(besitzer, kleinGeschrieben(laufend));
 }
 
+std::string sandboxKennung(std::string_view cgroup, std::string_view flatpakInfo, std::string_view programmdatei) {
+    if (const size_t a = cgroup.find("app-flatpak-"); a != std::string_view::npos) {
+        std::string_view scope = cgroup.substr(a + 12);
+        scope = scope.substr(0, scope.find_first_of("/\n"));
+        if (scope.ends_with(".scope")) scope.remove_suffix(6);
+        // the id ends before the last "-": what follows is a number
+        if (const size_t strich = scope.rfind('-'); strich != std::string_view::npos && strich > 0)
+            return std::string(scope.substr(0, strich));
+    }
+    bool inAnwendung = false;
+    for (const std::string_view zeile : zeilen(flatpakInfo)) {
+        if (zeile.starts_with("[")) inAnwendung = zeile == "[Application]";
+        else if (inAnwendung && zeile.starts_with("name=") && zeile.size() > 5) return std::string(zeile.substr(5));
+    }
+    // "…/snap.firefox.firefox-<uuid>.scope", "/snap/firefox/3026/usr/lib/firefox/firefox"
+    std::string_view snap;
+    if (const size_t a = cgroup.find("/snap."); a != std::string_view::npos) snap = cgroup.substr(a + 6);
+    else if (programmdatei.starts_with("/snap/")) snap = programmdatei.substr(6);
+    return std::string(snap.substr(0, snap.find_first_of("./\n")));
+}
+
 std::vector<LaufendesProgramm> laufendeProgramme() {
     std::vector<LaufendesProgramm> liste;
-    for (auto& roh : plattform::laufendeProgramme())
+    for (auto& roh : plattform::laufendeProgramme()) {
+        if (roh.kennung.empty()) roh.kennung = sandboxKennung(roh.cgroup, roh.flatpakInfo, roh.programmdatei);
         liste.push_back({std::move(roh.kennung), std::move(roh.name), std::move(roh.programmdatei)});
+    }
     return liste;
 }
 

@@ -27,4 +27,10 @@ std::function<bool(const std::string&)> laufTest();
 // process. Returns how many were asked.
 int beendeProgramm(std::string_view besitzer);  // snapshot once, test many times
 
+// Linux: the name a sandboxed program goes by, from what /proc tells about it: a Flatpak app id
+// from its systemd scope ("app-flatpak-<id>-<n>.scope") or the sandbox's /.flatpak-info
+// ("name=<id>" under [Application]); a snap name from its scope ("snap.<name>.…") or its
+// executable ("/snap/<name>/…"). Empty for an ordinary program.
+std::string sandboxKennung(std::string_view cgroup, std::string_view flatpakInfo, std::string_view programmdatei);
+
 }  // namespace hainbrem

@@ -76,6 +76,52 @@ inline constexpr std::array<std::string_view, 16> cacheNamen{
     "GrShaderCache",  "ShaderCache", "CacheStorage",     "Crashpad",           "component_crx_cache",
     "extensions_crx_cache"};
 
+// ---- Linux desktop only. A "*" stands for exactly one folder name.
+
+// Roots below home in which deleting for good may be allowed on Linux, besides the shared ones
+// above. Each says why what lies there comes back by itself.
+struct Wurzel {
+    std::string_view muster;
+    bool nurInhalt;  // the folder itself stays, only its contents may go
+};
+inline constexpr std::array<Wurzel, 6> linuxLoeschWurzeln{{
+    // Flatpak programs' XDG cache; flatpak recreates the folder at the next start.
+    {".var/app/*/cache", true},
+    // A snap's XDG cache; the snap refills it.
+    {"snap/*/common/.cache", true},
+    // pnpm's content-addressed store (XDG data); pnpm downloads the packages again.
+    {".local/share/pnpm/store", false},
+    // Maven's local repository: fetched again from the remote repositories, own installs come
+    // back with the next "mvn install".
+    {".m2/repository", false},
+    // The X session's error log; the next login writes a new one.
+    {".xsession-errors", false},
+    {".xsession-errors.old", false},
+}};
+
+// Folders whose log entries (istProtokollName) may be deleted: programs write new logs.
+inline constexpr std::array<std::string_view, 2> linuxProtokollOrte{".local/state/*", ".local/share/xorg"};
+
+// Program folders in which a folder of `cacheNamen` (at any depth) may be deleted: Electron and
+// Chromium-based programs rebuild these caches beside their settings.
+inline constexpr std::array<std::string_view, 2> linuxCacheOrte{".config/*", ".var/app/*/config/*"};
+
+// Folders that self-updating programs fill with one subfolder per version and never empty.
+// Every version but the newest (by modification time) may go: the program downloads or
+// unpacks the version it needs again.
+inline constexpr std::array<std::string_view, 6> linuxVersionsOrdner{
+    ".vscode-server/bin",  ".vscode-server/cli/servers", ".vscode-server-insiders/bin",
+    ".cursor-server/bin",  ".cursor-server/cli/servers", ".windsurf-server/bin"};
+
+// Where a Linux system leaves crash reports; only the user's own may be deleted.
+inline constexpr std::string_view absturzOrdner = "/var/crash";
+
+// A name that plainly belongs to a log: "log", "logs", "x.log", rotated "x.log.1", "x.log.gz".
+constexpr bool istProtokollName(std::string_view name) {
+    return name == "log" || name == "logs" || name.ends_with(".log") ||
+           (name.find(".log.") != std::string_view::npos && !name.starts_with(".log."));
+}
+
 // Build-output folder names and the marker files, one of which must lie beside the folder.
 // "DerivedData" has none: a project file beside it is required instead.
 struct Bauordner {

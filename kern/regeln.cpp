@@ -12,6 +12,7 @@
 #include "kern/namen.hpp"
 #include "kern/papierkorb_info.hpp"
 #include "kern/regel_namen.hpp"
+#include "kern/regel_werkzeug.hpp"
 #include "kern/safetyguard.hpp"
 #include "kern/tempordner.hpp"
 #include "plattform/papierkorb_datum.hpp"
@@ -19,19 +20,10 @@
 
 namespace hainbrem::Katalog {
 
-namespace {
-
-using namespace std::chrono_literals;
-using std::chrono::seconds;
-
-constexpr seconds dreiTage{259'200};
-constexpr seconds eineWoche{604'800};
-constexpr seconds dreissigTage{2'592'000};
-constexpr seconds neunzigTage{7'776'000};
-constexpr size_t hoechstensEintraege = 50'000;
+namespace intern {
 
 Fund fund(const fs::path& url, Entsorgung art, std::optional<std::string> besitzer, bool vorgewaehlt,
-          std::optional<Zeitpunkt> datum = std::nullopt, std::optional<std::string> titel = std::nullopt) {
+          std::optional<Zeitpunkt> datum, std::optional<std::string> titel) {
     Fund f;
     f.url = url;
     f.bytes = 0;
@@ -43,13 +35,14 @@ Fund fund(const fs::path& url, Entsorgung art, std::optional<std::string> besitz
     return f;
 }
 
-std::string name(const fs::path& p) { return p.filename().native(); }
-
-bool laeuft(const Umgebung& u, const std::string& besitzer) { return u.laeuft && u.laeuft(besitzer); }
-
 bool istOrdner(const fs::path& p) {
     struct stat st;
     return ::lstat(p.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+bool istDatei(const fs::path& p) {
+    struct stat st;
+    return ::lstat(p.c_str(), &st) == 0 && S_ISREG(st.st_mode);
 }
 
 bool gibtEs(const fs::path& p) {
@@ -57,14 +50,48 @@ bool gibtEs(const fs::path& p) {
     return ::lstat(p.c_str(), &st) == 0;
 }
 
-// Every entry of `ordner` as one finding with the same properties.
 std::vector<Fund> jederEintrag(const fs::path& ordner, Entsorgung art, const std::optional<std::string>& besitzer,
-                               bool vorgewaehlt, bool mitDatum = false) {
+                               bool vorgewaehlt, bool mitDatum) {
     std::vector<Fund> funde;
     for (const auto& e : kinder(ordner))
         funde.push_back(fund(e, art, besitzer, vorgewaehlt, mitDatum ? datum(e) : std::nullopt));
     return funde;
 }
+
+std::vector<Fund> unveraenderteEintraege(const std::vector<fs::path>& eintraege) {
+    std::vector<Fund> funde;
+    const auto jetzt = std::chrono::system_clock::now();
+    for (const auto& e : eintraege)
+        funde.push_back(fund(e, Entsorgung::loeschen, std::nullopt,
+                             istAelterAls(juengsteAenderung(e, hoechstensEintraege), dreissigTage, jetzt)));
+    return funde;
+}
+
+void cacheOrdnerUnter(const fs::path& oben, const std::string& besitzer, std::vector<Fund>& funde) {
+    const size_t anfang = funde.size();
+    Groesse::durchlaufe(oben, [&](const Groesse::Eintrag& e) {
+        if (e.ebene == 0 || e.art != Groesse::EintragArt::ordnerAnfang) return Groesse::Weiter::ja;
+        // a cloud placeholder is never entered, nor taken
+        if (e.statt && plattform::istDatenlos(*e.statt)) return Groesse::Weiter::ueberspringen;
+        if (Namen::enthaelt(Namen::cacheNamen, e.name)) {
+            funde.push_back(fund(e.pfad, Entsorgung::loeschen, besitzer, true));
+            return Groesse::Weiter::ueberspringen;
+        }
+        if (e.ebene >= 5 || istPaket(e.pfad)) return Groesse::Weiter::ueberspringen;
+        return Groesse::Weiter::ja;
+    });
+    // the walk follows the directory order; by path, results are the same on every run
+    std::sort(funde.begin() + static_cast<std::ptrdiff_t>(anfang), funde.end(),
+              [](const Fund& a, const Fund& b) { return a.url < b.url; });
+}
+
+}  // namespace intern
+
+namespace {
+
+using namespace intern;
+
+bool laeuft(const Umgebung& u, const std::string& besitzer) { return u.laeuft && u.laeuft(besitzer); }
 
 // "/a/b/" and "/a/b" name the same folder; its parent is "/a" either way.
 fs::path elternOrdner(fs::path p) {
@@ -110,22 +137,7 @@ std::vector<Fund> findeProgrammdatenCaches(const Umgebung& u) {
         const std::string obenName = name(oben);
         if (obenName.starts_with("com.apple.") || Namen::enthaelt(RegelNamen::nieDurchsucht, obenName)) continue;
         if (!istOrdner(oben)) continue;
-        const std::string besitzer = RegelNamen::besitzerFuer(obenName);
-        const size_t anfang = funde.size();
-        Groesse::durchlaufe(oben, [&](const Groesse::Eintrag& e) {
-            if (e.ebene == 0 || e.art != Groesse::EintragArt::ordnerAnfang) return Groesse::Weiter::ja;
-            // a cloud placeholder is never entered, nor taken
-            if (e.statt && plattform::istDatenlos(*e.statt)) return Groesse::Weiter::ueberspringen;
-            if (Namen::enthaelt(Namen::cacheNamen, e.name)) {
-                funde.push_back(fund(e.pfad, Entsorgung::loeschen, besitzer, true));
-                return Groesse::Weiter::ueberspringen;
-            }
-            if (e.ebene >= 5 || istPaket(e.pfad)) return Groesse::Weiter::ueberspringen;
-            return Groesse::Weiter::ja;
-        });
-        // the walk follows the directory order; by path, results are the same on every run
-        std::sort(funde.begin() + static_cast<std::ptrdiff_t>(anfang), funde.end(),
-                  [](const Fund& a, const Fund& b) { return a.url < b.url; });
+        cacheOrdnerUnter(oben, RegelNamen::besitzerFuer(obenName), funde);
     }
     return funde;
 }
@@ -187,23 +199,17 @@ std::vector<Fund> findePaketmanager(const Umgebung& u) {
     return funde;
 }
 
+}  // namespace
+
 // 9
-std::vector<Fund> findeHuggingface(const Umgebung& u) {
+std::vector<Fund> intern::findeHuggingface(const Umgebung& u) {
     std::vector<Fund> funde;
     for (const auto& e : kinder(u.home / ".cache/huggingface/hub"))
         funde.push_back(fund(e, Entsorgung::loeschen, std::nullopt, false, datum(e), modellTitel(name(e))));
     return funde;
 }
 
-// Entries of a tool folder, ticked when nothing inside changed for 30 days.
-std::vector<Fund> unveraenderteEintraege(const std::vector<fs::path>& eintraege) {
-    std::vector<Fund> funde;
-    const auto jetzt = std::chrono::system_clock::now();
-    for (const auto& e : eintraege)
-        funde.push_back(fund(e, Entsorgung::loeschen, std::nullopt,
-                             istAelterAls(juengsteAenderung(e, hoechstensEintraege), dreissigTage, jetzt)));
-    return funde;
-}
+namespace {
 
 // 10
 std::vector<Fund> findePlaywright(const Umgebung& u) {
@@ -282,8 +288,10 @@ std::vector<Fund> findeProtokolle(const Umgebung& u) {
     return funde;
 }
 
+}  // namespace
+
 // 19
-std::vector<Fund> findeTemporaer(const Umgebung& u) {
+std::vector<Fund> intern::findeTemporaer(const Umgebung& u) {
     std::vector<Fund> funde;
     const auto jetzt = std::chrono::system_clock::now();
     const uid_t ich = ::geteuid();
@@ -306,7 +314,7 @@ std::vector<Fund> findeTemporaer(const Umgebung& u) {
 }
 
 // 20
-std::vector<Fund> findePapierkorb(const Umgebung& u) {
+std::vector<Fund> intern::findePapierkorb(const Umgebung& u) {
     std::set<std::string> vonHainbrem;
     for (const auto& p : u.hainbremImPapierkorb) vonHainbrem.insert(aufgeloest(p));
     std::vector<Fund> funde;
@@ -324,6 +332,8 @@ std::vector<Fund> findePapierkorb(const Umgebung& u) {
     }
     return funde;
 }
+
+namespace {
 
 // 21
 std::vector<Fund> findeInstaller(const Umgebung& u) {

@@ -1,6 +1,7 @@
 #include "kern/safetyguard.hpp"
 
 #include <dirent.h>
+#include <fnmatch.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -87,6 +88,16 @@ std::vector<std::string> teileVon(std::string_view rel) {
     return teile;
 }
 
+// How many leading parts of `teile` the pattern covers ("*" is one whole name), or none when they
+// do not match it. Exact spelling: these rules allow deleting.
+std::optional<size_t> passtMuster(std::string_view muster, const std::vector<std::string>& teile) {
+    const std::vector<std::string> stuecke = teileVon(muster);
+    if (teile.size() < stuecke.size()) return std::nullopt;
+    for (size_t i = 0; i < stuecke.size(); ++i)
+        if (::fnmatch(stuecke[i].c_str(), teile[i].c_str(), 0) != 0) return std::nullopt;
+    return stuecke.size();
+}
+
 // Digits compared as numbers, without limits on their length: "1.10.0" after "1.9.3".
 int vergleicheVersion(std::string_view a, std::string_view b) {
     auto zahlen = [](std::string_view v) {
@@ -140,11 +151,14 @@ bool hatPunktTeil(std::string_view pfad) {
 
 }  // namespace
 
-SafetyGuard::SafetyGuard(const fs::path& home, const fs::path& temp, fs::path programme, std::string eigeneKennung)
+SafetyGuard::SafetyGuard(const fs::path& home, const fs::path& temp, fs::path programme, std::string eigeneKennung,
+                         Katalogprofil katalog, const fs::path& absturzOrdner)
     : home_(aufgeloestOderGegeben(home)),
       temp_(aufgeloestOderGegeben(waehleTemp(home, temp).ordner)),
       programme_(aufgeloestOderGegeben(programme)),
-      eigeneKennung_(std::move(eigeneKennung)) {
+      eigeneKennung_(std::move(eigeneKennung)),
+      profil_(katalog),
+      absturzOrdner_(aufgeloestOderGegeben(absturzOrdner)) {
     const plattform::Profil profil = plattform::profil(home);
     papierkorbRel_ = relativZuHome(profil.papierkorb, home, home_);
     papierkorbGenau_ = relativZuHomeGenau(profil.papierkorb, home, home_);
@@ -191,6 +205,7 @@ Urteil SafetyGuard::pruefe(const fs::path& url, Entsorgung art) const {
     if (liegtUnter(pfad, home_)) return pruefeImHome(pfad, pfad.substr(home_.size() + 1), art);
 
     if (liegtUnter(pfad, temp_)) return pruefeTemp(pfad, art);
+    if (profil_ == Katalogprofil::linuxDesktop && liegtUnter(pfad, absturzOrdner_)) return pruefeAbsturz(pfad, art);
 
     const std::string kopien = (fs::path(temp_).parent_path() / chromeKopien).native();
     if (liegtUnter(pfad, kopien))
@@ -211,6 +226,18 @@ Urteil SafetyGuard::pruefeTemp(const std::string& pfad, Entsorgung art) const {
         struct stat st {};
         if (::lstat(p.c_str(), &st) == 0 && st.st_uid != ich) return Urteil::abgelehnt(std::string(fremderEintrag));
     }
+    return Urteil::erlaubt();
+}
+
+// Crash reports lie in one shared folder: only the user's own files directly in it, and only
+// deleted (the Trash would keep them on the same disk).
+Urteil SafetyGuard::pruefeAbsturz(const std::string& pfad, Entsorgung art) const {
+    if (art != Entsorgung::loeschen) return Urteil::abgelehnt("Wird gelöscht, nicht verschoben");
+    struct stat st {};
+    if (pfad.find('/', absturzOrdner_.size() + 1) != std::string::npos || ::lstat(pfad.c_str(), &st) != 0 ||
+        !S_ISREG(st.st_mode))
+        return Urteil::abgelehnt("Nur einzelne Absturzberichte");
+    if (st.st_uid != ::geteuid()) return Urteil::abgelehnt(std::string(fremderEintrag));
     return Urteil::erlaubt();
 }
 
@@ -280,6 +307,9 @@ Urteil SafetyGuard::darfLoeschen(const std::string& pfad, const std::string& rel
         if (!w->empty() && gleichOderUnter(rel, *w))
             return rel == *w ? Urteil::abgelehnt("Nur der Inhalt, nicht der Ordner selbst") : Urteil::erlaubt();
 
+    if (profil_ == Katalogprofil::linuxDesktop)
+        if (auto u = darfLoeschenLinux(pfad, teile)) return *u;
+
     const size_t n = teile.size();
     if (n >= 4 && teile[0] == "Library" && teile[1] == "Application Support")
         for (size_t i = 3; i < n; ++i)
@@ -312,6 +342,35 @@ Urteil SafetyGuard::darfLoeschen(const std::string& pfad, const std::string& rel
         if (::stat((eltern + "/").append(marker).c_str(), &st) == 0) return Urteil::erlaubt();
     }
     return Urteil::abgelehnt("Kein Projekt daneben – könnte eigene Daten sein");
+}
+
+// The Linux desktop's own places; none when no rule of them speaks for the path.
+std::optional<Urteil> SafetyGuard::darfLoeschenLinux(const std::string& pfad, const std::vector<std::string>& teile) const {
+    const size_t n = teile.size();
+    for (const Namen::Wurzel& w : Namen::linuxLoeschWurzeln)
+        if (const auto k = passtMuster(w.muster, teile)) {
+            if (*k == n && w.nurInhalt) return Urteil::abgelehnt("Nur der Inhalt, nicht der Ordner selbst");
+            // a sandboxed program's cache may hold real data as ~/.cache may
+            if (w.nurInhalt && Namen::enthaelt(Namen::keinCache, klein(teile[*k])))
+                return Urteil::abgelehnt("Enthält echte Daten, kein reiner Cache");
+            return Urteil::erlaubt();
+        }
+    for (std::string_view ort : Namen::linuxProtokollOrte)
+        if (const auto k = passtMuster(ort, teile); k && *k < n && Namen::istProtokollName(teile[*k]))
+            return Urteil::erlaubt();
+    for (std::string_view ort : Namen::linuxCacheOrte)
+        if (const auto k = passtMuster(ort, teile))
+            for (size_t i = *k; i < n; ++i)
+                if (Namen::enthaelt(Namen::cacheNamen, teile[i])) return Urteil::erlaubt();
+    for (std::string_view ordner : Namen::linuxVersionsOrdner)
+        if (const auto k = passtMuster(ordner, teile); k && *k + 1 == n) {
+            struct stat st {};
+            if (::lstat(pfad.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) break;  // a version is a folder
+            const auto neueste = neuesterOrdner(pfad.substr(0, pfad.rfind('/')));
+            if (neueste && *neueste != teile.back()) return Urteil::erlaubt();
+            return Urteil::abgelehnt(std::string(neuesteVersion));
+        }
+    return std::nullopt;
 }
 
 Urteil SafetyGuard::pruefeProgramm(const std::string& pfad, Entsorgung art) const {
@@ -377,6 +436,22 @@ std::optional<std::string> SafetyGuard::neuesteAppVersion(const fs::path& ordner
         return true;
     });
     return neueste;
+}
+
+std::optional<std::string> SafetyGuard::neuesterOrdner(const fs::path& ordner) {
+    std::optional<std::string> neuester;
+    time_t neuesteZeit = 0;
+    listeOrdner(ordner, [&](std::string_view e) {
+        struct stat st {};
+        if (::lstat((ordner / e).c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return true;
+        // whole seconds (the one spelling macOS shares); equal times: the name decides, whatever the listing order
+        if (!neuester || st.st_mtime > neuesteZeit || (st.st_mtime == neuesteZeit && e > *neuester)) {
+            neuester = std::string(e);
+            neuesteZeit = st.st_mtime;
+        }
+        return true;
+    });
+    return neuester;
 }
 
 std::optional<std::string> SafetyGuard::nameAufPlatte(std::string_view name, const fs::path& ordner) {

@@ -16,17 +16,20 @@ class SafetyGuard {
 public:
     // home/temp resolved with realpath (kept as given when that fails); a temp folder that is
     // no real one (waehleTemp) is replaced by the system's. `programme` is the system
-    // Applications folder, `eigeneKennung` this program's own bundle identifier; both are
-    // parameters so tests can use fixtures.
+    // Applications folder, `eigeneKennung` this program's own bundle identifier, `absturzOrdner`
+    // the system's crash report folder (Linux profile only); all are parameters so tests can use
+    // fixtures. `profil` adds the Linux desktop's delete roots; the macOS profile has none of them.
     SafetyGuard(const std::filesystem::path& home, const std::filesystem::path& temp,
                 std::filesystem::path programme = "/Applications",
-                std::string eigeneKennung = std::string(standardKennung));
+                std::string eigeneKennung = std::string(standardKennung), Katalogprofil profil = standardProfil,
+                const std::filesystem::path& absturzOrdner = Namen::absturzOrdner);
 
     static constexpr std::string_view standardKennung = "de.hainbrem.Hainbrem";
     // The shared temp folder of a Linux system holds other users' entries too.
     static constexpr std::string_view fremderEintrag = "Gehört einem anderen Benutzer – wird nicht angefasst";
     // A temp entry that holds the home folder (a home below /tmp) is never temporary.
     static constexpr std::string_view enthaeltHome = "Enthält deinen Benutzerordner";
+    static constexpr std::string_view neuesteVersion = "Die neueste Version bleibt";
 
     // The user's temp folder as far as it may be trusted, and why the configured one was not.
     static std::filesystem::path benutzerTemp();
@@ -43,21 +46,29 @@ public:
     // The spelling under which `name` exists in `ordner`: an exact entry first, else the first
     // entry equal to it ignoring case; none when the listing fails or nothing matches.
     static std::optional<std::string> nameAufPlatte(std::string_view name, const std::filesystem::path& ordner);
+    // Of the subfolders of `ordner`, the one changed last (equal times: the greatest name); none
+    // when the listing fails or there is no subfolder.
+    static std::optional<std::string> neuesterOrdner(const std::filesystem::path& ordner);
 
     const std::string& home() const { return home_; }
     const std::string& temp() const { return temp_; }
     const std::string& programme() const { return programme_; }
+    Katalogprofil profil() const { return profil_; }
 
 private:
     Urteil pruefeImHome(const std::string& pfad, const std::string& rel, Entsorgung art) const;
     Urteil darfLoeschen(const std::string& pfad, const std::string& rel, const std::vector<std::string>& teile) const;
     Urteil pruefeProgramm(const std::string& pfad, Entsorgung art) const;
     Urteil pruefeTemp(const std::string& pfad, Entsorgung art) const;
+    Urteil pruefeAbsturz(const std::string& pfad, Entsorgung art) const;
+    std::optional<Urteil> darfLoeschenLinux(const std::string& pfad, const std::vector<std::string>& teile) const;
 
     std::string home_;
     std::string temp_;
     std::string programme_;
     std::string eigeneKennung_;
+    Katalogprofil profil_;
+    std::string absturzOrdner_;
 
     // The platform's own places below home, relative and lower-cased (empty when not below home):
     // the Trash (contents may go, the folder never), the Trash's record folder beside it on

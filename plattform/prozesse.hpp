@@ -1,5 +1,6 @@
 #pragma once
-// The programs running right now, as the system names them.
+// The programs running right now, as the system names them, and what they hold open.
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,10 @@ struct LaufendesProgrammRoh {
     std::string programmdatei;  // path of the executable (Linux: argv[0] when the link is unreadable)
     int pid = 0;
     bool eigenes = false;  // runs as the current user (and is not this process)
+    // Linux, as read for programs in /app (a Flatpak sandbox): /proc/<pid>/cgroup and the
+    // sandbox's /.flatpak-info. The core reads the app id from them, a snap name from the path.
+    std::string cgroup;
+    std::string flatpakInfo;
 };
 
 // One entry per running program; kernel threads and vanished processes are left out.
@@ -19,5 +24,21 @@ std::vector<LaufendesProgrammRoh> laufendeProgramme();
 // Asks the program with this process id to quit (Linux: SIGTERM; macOS: the application's
 // terminate). True when the request was delivered.
 bool beenden(int pid);
+
+// What one process holds open: files behind its descriptors, mapped files, its working folder.
+// Paths as the system shows them (links resolved; " (deleted)" dropped).
+struct OffeneDateienRoh {
+    int pid = 0;
+    bool gelesen = false;  // false: left out as already known, `pfade` empty
+    std::vector<std::string> pfade;
+};
+
+// The current user's processes except this one, in any order. Those in `bekannt` (sorted) are
+// listed but not read, so a refresh costs little. Linux: /proc/<pid>/fd, maps and cwd; macOS:
+// the process information calls.
+std::vector<OffeneDateienRoh> offeneDateien(const std::vector<int>& bekannt = {});
+
+// The name of a process that has not ended (a zombie has); none otherwise.
+std::optional<std::string> prozessName(int pid);
 
 }  // namespace hainbrem::plattform

@@ -31,7 +31,7 @@ std::string infoPlist(std::string_view kennung, std::string_view name) {
 
 }  // namespace
 
-void MacHome::altereBaum(const fs::path& p, double tageAlt) {
+void TestHome::altereBaum(const fs::path& p, double tageAlt) {
     std::error_code fehler;
     if (fs::is_directory(fs::symlink_status(p, fehler)))
         for (auto it = fs::recursive_directory_iterator(p, fehler); !fehler && it != fs::recursive_directory_iterator();
@@ -40,20 +40,20 @@ void MacHome::altereBaum(const fs::path& p, double tageAlt) {
     altere(p, tageAlt);
 }
 
-fs::path MacHome::datei(std::string_view rel, size_t bytes, double tageAlt) const {
+fs::path TestHome::datei(std::string_view rel, size_t bytes, double tageAlt) const {
     const fs::path p = ordner_.datei((fs::path("home") / rel).native(), bytes);
     if (tageAlt > 0) altere(p, tageAlt);
     return p;
 }
 
-fs::path MacHome::ordnerMitDatei(std::string_view rel, size_t bytes, double tageAlt, std::string_view inhalt) const {
+fs::path TestHome::ordnerMitDatei(std::string_view rel, size_t bytes, double tageAlt, std::string_view inhalt) const {
     const fs::path ordner = home_ / rel;
     datei((fs::path(rel) / inhalt).native(), bytes);
     if (tageAlt > 0) altereBaum(ordner, tageAlt);
     return ordner;
 }
 
-fs::path MacHome::wegwerfen(std::string_view name, double tageAlt, size_t bytes) const {
+fs::path TestHome::wegwerfen(std::string_view name, double tageAlt, size_t bytes) const {
     const fs::path p = papierkorb_ / name;
     fs::create_directories(papierkorb_);
     ordner_.datei(p.lexically_relative(ordner_.pfad()).native(), bytes);
@@ -71,20 +71,22 @@ fs::path MacHome::wegwerfen(std::string_view name, double tageAlt, size_t bytes)
     return p;
 }
 
-Umgebung MacHome::umgebung(bool vollzugriff, std::function<bool(const std::string&)> laeuft) const {
+Umgebung TestHome::umgebung(bool vollzugriff, std::function<bool(const std::string&)> laeuft) const {
     Umgebung u;
     u.home = home_;
     u.temp = temp_;
     u.vollzugriff = vollzugriff;
     u.laeuft = laeuft ? std::move(laeuft) : [](const std::string&) { return false; };
     u.hainbremImPapierkorb = {vonHainbrem_.native()};
+    u.profil = profil_;
     return u;
 }
 
-MacHome::MacHome(const Testordner& ordner)
+TestHome::TestHome(const Testordner& ordner, Katalogprofil profil, std::string_view temp)
     : ordner_(ordner),
+      profil_(profil),
       home_(ordner / "home"),
-      temp_(ordner / "var/T"),
+      temp_(ordner / temp),
       programme_(ordner / "Applications"),
       papierkorb_(plattform::profil(ordner / "home").papierkorb) {
     fs::create_directories(home_);
@@ -92,6 +94,24 @@ MacHome::MacHome(const Testordner& ordner)
     for (const char* standard : {"Documents", "Downloads", "Desktop", "Movies", "Music", "Pictures"})
         fs::create_directories(home_ / standard);
     datei("Documents/Brief.txt", 2048);
+}
+
+void TestHome::fuellePapierkorb() {
+    wegwerfen("alt.txt", 10);
+    wegwerfen("frisch.txt", 2);
+    vonHainbrem_ = wegwerfen("Bericht.pages", 30);
+    ordner_.datei(((papierkorb_ / "ohne-datum.txt").lexically_relative(ordner_.pfad())).native(), 4096);
+    altere(papierkorb_ / "ohne-datum.txt", 40);
+}
+
+void TestHome::installer(const fs::path& p, std::string_view kopf, double tageAlt, size_t bytes) {
+    std::string inhalt(kopf);
+    inhalt.resize(bytes, 'i');
+    schreibe(p, inhalt);
+    altere(p, tageAlt);
+}
+
+MacHome::MacHome(const Testordner& ordner) : TestHome(ordner, Katalogprofil::macos, "var/T") {
 
     // --- Library/Caches: programs, Apple (allowed and not), browsers, tools with rules of their own
     ordnerMitDatei("Library/Caches/com.spotify.client", 12 * 1024);
@@ -191,21 +211,11 @@ MacHome::MacHome(const Testordner& ordner)
     altereBaum(klone / "code_sign_clone.ccc", 2);
 
     // --- the Trash: old, fresh, without a date, and one entry Hainbrem put there
-    wegwerfen("alt.txt", 10);
-    wegwerfen("frisch.txt", 2);
-    vonHainbrem_ = wegwerfen("Bericht.pages", 30);
-    ordner.datei(((papierkorb_ / "ohne-datum.txt").lexically_relative(ordner.pfad())).native(), 4096);
-    altere(papierkorb_ / "ohne-datum.txt", 40);
+    fuellePapierkorb();
 
     // --- installers: .dmg, xar .pkg, console .pkg, bundle .pkg, .xip, and things that are none
     const fs::path downloads = plattform::profil(home_).downloads;
     const fs::path schreibtisch = plattform::profil(home_).schreibtisch;
-    const auto installer = [&](const fs::path& p, std::string_view kopf, double tage) {
-        std::string inhalt(kopf);
-        inhalt.resize(8192, 'i');
-        schreibe(p, inhalt);
-        altere(p, tage);
-    };
     installer(downloads / "Programm.dmg", "koly", 10);
     installer(downloads / "Neu.DMG", "koly", 1);
     installer(downloads / "Installer.pkg", "xar!", 10);
@@ -228,6 +238,106 @@ MacHome::MacHome(const Testordner& ordner)
     schreibe(programme_ / "Slack.app/Contents/MacOS/Slack", std::string(4096, 's'));
     schreibe(programme_ / "Spotify.app/Contents/Info.plist", infoPlist("com.spotify.client", "Spotify"));
     schreibe(programme_ / "Spotify.app/Contents/MacOS/Spotify", std::string(4096, 's'));
+}
+
+}  // namespace hainbrem::test
+
+namespace hainbrem::test {
+
+Umgebung LinuxHome::umgebung(bool vollzugriff, std::function<bool(const std::string&)> laeuft) const {
+    Umgebung u = TestHome::umgebung(vollzugriff, std::move(laeuft));
+    u.absturzOrdner = absturzOrdner_;
+    return u;
+}
+
+LinuxHome::LinuxHome(const Testordner& ordner)
+    : TestHome(ordner, Katalogprofil::linuxDesktop, "tmp"), absturzOrdner_(ordner / "var/crash") {
+    // Folders of one 4 KiB file, fresh. Each group: what its rule finds, then look-alikes that stay.
+    for (const char* rel : {
+             // ~/.cache: browsers, known programs, package managers; real data among caches
+             ".cache/google-chrome/Default/Cache", ".cache/BraveSoftware/Brave-Browser/Default/Cache",
+             ".cache/thumbnails/normal", ".cache/spotify/Data", ".cache/org.gnome.Maps", ".cache/pip/http",
+             ".cache/yarn/v6", ".cache/uv", ".cache/go-build", ".cache/node-gyp", ".cache/typescript",
+             ".cache/JetBrains/IdeaIC2023.3",
+             // ~/.config: browser profiles and Electron programs (also hidden); Cache in no program's folder
+             ".config/google-chrome/Default/GPUCache", ".config/google-chrome/Default/Service Worker/CacheStorage",
+             ".config/google-chrome/GrShaderCache", ".config/Code/Cache", ".config/Code/CachedData", ".config/Slack/Cache",
+             ".config/Slack/Code Cache/js", ".config/discord/GPUCache", ".config/.versteckt/GPUCache", ".config/Cache",
+             ".local/share/spiel/Cache", "Projekte/web/Cache",
+             // Flatpak and Snap: caches go, data and revisions stay
+             ".var/app/com.spotify.Client/cache/spotify", ".var/app/com.slack.Slack/config/Slack/Cache",
+             "snap/spotify/common/.cache/spotify", ".var/app/com.spotify.Client/data/spotify",
+             ".var/app/com.slack.Slack/data/slack", "snap/spotify/123/.config",
+             // package managers beyond ~/.cache
+             ".npm/_cacache", ".yarn/berry/cache", ".local/share/pnpm/store", ".cargo/registry/cache",
+             "go/pkg/mod/cache", ".gradle/caches",
+             // Mac places, which this profile never looks at
+             "Library/Caches/com.spotify.client", "Library/Developer/Xcode/DerivedData/App-abc"})
+        ordnerMitDatei(rel);
+    // Firefox's caches are the largest, so the running-browser test sees a fixed order
+    ordnerMitDatei(".cache/mozilla/firefox/abc.default-release/cache2", 16 * 1024);
+    ordnerMitDatei(".var/app/org.mozilla.firefox/cache/mozilla", 12 * 1024);
+    ordnerMitDatei("snap/firefox/common/.cache/mozilla", 8192);
+    // tools by age, models, and a tool's logs (the protocol rule's) beside a folder only named so
+    ordnerMitDatei(".cache/ms-playwright/chromium-1091", 4096, 40);
+    ordnerMitDatei(".cache/ms-playwright/webkit-2000", 4096, 2);
+    ordnerMitDatei(".cache/huggingface/hub/models--openai--whisper-small", 4096, 50);
+    ordnerMitDatei(".cache/altes-werkzeug/tief", 4096, 40);
+    ordnerMitDatei(".cache/neues-werkzeug", 4096, 1);
+    ordnerMitDatei(".cache/pre-commit/repo1", 4096, 40);
+    ordnerMitDatei(".cache/pre-commit/logs", 2048, 0, "pre-commit.log");
+    ordnerMitDatei(".cache/bilder/logs", 4096, 40, "bild.png");
+
+    // Maven's repository with one artefact installed here, not downloaded
+    const auto maven = [&](const std::string& version, const std::string& liste) {
+        datei(".m2/repository/" + version + "/a.jar");
+        schreibe(home_ / ".m2/repository" / version / "_remote.repositories", "#NOTE\n" + liste + "\n");
+    };
+    maven("org/apache/commons/commons-lang3/3.14.0", "commons-lang3-3.14.0.jar>central=");
+    maven("com/google/guava/guava/32.0", "guava-32.0.jar>central=\nguava-32.0.pom>central=");
+    maven("com/eigene/bibliothek/1.0", "bibliothek-1.0.jar>=");
+
+    // logs and crash reports, and files that only look like them
+    for (const char* rel : {".m2/repository/com/eigene/bibliothek/maven-metadata-local.xml", ".m2/settings.xml",
+                            ".xsession-errors", ".xsession-errors.old", ".local/state/nvim/log",
+                            ".local/state/nvim/shada/main.shada", ".local/state/app/login.json",
+                            ".local/share/xorg/Xorg.0.log"})
+        datei(rel, 1024);
+    ordnerMitDatei(".local/state/app/logs", 2048, 0, "a.log");
+    ordner.datei("var/crash/_usr_bin_eigen.0.crash", 4096);
+    ordner.datei("var/crash/_usr_bin_eigen.0.upload", 0);
+    if (::geteuid() == 0) {  // another user's report; only root can give it away
+        const fs::path fremd = ordner.datei("var/crash/_usr_bin_fremd.1000.crash", 4096);
+        if (::chown(fremd.c_str(), 65534, 65534) != 0) fs::remove(fremd);
+    }
+
+    // installers, told by their first bytes; a game archive and a .deb in a project stay
+    const fs::path downloads = plattform::profil(home_).downloads;
+    const std::string deb = "!<arch>\ndebian-binary   1700000000  0     0     100644  4         `\n2.0\n";
+    const std::string appImage("\x7F" "ELF\x02\x01\x01\x00" "AI\x02", 11);
+    const std::pair<fs::path, std::string> installer10[] = {
+        {downloads / "programm_1.0_amd64.deb", deb}, {downloads / "kaputt.deb", "kein Paket"},
+        {downloads / "paket-2.0.x86_64.rpm", "\xED\xAB\xEE\xDB"}, {downloads / "Werkzeug.AppImage", appImage},
+        {downloads / "Mein.AppImage", appImage}, {downloads / "firefox-121.0.tar.bz2", "BZh91AY&SY"},
+        {downloads / "Spiel-1.0.tar.gz", "\x1F\x8B\x08"}, {home_ / "Projekte/app/build/app.deb", deb}};
+    for (const auto& [pfad, kopf] : installer10) installer(pfad, kopf, 10);
+    fs::permissions(downloads / "Mein.AppImage", fs::perms::owner_exec, fs::perm_options::add);
+    installer(downloads / "app.flatpakref", "[Flatpak Ref]\nName=org.example.App\n", 2);
+    installer(downloads / "Foto.jpg", "\xFF\xD8\xFF\xE0", 30);
+    installer(plattform::profil(home_).schreibtisch / "treiber.run", "#!/bin/sh\n", 20);
+
+    // VS Code Server: every version but the newest
+    for (const char* ordnerName : {".vscode-server/bin/", ".vscode-server/cli/servers/Stable-"}) {
+        ordnerMitDatei(std::string(ordnerName) + "aaa111", 4096, 20);
+        ordnerMitDatei(std::string(ordnerName) + "bbb222", 4096, 1);
+    }
+    datei(".vscode-server/cli/servers/lru.json", 128);
+
+    // temp folder and Trash
+    ordner.datei("tmp/alt.tmp", 4096);
+    altere(temp_ / "alt.tmp", 5);
+    ordner.datei("tmp/neu.tmp", 4096);
+    fuellePapierkorb();
 }
 
 }  // namespace hainbrem::test

@@ -1,5 +1,5 @@
 #pragma once
-// test::MacHome — a small but realistic Mac home for finder tests, built inside a
+// test::MacHome and test::LinuxHome — small but realistic homes for finder tests, built inside a
 // test::Testordner so no test ever sees a real home.
 //
 // Layout below the Testordner:
@@ -23,11 +23,9 @@
 
 namespace hainbrem::test {
 
-class MacHome {
+// What both homes share: the folders and the helpers that fill them.
+class TestHome {
 public:
-    // Builds the whole home at once.
-    explicit MacHome(const Testordner& ordner);
-
     const fs::path& home() const { return home_; }
     const fs::path& temp() const { return temp_; }
     const fs::path& programme() const { return programme_; }
@@ -36,7 +34,8 @@ public:
     // The Trash entry that Hainbrem itself put there (30 days ago).
     const fs::path& vonHainbrem() const { return vonHainbrem_; }
 
-    // An Umgebung for this home: full disk access, nothing running, the Hainbrem Trash entry known.
+    // An Umgebung for this home: its profile, full disk access, nothing running, the Hainbrem
+    // Trash entry known.
     Umgebung umgebung(bool vollzugriff = true, std::function<bool(const std::string&)> laeuft = {}) const;
 
     // A file of `bytes` real bytes below home, `tageAlt` days old (0: now). Parents are created.
@@ -50,9 +49,35 @@ public:
     // Sets the modification time of the item and everything below it to `tageAlt` days ago.
     static void altereBaum(const fs::path& p, double tageAlt);
 
-private:
+protected:
+    TestHome(const Testordner& ordner, Katalogprofil profil, std::string_view temp);
+    // The fixed Trash entries both homes have: old, fresh, without a date, and Hainbrem's own.
+    void fuellePapierkorb();
+    // `kopf` followed by filler up to `bytes`, `tageAlt` days old.
+    static void installer(const fs::path& p, std::string_view kopf, double tageAlt, size_t bytes = 8192);
+
     const Testordner& ordner_;
+    Katalogprofil profil_;
     fs::path home_, temp_, programme_, papierkorb_, vonHainbrem_;
+};
+
+class MacHome : public TestHome {
+public:
+    // Builds the whole home at once.
+    explicit MacHome(const Testordner& ordner);
+};
+
+// A Linux desktop home: browsers, Electron programs, Flatpak and Snap, package managers, logs,
+// installers, VS Code Server versions; beside each a look-alike that must not be found.
+// Layout: home/, tmp/ (the temp folder), var/crash/ (the crash report folder).
+class LinuxHome : public TestHome {
+public:
+    explicit LinuxHome(const Testordner& ordner);
+    const fs::path& absturzOrdner() const { return absturzOrdner_; }
+    Umgebung umgebung(bool vollzugriff = true, std::function<bool(const std::string&)> laeuft = {}) const;
+
+private:
+    fs::path absturzOrdner_;
 };
 
 }  // namespace hainbrem::test

@@ -255,7 +255,7 @@ TEST(KatalogPruefe, TestHomeVollstaendig) {
 // `vorne` goes before the binary, e.g. to run it as another user.
 nlohmann::json pruefenAlsJson(const MacHome& h, int* status, const std::string& vorne = "") {
     const std::string befehl = "HOME='" + h.home().native() + "' TMPDIR='" + h.temp().native() + "' XDG_DATA_HOME= " +
-                               vorne + "'" + std::string(HAINBREM_BINARY) + "' --json pruefen 2>/dev/null";
+                               vorne + "'" + std::string(HAINBREM_BINARY) + "' --json --profil macos pruefen 2>/dev/null";
     return nlohmann::json::parse(test::laufe(befehl, status), nullptr, false);
 }
 

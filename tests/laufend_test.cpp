@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <thread>
 
+#include "fixture_home.hpp"
+#include "kern/katalog.hpp"
 #include "plattform/prozesse.hpp"
 #include "testordner.hpp"
 
@@ -134,6 +136,53 @@ TEST(Laufend, FremdeProzesseOhneLesbareProgrammdatei) {
                         "' --gtest_filter=Laufend.FremdeProzesseOhneLesbareProgrammdatei 2>&1",
                     &status);
     EXPECT_EQ(status, 0) << aus;
+}
+
+TEST(Laufend, SandboxProgrammeHeissenWieIhreAppOderIhrSnap) {
+    const struct {
+        const char* cgroup;
+        const char* flatpakInfo;
+        const char* programmdatei;
+        const char* kennung;
+    } faelle[] = {
+        {"0::/user.slice/user-1000.slice/user@1000.service/app.slice/app-flatpak-org.mozilla.firefox-4242.scope\n", "",
+         "/app/lib/firefox/firefox", "org.mozilla.firefox"},
+        {"0::/user.slice/app.slice/app-gnome-firefox-99.scope\n", "[Application]\nname=com.brave.Browser\nruntime=x\n",
+         "/app/brave/brave", "com.brave.Browser"},
+        {"", "[Instance]\nname=nicht-das\n[Application]\nname=org.chromium.Chromium\n", "/app/chromium/chrome",
+         "org.chromium.Chromium"},
+        {"0::/user.slice/user-1000.slice/user@1000.service/app.slice/snap.chromium.chromium-1a2b.scope\n", "",
+         "/snap/chromium/2714/usr/lib/chromium-browser/chrome", "chromium"},
+        {"", "", "/snap/firefox/3026/usr/lib/firefox/firefox", "firefox"},
+        {"0::/user.slice/user-1000.slice/session-2.scope\n", "", "/usr/bin/firefox", ""},
+        {"", "", "/home/ich/snap/x/bin", ""},
+    };
+    for (const auto& f : faelle) EXPECT_EQ(sandboxKennung(f.cgroup, f.flatpakInfo, f.programmdatei), f.kennung) << f.cgroup;
+    // a Flatpak browser runs by its id, also for owners named after the program
+    const std::vector<LaufendesProgramm> flatpak{{"org.chromium.Chromium", "chrome", "/app/chromium/chrome"}};
+    for (const char* besitzer : {"org.chromium.Chromium", "chromium", "chrome"})
+        EXPECT_TRUE(programmLaeuft(besitzer, flatpak)) << besitzer;
+}
+
+// A process named like a browser holds that browser's findings back, and only those.
+TEST(Laufend, UmbenannterBrowserHaeltSeineFundeZurueck) {
+    test::Testordner t;
+    const test::LinuxHome h(t);
+    test::Hintergrund firefox(test::schlaeferNamens(t / "bin", "firefox"));
+    // only programs from the test folder, so whatever else runs on this machine changes nothing
+    std::vector<LaufendesProgramm> unsere;
+    for (int i = 0; i < 500 && unsere.empty(); ++i) {
+        for (const auto& p : laufendeProgramme())
+            if (p.programmdatei.starts_with(t.pfad().native())) unsere.push_back(p);
+        if (unsere.empty()) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ASSERT_EQ(unsere.size(), 1u);
+    const auto ergebnisse =
+        Katalog::pruefe(h.umgebung(true, [&](const std::string& b) { return programmLaeuft(b, unsere); }));
+    std::vector<std::string> gehalten;
+    for (const auto& e : ergebnisse)
+        for (const auto& f : e.uebersprungen) gehalten.push_back(e.id() + " " + f.url.lexically_relative(h.home()).native());
+    EXPECT_EQ(gehalten, (std::vector<std::string>{"browser .cache/mozilla", "browser snap/firefox/common/.cache/mozilla"}));
 }
 
 }  // namespace

@@ -10,14 +10,18 @@
 
 #include "fixture_home.hpp"
 #include "kern/katalog.hpp"
+#include "kern/safetyguard.hpp"
 #include "plattform/plattform.hpp"
 #include "testordner.hpp"
 
 namespace hainbrem {
 namespace {
 
+using test::LinuxHome;
 using test::MacHome;
 using test::Testordner;
+constexpr auto mac = Katalogprofil::macos;
+constexpr auto linuxPc = Katalogprofil::linuxDesktop;
 
 struct Erwartet {
     std::string pfad;  // relative to home
@@ -132,15 +136,13 @@ std::string beschreibe(const Erwartet& e) {
                        rohwert(e.art), e.vorgewaehlt, e.titel.value_or("-"), e.mitDatum);
 }
 
-TEST(RegelnKatalog, JedeRegelFindetGenauDasErwarteteImTestHome) {
-    Testordner t;
-    const MacHome h(t);
-    const Umgebung u = h.umgebung();
-    const auto tabelle = faelle(h);
-    ASSERT_EQ(tabelle.size(), Katalog::regeln().size());
+// Runs every rule of the profile on the home and compares with the table, in catalog order.
+void vergleicheMitTabelle(const test::TestHome& h, const Umgebung& u, const std::vector<RegelFall>& tabelle) {
+    const auto& regeln = Katalog::regeln(u.profil);
+    ASSERT_EQ(tabelle.size(), regeln.size());
     for (size_t i = 0; i < tabelle.size(); ++i) {
         const auto& fall = tabelle[i];
-        const Regel& regel = Katalog::regeln()[i];
+        const Regel& regel = regeln[i];
         ASSERT_EQ(regel.id, fall.id);
         std::vector<std::string> ist, soll;
         for (const auto& f : regel.finde(u)) {
@@ -153,17 +155,147 @@ TEST(RegelnKatalog, JedeRegelFindetGenauDasErwarteteImTestHome) {
     }
 }
 
+TEST(RegelnKatalog, JedeRegelFindetGenauDasErwarteteImTestHome) {
+    Testordner t;
+    const MacHome h(t);
+    vergleicheMitTabelle(h, h.umgebung(), faelle(h));
+}
+
+std::vector<RegelFall> linuxFaelle(const LinuxHome& h) {
+    const std::string korb = h.papierkorb().lexically_relative(h.home()).native() + "/";
+    const std::string chrome = ".config/google-chrome/";
+    return {
+        {"programm-caches",
+         {{".cache/org.gnome.Maps", "org.gnome.Maps", L, true},
+          {".cache/spotify", "spotify", L, true},
+          {".cache/thumbnails", kein, L, true}}},
+        {"programmdaten-caches",
+         {{".config/.versteckt/GPUCache", ".versteckt", L, true},
+          {".config/Code/Cache", "code", L, true},
+          {".config/Code/CachedData", "code", L, true},
+          {".config/Slack/Cache", "slack", L, true},
+          {".config/Slack/Code Cache", "slack", L, true},
+          {".config/discord/GPUCache", "discord", L, true},
+          {".var/app/com.slack.Slack/config/Slack/Cache", "com.slack.Slack", L, true}}},
+        {"sandbox-caches",
+         {{".var/app/com.spotify.Client/cache/spotify", "com.spotify.Client", L, true},
+          {"snap/spotify/common/.cache/spotify", "spotify", L, true}}},
+        {"browser",
+         {{".cache/BraveSoftware", "brave", L, true},
+          {".cache/google-chrome", "chrome", L, true},
+          {".cache/mozilla", "firefox", L, true},
+          {chrome + "Default/GPUCache", "chrome", L, true},
+          {chrome + "Default/Service Worker/CacheStorage", "chrome", L, true},
+          {chrome + "GrShaderCache", "chrome", L, true},
+          {".var/app/org.mozilla.firefox/cache/mozilla", "org.mozilla.firefox", L, true},
+          {"snap/firefox/common/.cache/mozilla", "firefox", L, true}}},
+        {"xcode-derived", {}},
+        {"xcode-geraete", {}},
+        {"simulator-caches", {}},
+        {"paketmanager",
+         {{".cache/pip", "pip", L, true},
+          {".npm/_cacache", "npm", L, true},
+          {".cache/yarn", "Yarn", L, true},
+          {".yarn/berry/cache", "Yarn", L, true},
+          {".local/share/pnpm/store", "pnpm", L, true},
+          {".cache/uv", "uv", L, true},
+          {".cargo/registry/cache", "Cargo", L, true},
+          {"go/pkg/mod/cache", "Go", L, true},
+          {".cache/go-build", "Go", L, true},
+          {".gradle/caches", "Gradle", L, true},
+          {".m2/repository/com/google", "Maven", L, true},  // com/eigene was installed here
+          {".m2/repository/org", "Maven", L, true},
+          {".cache/node-gyp", "node-gyp", L, true},
+          {".cache/typescript", "TypeScript", L, true}}},
+        {"huggingface",
+         {{".cache/huggingface/hub/models--openai--whisper-small", kein, L, false, "whisper-small (openai)", true}}},
+        {"playwright",
+         {{".cache/ms-playwright/chromium-1091", kein, L, true}, {".cache/ms-playwright/webkit-2000", kein, L, false}}},
+        {"werkzeug-caches",
+         {{".cache/altes-werkzeug", kein, L, true},
+          {".cache/bilder", kein, L, true},
+          {".cache/neues-werkzeug", kein, L, false},
+          {".cache/pre-commit/repo1", kein, L, true}}},
+        {"chrome-klone", {}},
+        {"chrome-versionen", {}},
+        {"app-versionen",
+         {{".vscode-server/bin/aaa111", kein, L, true}, {".vscode-server/cli/servers/Stable-aaa111", kein, L, true}}},
+        {"claude-vm", {}},
+        {"mail-anhaenge", {}},
+        {"ios-backups", {}},
+        {"protokolle",
+         {{".xsession-errors", kein, L, true},
+          {".xsession-errors.old", kein, L, true},
+          {".local/state/app/logs", "app", L, true},
+          {".local/state/nvim/log", "nvim", L, true},
+          {".local/share/xorg/Xorg.0.log", "Xorg", L, true},
+          {".cache/pre-commit/logs", "pre-commit", L, true},
+          {"../var/crash/_usr_bin_eigen.0.crash", kein, L, true, kein, true}}},
+        {"temporaer", {{"../tmp/alt.tmp", kein, L, true, kein, true}}},
+        {"papierkorb",
+         {{korb + "Bericht.pages", kein, L, false, "Bericht.pages (von Hainbrem, Rückgängig möglich)", true},
+          {korb + "alt.txt", kein, L, true, kein, true},
+          {korb + "frisch.txt", kein, L, false, kein, true},
+          {korb + "ohne-datum.txt", kein, L, false}}},
+        {"installer",
+         {{"Downloads/Mein.AppImage", kein, P, false, kein, true},  // executable: perhaps the program itself
+          {"Downloads/Werkzeug.AppImage", kein, P, true, kein, true},
+          {"Downloads/app.flatpakref", kein, P, false, kein, true},
+          {"Downloads/firefox-121.0.tar.bz2", kein, P, true, kein, true},
+          {"Downloads/paket-2.0.x86_64.rpm", kein, P, true, kein, true},
+          {"Downloads/programm_1.0_amd64.deb", kein, P, true, kein, true},
+          {"Desktop/treiber.run", kein, P, true, kein, true}}},
+    };
+}
+
+TEST(RegelnKatalog, LinuxProfilFindetGenauDasErwarteteImLinuxHome) {
+    Testordner t;
+    const LinuxHome h(t);
+    vergleicheMitTabelle(h, h.umgebung(), linuxFaelle(h));
+}
+
+// Finders and guard share their tables: whatever the Linux catalog finds, the Linux guard lets
+// go the way the finding says; the Mac guard refuses the Linux-only places.
+TEST(RegelnKatalog, LinuxFundeErlaubtDerLinuxWaechter) {
+    Testordner t;
+    const LinuxHome h(t);
+    const auto waechter = [&](Katalogprofil p) {
+        return SafetyGuard(h.home(), h.temp(), h.programme(), std::string(SafetyGuard::standardKennung), p,
+                           h.absturzOrdner());
+    };
+    const SafetyGuard linuxWaechter = waechter(linuxPc), macWaechter = waechter(mac);
+    size_t nurLinux = 0;
+    for (const auto& r : Katalog::regeln(linuxPc))
+        for (const auto& f : r.finde(h.umgebung())) {
+            const Urteil u = linuxWaechter.pruefe(f.url, f.art);
+            EXPECT_TRUE(u.istErlaubt()) << r.id << " " << f.url << ": " << u.grund();
+            nurLinux += !macWaechter.pruefe(f.url, f.art).istErlaubt();
+        }
+    EXPECT_GE(nurLinux, 20u);
+}
+
 // The risk decides about preselection; everything not named here is safe.
 TEST(RegelnKatalog, RisikoUndNachschlagen) {
     const std::map<std::string, Risiko> nichtSicher{
         {"xcode-geraete", Risiko::pruefen}, {"huggingface", Risiko::vorsicht}, {"playwright", Risiko::pruefen},
         {"werkzeug-caches", Risiko::pruefen}, {"claude-vm", Risiko::vorsicht}, {"mail-anhaenge", Risiko::pruefen},
         {"ios-backups", Risiko::vorsicht}, {"papierkorb", Risiko::pruefen}, {"installer", Risiko::pruefen}};
-    for (const Regel& r : Katalog::regeln()) {
+    for (const Regel& r : Katalog::regeln(mac)) {
         EXPECT_EQ(r.risiko, nichtSicher.contains(r.id) ? nichtSicher.at(r.id) : Risiko::sicher) << r.id;
-        EXPECT_EQ(Katalog::regel(r.id), &r);
+        EXPECT_EQ(Katalog::regel(r.id, mac), &r);
     }
-    EXPECT_EQ(Katalog::regel("gibt-es-nicht"), nullptr);
+    EXPECT_EQ(Katalog::regel("gibt-es-nicht", mac), nullptr);
+    // the Linux profile: the same ids in the same order, group, risk and symbol; texts of its own
+    const auto& m = Katalog::regeln(mac);
+    const auto& l = Katalog::regeln(linuxPc);
+    ASSERT_EQ(m.size(), l.size());
+    for (size_t i = 0; i < m.size(); ++i) {
+        EXPECT_EQ(std::tie(m[i].id, m[i].symbol, m[i].gruppe, m[i].risiko),
+                  std::tie(l[i].id, l[i].symbol, l[i].gruppe, l[i].risiko));
+        EXPECT_EQ(Katalog::regel(l[i].id, linuxPc), &l[i]);
+        for (const std::string* text : {&l[i].titel, &l[i].was, &l[i].warumSicher, &l[i].danach})
+            EXPECT_EQ(text->find("macOS"), std::string::npos) << l[i].id << ": " << *text;
+    }
 }
 
 TEST(RegelnKatalog, OhneVollzugriffBleibenContainerMailUndBackupsUngeprueft) {
@@ -171,26 +303,29 @@ TEST(RegelnKatalog, OhneVollzugriffBleibenContainerMailUndBackupsUngeprueft) {
     const MacHome h(t);
     const Umgebung u = h.umgebung(false);
     for (const char* id : {"sandbox-caches", "mail-anhaenge", "ios-backups"})
-        EXPECT_TRUE(Katalog::regel(id)->finde(u).empty()) << id;
-    EXPECT_FALSE(Katalog::regel("programm-caches")->finde(u).empty());
+        EXPECT_TRUE(Katalog::regel(id, mac)->finde(u).empty()) << id;
+    EXPECT_FALSE(Katalog::regel("programm-caches", mac)->finde(u).empty());
 }
 
 TEST(RegelnKatalog, LeeresHomeErgibtNichts) {
     Testordner t;
     fs::create_directories(t / "home");
     fs::create_directories(t / "tmp/T");
-    Umgebung u{.home = t / "home", .temp = t / "tmp/T", .vollzugriff = true, .laeuft = {}, .hainbremImPapierkorb = {}};
-    for (const auto& r : Katalog::regeln())
-        if (r.id != "chrome-versionen") {
-            EXPECT_TRUE(r.finde(u).empty()) << r.id;
-        }
+    for (const auto profil : {mac, linuxPc}) {
+        const Umgebung u{.home = t / "home", .temp = t / "tmp/T", .vollzugriff = true, .laeuft = {},
+                         .hainbremImPapierkorb = {}, .profil = profil, .absturzOrdner = t / "crash"};
+        for (const auto& r : Katalog::regeln(profil))
+            if (r.id != "chrome-versionen") {
+                EXPECT_TRUE(r.finde(u).empty()) << r.id;
+            }
+    }
 }
 
 TEST(RegelnChrome, LaufendesChromeBehaeltDieJuengsteSelbstkopie) {
     Testordner t;
     const MacHome h(t);
     const auto laeuftChrome = [](const std::string& b) { return b == "com.google.Chrome"; };
-    const auto funde = Katalog::regel("chrome-klone")->finde(h.umgebung(true, laeuftChrome));
+    const auto funde = Katalog::regel("chrome-klone", mac)->finde(h.umgebung(true, laeuftChrome));
     std::vector<std::string> namen;
     for (const auto& f : funde) namen.push_back(f.url.filename());
     EXPECT_EQ(namen, (std::vector<std::string>{"code_sign_clone.ccc", "code_sign_clone.aaa"}));
@@ -224,7 +359,7 @@ TEST(RegelnTemporaer, FremdeEintraegeImGeteiltenTempBleiben) {
     const fs::path fremd = t.datei("var/T/fremd.tmp", 4096);
     ASSERT_EQ(::chown(fremd.c_str(), 65534, 65534), 0);
     test::altere(fremd, 10);
-    const auto funde = Katalog::regel("temporaer")->finde(h.umgebung());
+    const auto funde = Katalog::regel("temporaer", mac)->finde(h.umgebung());
     ASSERT_EQ(funde.size(), 1u);
     EXPECT_EQ(funde[0].url.filename(), "alt.tmp");
 }
@@ -236,7 +371,7 @@ TEST(RegelnPapierkorb, VonHainbremErkanntAuchUeberVerknuepftenPfad) {
     fs::create_directory_symlink(h.papierkorb(), t / "korb-link");
     Umgebung u = h.umgebung();
     u.hainbremImPapierkorb = {(t / "korb-link" / "alt.txt").native()};
-    for (const auto& f : Katalog::regel("papierkorb")->finde(u)) {
+    for (const auto& f : Katalog::regel("papierkorb", mac)->finde(u)) {
         if (f.url.filename() == "alt.txt") {
             EXPECT_FALSE(f.vorgewaehlt);
             EXPECT_EQ(f.titel, "alt.txt (von Hainbrem, Rückgängig möglich)");
@@ -253,7 +388,7 @@ TEST(RegelnInstaller, DownloadsUndSchreibtischImSelbenOrdnerZaehlenEinmal) {
     t.datei("home/.config/user-dirs.dirs", 0);
     std::ofstream(h.home() / ".config/user-dirs.dirs")
         << "XDG_DOWNLOAD_DIR=\"$HOME/Downloads\"\nXDG_DESKTOP_DIR=\"$HOME/Downloads\"\n";
-    const auto funde = Katalog::regel("installer")->finde(h.umgebung());
+    const auto funde = Katalog::regel("installer", mac)->finde(h.umgebung());
     if (plattform::istMacOS) GTEST_SKIP() << "user-dirs.dirs gilt nur unter Linux";
     EXPECT_EQ(funde.size(), 5u);  // the five in Downloads, none twice
 }

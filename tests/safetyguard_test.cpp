@@ -7,6 +7,7 @@
 #include <set>
 #include <sstream>
 
+#include "fixture_home.hpp"
 #include "testordner.hpp"
 #include "waechter_welt.hpp"
 
@@ -342,6 +343,42 @@ TEST(WaechterProgramme, PunktAppImHomeNamenZaehltNicht) {
     EXPECT_EQ(w.pruefe(home / "Applications/Werkzeug.app", Entsorgung::papierkorb), Urteil::erlaubt());
     EXPECT_EQ(w.pruefe(home / "Applications/Sammlung.app-alt/Teil.app", Entsorgung::papierkorb),
               Urteil::abgelehnt("Liegt in einem anderen Programm"));
+}
+
+// The Linux profile's own places: what stays although it lies beside what may go.
+TEST(WaechterLinux, NebenDenLoeschbarenOrtenBleibtDerRest) {
+    test::Testordner t;
+    const test::LinuxHome h(t);
+    for (const char* rel : {"home/.var/app/com.spotify.Client/cache/JetBrains/x", "var/crash/unter/x.crash"})
+        t.datei(rel, 10);
+    const SafetyGuard w(h.home(), h.temp(), h.programme(), std::string(SafetyGuard::standardKennung),
+                        Katalogprofil::linuxDesktop, h.absturzOrdner());
+    const std::string keinCache = "Kein Cache – darf nur in den Papierkorb";
+    const std::vector<Fall> linuxFaelle{
+        {"home/.var/app/com.spotify.Client/cache", L, "Nur der Inhalt, nicht der Ordner selbst"},
+        {"home/.var/app/com.spotify.Client/cache/JetBrains", L, "Enthält echte Daten, kein reiner Cache"},
+        {"home/.var/app/com.spotify.Client/data/spotify", L, keinCache},
+        {"home/.config/Cache", L, keinCache},
+        {"home/.config/google-chrome/Default/Preferences", L, keinCache},
+        {"home/.local/state/app/login.json", L, keinCache},
+        {"home/.vscode-server/bin/bbb222", L, std::string(SafetyGuard::neuesteVersion)},
+        {"home/.vscode-server/cli/servers/lru.json", L, keinCache},
+        {"home/.vscode-server/bin/aaa111/daten.bin", L, keinCache},
+        {"var/crash/_usr_bin_eigen.0.crash", P, "Wird gelöscht, nicht verschoben"},
+        {"var/crash/unter/x.crash", L, "Nur einzelne Absturzberichte"},
+    };
+    for (const auto& f : linuxFaelle)
+        EXPECT_EQ(w.pruefe(t / f.pfad, f.art), f.erwartet.empty() ? Urteil::erlaubt() : Urteil::abgelehnt(f.erwartet))
+            << f.pfad;
+    if (::geteuid() == 0) {
+        EXPECT_EQ(w.pruefe(h.absturzOrdner() / "_usr_bin_fremd.1000.crash", L),
+                  Urteil::abgelehnt(std::string(SafetyGuard::fremderEintrag)));
+    }
+    // outside the Linux profile the crash folder is out of reach
+    const SafetyGuard mac(h.home(), h.temp(), h.programme(), std::string(SafetyGuard::standardKennung),
+                          Katalogprofil::macos, h.absturzOrdner());
+    EXPECT_EQ(mac.pruefe(h.absturzOrdner() / "_usr_bin_eigen.0.crash", L),
+              Urteil::abgelehnt("Liegt außerhalb deines Benutzerordners"));
 }
 
 }  // namespace

@@ -77,4 +77,23 @@ std::string laufe(const std::string& befehl, int* status = nullptr);
 // True when the tests run as root and can become `nobody` to test unreadable folders.
 bool kannAlsNobodyLaufen();
 
+// A copy of /bin/sleep named `name` in `ordner` (parents created), for a process that looks like
+// a given program.
+fs::path schlaeferNamens(const fs::path& ordner, std::string_view name);
+
+// A process running `programm 30`, stdin read from `eingabe` when given; killed and reaped by
+// `beende` or at the end of the scope.
+class Hintergrund {
+public:
+    explicit Hintergrund(const fs::path& programm, const fs::path& eingabe = {});
+    ~Hintergrund() { beende(); }
+    Hintergrund(const Hintergrund&) = delete;
+    Hintergrund& operator=(const Hintergrund&) = delete;
+    pid_t pid() const { return pid_; }
+    void beende();
+
+private:
+    pid_t pid_ = -1;
+};
+
 }  // namespace hainbrem::test

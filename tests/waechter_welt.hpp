@@ -129,7 +129,10 @@ public:
         fs::create_directory_symlink("121.0.2", t / chromeVersionen / "Current");
     }
 
-    SafetyGuard waechter() const { return SafetyGuard(home, temp, programme); }
+    // This world is a Mac's: the guard with the macOS profile.
+    SafetyGuard waechter() const {
+        return SafetyGuard(home, temp, programme, std::string(SafetyGuard::standardKennung), Katalogprofil::macos);
+    }
 
     Testordner t;
     const fs::path home = t / "home";

@@ -143,7 +143,7 @@ ErklaerFakten erklaereFakten(std::string_view pfad, const Umgebung& u, const Saf
     }
     f.loeschen = guard.pruefe(f.pfad, Entsorgung::loeschen);
     f.papierkorb = guard.pruefe(f.pfad, Entsorgung::papierkorb);
-    for (const Regel& r : Katalog::regeln()) {
+    for (const Regel& r : Katalog::regeln(u.profil)) {
         if (!r.finde) continue;
         const auto funde = r.finde(u);
         if (std::any_of(funde.begin(), funde.end(), [&](const Fund& x) { return x.url == f.pfad; })) {

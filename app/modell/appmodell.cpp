@@ -103,7 +103,9 @@ AppModell::AppModell(Umfeld umfeld, QObject* eltern) : QObject(eltern), umfeld_(
     vollzugriff_ = umfeld_.vollzugriff(umfeld_.home);
     // 2. the disposer: guard for home and temp, the history, no dry run
     verlaufDatei_ = std::make_unique<Verlauf>(umfeld_.verlaufDatei);
-    entsorger_ = std::make_unique<Entsorger>(SafetyGuard(umfeld_.home, umfeld_.temp, umfeld_.programme), *verlaufDatei_,
+    entsorger_ = std::make_unique<Entsorger>(SafetyGuard(umfeld_.home, umfeld_.temp, umfeld_.programme,
+                                                                         std::string(SafetyGuard::standardKennung),
+                                                                         umfeld_.profil), *verlaufDatei_,
                                              false, umfeld_.laeuft);
     // 3. nothing this process does may pull a cloud file down
     CloudSchutz::aktivieren();
@@ -199,6 +201,7 @@ Umgebung AppModell::umgebung() const {
     u.vollzugriff = umfeld_.vollzugriff(umfeld_.home);
     u.laeuft = umfeld_.laeuft ? umfeld_.laeuft : laufTest();
     u.hainbremImPapierkorb = verlaufDatei_->imPapierkorb();
+    u.profil = umfeld_.profil;
     return u;
 }
 

@@ -48,6 +48,7 @@ struct Umfeld {
     QString einstellungsDatei;                          // empty: the platform's settings store
     std::optional<QStringList> argumente;               // absent: the process's arguments
     bool ganzePlatte = true;                            // the deep scan covers the start disk, else only home
+    Katalogprofil profil = standardProfil;              // whose places the catalog and the guard know
     std::chrono::milliseconds takt{20'000};             // the watcher's sleep
     std::shared_ptr<Wecker> wecker;                     // empty: a QTimer
     std::function<Plattenstand(const std::filesystem::path&)> plattenstand;  // empty: Plattenstand::jetzt

@@ -22,7 +22,7 @@ void alsAnteil(Steuerung& st, double anteil) {
 std::vector<RegelErgebnis> pruefen(const Umgebung& umgebung, Steuerung& st) {
     alsAnteil(st, 0);
     return Katalog::pruefe(
-        umgebung, Katalog::regeln(), [&](double a) { alsAnteil(st, a); }, [&] { return st.angehalten(); });
+        umgebung, Katalog::regeln(umgebung.profil), [&](double a) { alsAnteil(st, a); }, [&] { return st.angehalten(); });
 }
 
 TiefenscanErgebnis tiefenscan(const fs::path& home, bool ganzePlatte, bool vollzugriff, Steuerung& st) {

@@ -39,6 +39,8 @@ int main(int argc, char** argv) {
             adresse = argumente[++i];
         else if (a == QLatin1String("--modell") && i + 1 < argumente.size())
             modellName = argumente[++i];
+        else if (a == QLatin1String("--profil") && i + 1 < argumente.size())
+            k.profil = argumente[++i] == QLatin1String("macos") ? Katalogprofil::macos : Katalogprofil::linuxDesktop;
         else if (a == QLatin1String("--"))
             frage = argumente.mid(i + 1).join(' ');
         else {
@@ -55,6 +57,7 @@ int main(int argc, char** argv) {
     Umfeld umfeld;
     umfeld.home = k.home;
     umfeld.temp = k.temp;
+    umfeld.profil = k.profil;
     umfeld.argumente = QStringList();                           // this program's arguments are no launch settings
     umfeld.melden = [](const plattform::Benachrichtigung&) {};  // a question in the terminal notifies nobody
     auto modell = std::make_unique<AppModell>(std::move(umfeld));

@@ -87,7 +87,7 @@ TEST(Seite, FrageImTerminalBestaetigtWieJederAndereBefehl) {
         env.insert("XDG_CONFIG_HOME", QString::fromStdString(w.mac.home() / ".config"));
         p.setProcessEnvironment(env);
         p.setStandardInputFile(QProcess::nullDevice());  // no terminal to ask
-        QStringList args{"frage", "--adresse", server.adresse(), "Wähle", "alle", "sicheren", "Caches", "aus"};
+        QStringList args{"--profil", "macos", "frage", "--adresse", server.adresse(), "Wähle", "alle", "sicheren", "Caches", "aus"};
         if (ja) args << "--ja";
         p.start(HAINBREM_BINARY, args);
         ASSERT_TRUE(warte([&] { return p.state() == QProcess::NotRunning; }));

@@ -75,7 +75,8 @@ TEST(Werkzeuge, GroessteOrdnerAusDemScanbaum) {
 
 TEST(Werkzeuge, ErklaereKenntRegelUndUrteil) {
     Welt w;
-    const SafetyGuard guard(w.mac.home(), w.mac.temp(), w.mac.programme());
+    const SafetyGuard guard(w.mac.home(), w.mac.temp(), w.mac.programme(), std::string(SafetyGuard::standardKennung),
+                            Katalogprofil::macos);
     const Umgebung u = w.mac.umgebung();
     const auto jetzt = std::chrono::system_clock::now();
     auto erklaere = [&](const std::string& p) { return erklaereText(p, erklaereFakten(p, u, guard), u.home, jetzt); };
@@ -99,7 +100,8 @@ TEST(Werkzeuge, ErklaereKenntRegelUndUrteil) {
 
 TEST(Werkzeuge, AuswaehlenSchlaegtNurVorWasDerWaechterErlaubt) {
     Welt w;
-    const SafetyGuard guard(w.mac.home(), w.mac.temp(), w.mac.programme());
+    const SafetyGuard guard(w.mac.home(), w.mac.temp(), w.mac.programme(), std::string(SafetyGuard::standardKennung),
+                            Katalogprofil::macos);
     const fs::path cache = w.mac.ordnerMitDatei("Library/Caches/com.example.a");
     const fs::path dokument = w.mac.datei("Documents/wichtig.txt");
     RegelErgebnis caches, modelle;

@@ -71,6 +71,7 @@ struct Welt {
         u.einstellungsDatei = einstellungen();
         u.argumente = std::move(argumente);
         u.ganzePlatte = false;
+        u.profil = Katalogprofil::macos;  // the fixture is a Mac home
         u.wecker = wecker;
         u.plattenstand = [p = platz](const fs::path&) { return p->lies(); };
         u.platte = [] { return std::optional<Platte>(); };
