@@ -53,8 +53,13 @@ int aufraeumen(const Kontext& k) {
     if (k.tempHinweis) warnung(*k.tempHinweis);
     Umgebung u{k.home, k.temp, Zugriff::vollzugriff(k.home), laufTest(), verlauf.imPapierkorb(), k.profil};
     Fortschritt fortschritt;
-    const auto ergebnisse = Katalog::pruefe(
-        u, [&](double anteil) { fortschritt.zeige(fmt::format("Prüfe … {:.0f} %", anteil * 100.0)); });
+    Steuerung steuerung;
+    const auto ergebnisse = imHintergrund([&] { return Katalog::pruefe(u, &steuerung); },
+                                          [&] {
+                                              if (steuerung.gesamt.load(std::memory_order_relaxed) > 0)
+                                                  fortschritt.zeige(
+                                                      fmt::format("Prüfe … {:.0f} %", steuerung.anteil() * 100.0));
+                                          });
     fortschritt.fertig();
 
     std::vector<Fund> funde;

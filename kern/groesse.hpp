@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 
+#include "kern/steuerung.hpp"
+
 namespace hainbrem::Groesse {
 
 namespace fs = std::filesystem;
@@ -40,15 +42,16 @@ using Besuch = std::function<Weiter(const Eintrag&)>;
 // contents (its ordnerEnde still follows); `abbrechen` stops at once.
 void durchlaufe(const fs::path& wurzel, const Besuch& besuch);
 
-// Allocated bytes (st_blocks × 512) of the item and everything below it; hard links once.
-// A folder that cannot be listed still counts its own blocks. Uses up to `faeden` threads.
-int64_t belegt(const fs::path& wurzel, unsigned faeden = 2);
-
 struct Messung {
     int64_t bytes = 0;
-    int64_t unlesbar = 0;  // entries that could not be read: the figure is a lower bound
+    int64_t unlesbar = 0;     // entries that could not be read: the figure is a lower bound
+    bool angehalten = false;  // stopped through the control: a lower bound as well
 };
-Messung miss(const fs::path& wurzel, unsigned faeden = 2);
+// Allocated bytes (st_blocks × 512) of the item and everything below it; hard links once.
+// A folder that cannot be listed still counts its own blocks. Uses up to `faeden` threads.
+// The control counts entries in `erledigt` and their bytes in `bytes`.
+Messung miss(const fs::path& wurzel, unsigned faeden = 2, Steuerung* steuerung = nullptr);
+int64_t belegt(const fs::path& wurzel, unsigned faeden = 2, Steuerung* steuerung = nullptr);
 
 // Bytes not shared with clones; absent where the file system cannot tell.
 std::optional<int64_t> privat(const fs::path& pfad);

@@ -7,14 +7,12 @@
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <cstring>
-#include <deque>
 #include <fstream>
 #include <functional>
 #include <sstream>
-#include <thread>
 
+#include "kern/arbeiter.hpp"
 #include "kern/rechnen.hpp"
 #include "kern/wanderer.hpp"
 #include "kern/text.hpp"
@@ -133,80 +131,14 @@ std::string ohneSchraegstrich(std::string s) {
     return s;
 }
 
-// ---- a small pool: idle threads wait for work; a thread waiting for its children helps ----
-
-class Werkstatt {
-public:
-    explicit Werkstatt(unsigned faeden) {
-        for (unsigned i = 1; i < faeden; ++i)
-            helfer_.emplace_back([this] { warte([this] { return ende_; }); });
-    }
-    ~Werkstatt() {
-        melde([this] { ende_ = true; });
-        for (auto& t : helfer_) t.join();
-    }
-
-    void gib(std::function<void()> arbeit) {
-        {
-            std::lock_guard lock(sperre_);
-            schlange_.push_back(std::move(arbeit));
-        }
-        cv_.notify_one();
-    }
-
-    // Changes what a waiter tests, under the lock, and wakes every waiter.
-    template <typename F>
-    void melde(F&& aenderung) {
-        {
-            std::lock_guard lock(sperre_);
-            aenderung();
-        }
-        cv_.notify_all();
-    }
-
-    // Runs queued work until `fertig()` holds (tested under the lock).
-    template <typename F>
-    void warte(F&& fertig) {
-        std::unique_lock lock(sperre_);
-        while (!fertig()) {
-            if (!schlange_.empty()) {
-                auto arbeit = std::move(schlange_.front());
-                schlange_.pop_front();
-                lock.unlock();
-                arbeit();
-                lock.lock();
-                continue;
-            }
-            hungrig_.fetch_add(1, std::memory_order_relaxed);
-            cv_.wait(lock);
-            hungrig_.fetch_sub(1, std::memory_order_relaxed);
-        }
-    }
-
-    // Someone is idle: worth handing over a subfolder.
-    bool hungrig() const { return hungrig_.load(std::memory_order_relaxed) > 0; }
-
-private:
-    std::mutex sperre_;
-    std::condition_variable cv_;
-    std::deque<std::function<void()>> schlange_;
-    std::atomic<int> hungrig_{0};
-    bool ende_ = false;
-    std::vector<std::thread> helfer_;
-};
-
-unsigned anzahlFaeden() {
-    const unsigned hw = std::thread::hardware_concurrency();
-    return std::clamp(hw, 2u, 8u);
-}
+unsigned anzahlFaeden() { return Arbeiter::kerne(2, 8); }
 
 struct Kontext {
     const Lauf& lauf;
     const std::set<std::string, std::less<>>& aufteilen;
     Sammler& sammler;
-    ScanFortschritt& fortschritt;
-    std::stop_token halt;
-    Werkstatt& werkstatt;
+    Steuerung& steuerung;
+    Arbeiter& arbeiter;
     std::string bibliothek;  // kandidatenWurzel + "/Library"
 };
 
@@ -241,7 +173,7 @@ void nebeneinander(Kontext& k, size_t n, F&& arbeit) {
     size_t naechster = 0;
     size_t fertig = 0;
     std::function<void(size_t)> starte = [&](size_t i) {
-        k.werkstatt.gib([&, i] {
+        k.arbeiter.gib([&, i] {
             arbeit(i);
             size_t weiter = n;
             {
@@ -249,7 +181,7 @@ void nebeneinander(Kontext& k, size_t n, F&& arbeit) {
                 if (naechster < n) weiter = naechster++;
             }
             if (weiter < n) starte(weiter);
-            k.werkstatt.melde([&] { ++fertig; });
+            k.arbeiter.melde([&] { ++fertig; });
         });
     };
     {
@@ -257,7 +189,7 @@ void nebeneinander(Kontext& k, size_t n, F&& arbeit) {
         naechster = std::min(n, maxGleichzeitig);
     }
     for (size_t i = 0; i < std::min(n, maxGleichzeitig); ++i) starte(i);
-    k.werkstatt.warte([&] { return fertig == n; });
+    k.arbeiter.warte([&] { return fertig == n; });
 }
 
 struct Abgabe {
@@ -343,7 +275,7 @@ private:
     }
     void gibFortschritt() {
         if (lokaleDateien_ == 0 && lokaleBytes_ == 0) return;
-        k_.fortschritt.dazu(lokaleDateien_, lokaleBytes_);
+        k_.steuerung.dazu(lokaleDateien_, lokaleBytes_);
         lokaleDateien_ = 0;
         lokaleBytes_ = 0;
     }
@@ -463,7 +395,7 @@ private:
     }
 
     Weiter besuche(const Eintrag& e) {
-        if (k_.halt.stop_requested()) return Weiter::abbrechen;
+        if (k_.steuerung.angehalten()) return Weiter::abbrechen;
         switch (e.art) {
             case EintragArt::datei: datei(e.pfad, *e.statt, Lage::ausserhalb); break;
             case EintragArt::ordnerAnfang: {
@@ -486,7 +418,7 @@ private:
     // After the walker announced a subfolder (its frame is on top): let an idle thread walk it.
     bool gibAb(int pfd, const char* name, const struct stat& st, const std::string& pfad) {
         // a folder without subfolders (link count 2) is quicker done here than handed over
-        if (paketTiefe_ >= 0 || st.st_nlink == 2 || !k_.werkstatt.hungrig()) return false;
+        if (paketTiefe_ >= 0 || st.st_nlink == 2 || !k_.arbeiter.hungrig()) return false;
         const int kfd = ::openat(pfd, name, intern::ordnerFlags);
         if (kfd < 0) return false;  // the walker reports it
         const Lage lage = oben().lage;
@@ -495,10 +427,10 @@ private:
         oben().abgaben.push_back(platz);
         alleAbgaben_.push_back(platz);
         Kontext& k = k_;
-        k_.werkstatt.gib([&k, platz, kfd, st, p = pfad, lage] {
+        k_.arbeiter.gib([&k, platz, kfd, st, p = pfad, lage] {
             Gang gang(k);
             auto knoten = gang.geh(kfd, st, p, lage);
-            k.werkstatt.melde([&] {
+            k.arbeiter.melde([&] {
                 platz->knoten = std::move(knoten);
                 platz->fertig = true;
             });
@@ -517,7 +449,7 @@ private:
         gibFortschritt();
         k_.sammler.dazu(std::move(grosse_), std::move(kandidaten_), unlesbar_);
         if (alleAbgaben_.empty()) return;
-        k_.werkstatt.warte([this] {
+        k_.arbeiter.warte([this] {
             return std::all_of(alleAbgaben_.begin(), alleAbgaben_.end(), [](const auto& a) { return a->fertig; });
         });
         // left in post-order, so every unfinished child is complete before its parent
@@ -561,7 +493,7 @@ bool wirdKind(const Knoten& k) {
 }
 
 Knoten::Zeiger teile(Kontext& k, const std::string& pfad) {
-    if (k.halt.stop_requested()) return nullptr;
+    if (k.steuerung.angehalten()) return nullptr;
     if (!k.aufteilen.contains(pfad)) return gehPfad(k, pfad);
     struct stat st;
     if (::lstat(pfad.c_str(), &st) != 0) {
@@ -573,7 +505,7 @@ Knoten::Zeiger teile(Kontext& k, const std::string& pfad) {
     if (plattform::istDatenlos(st)) return nullptr;
     auto knoten = std::make_shared<Knoten>(nameAus(pfad), pfad, true);
     knoten->bytes = bloecke(st);
-    k.fortschritt.dazu(0, knoten->bytes);
+    k.steuerung.dazu(0, knoten->bytes);
     const int fd = ::open(pfad.c_str(), intern::ordnerFlags);
     DIR* d = fd < 0 ? nullptr : ::fdopendir(fd);
     if (!d) {
@@ -617,10 +549,10 @@ Knoten::Zeiger teile(Kontext& k, const std::string& pfad) {
 
 // One scan: its own pool and collector; `wurzeln` are scanned side by side.
 struct Scan {
-    Scan(const Lauf& lauf, const std::set<std::string, std::less<>>& aufteilen, ScanFortschritt& f,
-         std::stop_token halt)
-        : werkstatt(anzahlFaeden()),
-          kontext{lauf, aufteilen, sammler, f, std::move(halt), werkstatt, lauf.kandidatenWurzel + "/Library"} {}
+    Scan(const Lauf& lauf, const std::set<std::string, std::less<>>& aufteilen, Steuerung* steuerung)
+        : s(steuerung ? *steuerung : ersatz),
+          arbeiter(anzahlFaeden()),
+          kontext{lauf, aufteilen, sammler, s, arbeiter, lauf.kandidatenWurzel + "/Library"} {}
 
     std::vector<Knoten::Zeiger> lauf(const std::vector<std::string>& wurzeln) {
         std::vector<Knoten::Zeiger> ergebnisse(wurzeln.size());
@@ -628,8 +560,10 @@ struct Scan {
         return ergebnisse;
     }
 
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s;
     Sammler sammler;
-    Werkstatt werkstatt;
+    Arbeiter arbeiter;
     Kontext kontext;
 };
 
@@ -710,8 +644,7 @@ void ergaenzeVolumes(Knoten& wurzel, const std::optional<Platte>& platte,
     }
 }
 
-TiefenscanErgebnis scanneLinuxPlatte(const fs::path& homePfad, bool vollzugriff, ScanFortschritt& fortschritt,
-                                     std::stop_token halt) {
+TiefenscanErgebnis scanneLinuxPlatte(const fs::path& homePfad, bool vollzugriff, Steuerung* steuerung) {
     const auto start = std::chrono::steady_clock::now();
     const std::string home = normiert(homePfad);
     const auto einhaengungen = einhaengungenAus(plattform::einhaengTabelle());
@@ -757,7 +690,7 @@ TiefenscanErgebnis scanneLinuxPlatte(const fs::path& homePfad, bool vollzugriff,
         aufteilen.insert(v.punkt);
         wurzeln.push_back(v.punkt);
     }
-    Scan scan(lauf, aufteilen, fortschritt, halt);
+    Scan scan(lauf, aufteilen, steuerung);
     const auto knoten = scan.lauf(wurzeln);
     const auto platte = Platte::lesen();
 
@@ -804,32 +737,30 @@ TiefenscanErgebnis scanneLinuxPlatte(const fs::path& homePfad, bool vollzugriff,
 }  // namespace
 
 Knoten::Zeiger scanne(const std::string& pfad, const std::set<std::string, std::less<>>& aufteilen,
-                      const Lauf& lauf, Sammler& sammler, ScanFortschritt& fortschritt, std::stop_token halt) {
-    Werkstatt werkstatt(anzahlFaeden());
-    Kontext k{lauf, aufteilen, sammler, fortschritt, std::move(halt), werkstatt, lauf.kandidatenWurzel + "/Library"};
+                      const Lauf& lauf, Sammler& sammler, Steuerung& steuerung) {
+    Arbeiter arbeiter(anzahlFaeden());
+    Kontext k{lauf, aufteilen, sammler, steuerung, arbeiter, lauf.kandidatenWurzel + "/Library"};
     return teile(k, pfad);
 }
 
-Knoten::Zeiger walk(const std::string& pfad, const Lauf& lauf, Sammler& sammler, ScanFortschritt& fortschritt,
-                    std::stop_token halt) {
-    return scanne(pfad, {}, lauf, sammler, fortschritt, std::move(halt));
+Knoten::Zeiger walk(const std::string& pfad, const Lauf& lauf, Sammler& sammler, Steuerung& steuerung) {
+    return scanne(pfad, {}, lauf, sammler, steuerung);
 }
 
 TiefenscanErgebnis scanneOrdner(const fs::path& pfad, const std::string& kandidatenWurzel,
-                                ScanFortschritt& fortschritt, std::stop_token halt) {
+                                Steuerung* steuerung) {
     CloudSchutz::aktivieren();
     const auto start = std::chrono::steady_clock::now();
     const std::string p = normiert(pfad);
     Lauf lauf;
     lauf.kandidatenWurzel = kandidatenWurzel.empty() ? std::string() : normiert(kandidatenWurzel);
     const std::set<std::string, std::less<>> aufteilen{p};
-    Scan scan(lauf, aufteilen, fortschritt, std::move(halt));
+    Scan scan(lauf, aufteilen, steuerung);
     auto knoten = scan.lauf({p});
     return ergebnis(knoten.front(), scan.sammler, start, {}, false);
 }
 
-TiefenscanErgebnis scanne(const fs::path& homePfad, bool vollzugriff, ScanFortschritt& fortschritt,
-                          std::stop_token halt) {
+TiefenscanErgebnis scanne(const fs::path& homePfad, bool vollzugriff, Steuerung* steuerung) {
     CloudSchutz::aktivieren();
     const auto start = std::chrono::steady_clock::now();
     const std::string home = normiert(homePfad);
@@ -839,18 +770,17 @@ TiefenscanErgebnis scanne(const fs::path& homePfad, bool vollzugriff, ScanFortsc
     lauf.aus.insert(ausgelassen.begin(), ausgelassen.end());
     lauf.kandidatenWurzel = home;
     const std::set<std::string, std::less<>> aufteilen{home, home + "/Library"};
-    Scan scan(lauf, aufteilen, fortschritt, std::move(halt));
+    Scan scan(lauf, aufteilen, steuerung);
     auto knoten = scan.lauf({home});
     return ergebnis(knoten.front(), scan.sammler, start, std::move(ausgelassen), false);
 }
 
-TiefenscanErgebnis scanneGanzePlatte(const fs::path& home, bool vollzugriff, ScanFortschritt& fortschritt,
-                                     std::stop_token halt) {
+TiefenscanErgebnis scanneGanzePlatte(const fs::path& home, bool vollzugriff, Steuerung* steuerung) {
     CloudSchutz::aktivieren();
     if constexpr (plattform::istMacOS)
-        return scanneMacPlatte(home, vollzugriff, fortschritt, std::move(halt), MacAufbau{}, Platte::lesen());
+        return scanneMacPlatte(home, vollzugriff, steuerung, MacAufbau{}, Platte::lesen());
     else
-        return scanneLinuxPlatte(home, vollzugriff, fortschritt, std::move(halt));
+        return scanneLinuxPlatte(home, vollzugriff, steuerung);
 }
 
 std::vector<Einhaengung> einhaengungenAus(std::string_view text) {
@@ -895,8 +825,8 @@ std::vector<std::pair<std::string, std::string>> firmlinksAus(std::string_view t
     return liste;
 }
 
-TiefenscanErgebnis scanneMacPlatte(const fs::path& homePfad, bool vollzugriff, ScanFortschritt& fortschritt,
-                                   std::stop_token halt, const MacAufbau& aufbau,
+TiefenscanErgebnis scanneMacPlatte(const fs::path& homePfad, bool vollzugriff, Steuerung* steuerung,
+                                   const MacAufbau& aufbau,
                                    const std::optional<Platte>& platte) {
     const auto start = std::chrono::steady_clock::now();
     const std::string& b = aufbau.basis;
@@ -948,7 +878,7 @@ TiefenscanErgebnis scanneMacPlatte(const fs::path& homePfad, bool vollzugriff, S
     const std::set<std::string, std::less<>> aufteilen{b + "/Users",   home,           home + "/Library",
                                                       b + "/Library", b + "/private", b + "/private/var",
                                                       b + "/Applications"};
-    Scan scan(lauf, aufteilen, fortschritt, std::move(halt));
+    Scan scan(lauf, aufteilen, steuerung);
     const auto knoten = scan.lauf(wurzeln);
 
     const Platte::Volume* system = platte ? platte->volume("System") : nullptr;

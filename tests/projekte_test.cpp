@@ -227,15 +227,18 @@ INSTANTIATE_TEST_SUITE_P(
                    "[Desktop Entry]\nType=Application\nExec=npm start\nPath=@P\n"}),
     [](const auto& fall) { return std::string(fall.param.art); });
 
-TEST(Projekte, AbbruchLiefertNichts) {
+TEST(Projekte, AnhaltenLiefertNurGanzGepruefte) {
     Welt w;
     w.projekt("Projects/web", "node_modules", "package.json");
-    std::atomic<int> fragen{0};
-    EXPECT_TRUE(Projekte::sammle(6, w.umgebung, [] { return true; }).empty());
-    // cancelled halfway through the walk: still nothing, not a partial list
-    EXPECT_TRUE(Projekte::sammle(6, w.umgebung, [&] { return ++fragen > 3; }).empty());
-    EXPECT_TRUE(Projekte::finde(w.umgebung, 6, [] { return true; }).empty());
+    std::stop_source stopp;
+    stopp.request_stop();
+    Steuerung s(stopp.get_token());
+    EXPECT_TRUE(Projekte::sammle(6, w.umgebung, &s).empty());
+    EXPECT_TRUE(Projekte::finde(w.umgebung, 6, &s).empty());
+    Steuerung voll;
     EXPECT_EQ(Projekte::sammle(6, w.umgebung).size(), 1u);
+    EXPECT_EQ(Projekte::finde(w.umgebung, 6, &voll).size(), 1u);
+    EXPECT_EQ(voll.anteil(), 1.0);
 }
 
 // ---------------------------------------------------------------- service file parsers

@@ -1,7 +1,7 @@
 #pragma once
 // The one place where the model calls into the core's long operations. Each takes a
-// `Steuerung`: the model stops it through `halt` and polls its counters. Where a core call
-// still speaks in callbacks or its own counters, it is adapted here and nowhere else.
+// `Steuerung`: the model stops it through `halt` and polls its counters. Where one action runs
+// several core calls, its parts are counted here.
 #include <filesystem>
 #include <optional>
 #include <string>
