@@ -105,7 +105,11 @@ Posten Entsorger::entsorgeEins(const Fund& fund, const std::function<void(const 
     return p;
 }
 
-Runde Entsorger::entsorge(const std::vector<Fund>& funde, const std::string& titel, const fs::path& ort) {
+Runde Entsorger::entsorge(const std::vector<Fund>& funde, const std::string& titel, const fs::path& ort,
+                          Steuerung* steuerung) {
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s = steuerung ? *steuerung : ersatz;
+    s.gesamt.store(static_cast<int64_t>(funde.size()), std::memory_order_relaxed);
     Runde runde;
     runde.id = neueKennung();
     runde.titel = titel;
@@ -120,6 +124,8 @@ Runde Entsorger::entsorge(const std::vector<Fund>& funde, const std::string& tit
         verlauf.speichern();  // on disk before the first file is touched
     }
     for (size_t i = 0; i < funde.size(); ++i) {
+        // only between items: an item once begun is carried through, so the record is whole
+        if (s.angehalten()) break;
         bool vorgemerkt = false;
         auto vormerken = [&](const Posten& v) {
             runde.posten.push_back(v);
@@ -134,6 +140,7 @@ Runde Entsorger::entsorge(const std::vector<Fund>& funde, const std::string& tit
             verlauf.ersetzen(runde);
             verlauf.speichern();
         }
+        s.dazu(1, p.bytes);
         if (fortschritt) fortschritt(i, funde.size(), runde.posten.back());
     }
     if (probelauf) runde.freiNachher = addiere(runde.freiVorher, runde.erwartet());

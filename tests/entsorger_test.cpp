@@ -146,6 +146,25 @@ TEST(EntsorgerTest, ProbelaufFasstNichtsAn) {
     EXPECT_FALSE(r.posten[0].imPapierkorb);
 }
 
+TEST(EntsorgerTest, AngehaltenZwischenZweiPosten) {
+    Welt w;
+    std::stop_source stopp;
+    Steuerung s(stopp.get_token());
+    // asked while the second item runs: that one is carried through, the rest stays
+    w.entsorger.laeuft = [&](const std::string&) { return stopp.request_stop() && false; };
+    std::vector<Fund> funde;
+    for (int i = 0; i < 4; ++i)
+        funde.push_back(fund(w.datei(".cache/d" + std::to_string(i), 10), Entsorgung::loeschen,
+                             i == 1 ? std::optional<std::string>("x") : std::nullopt));
+    const Runde r = w.entsorger.entsorge(funde, "Angehalten", w.home, &s);
+    ASSERT_EQ(r.posten.size(), 2u);
+    EXPECT_FALSE(fs::exists(funde[1].url));
+    EXPECT_TRUE(fs::exists(funde[2].url));
+    EXPECT_EQ(Verlauf(w.verlauf.datei()).runde(r.id), r);  // stored whole, measured after the last item
+    EXPECT_EQ(s.erledigt.load(), 2);
+    EXPECT_EQ(s.gesamt.load(), 4);
+}
+
 TEST(EntsorgerTest, RueckgaengigBelegtUndGeleert) {
     Welt w;
     const fs::path a = w.datei("Projekte/a.txt", 100);

@@ -57,11 +57,7 @@ std::optional<Platte> platte() { return Platte::lesen(); }
 
 Runde entsorgen(Entsorger& entsorger, const std::vector<Fund>& funde, const std::string& titel, const fs::path& ort,
                 Steuerung& st) {
-    st.gesamt = static_cast<int64_t>(funde.size());
-    entsorger.fortschritt = [&](size_t, size_t, const Posten& p) { st.dazu(1, p.bytes); };
-    Runde r = entsorger.entsorge(funde, titel, ort);
-    entsorger.fortschritt = nullptr;
-    return r;
+    return entsorger.entsorge(funde, titel, ort, &st);
 }
 
 Entsorger::Rueckgabe rueckgaengig(Entsorger& entsorger, const std::string& id, Steuerung& st) {

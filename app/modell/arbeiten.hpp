@@ -52,7 +52,7 @@ std::pair<int, int> auslagern(const std::vector<fs::path>& dateien, Steuerung& s
 
 std::optional<Platte> platte();
 
-// Disposal is never stopped halfway: a round always ends recorded.
+// Disposal stops only between two items: a round always ends recorded.
 Runde entsorgen(Entsorger& entsorger, const std::vector<Fund>& funde, const std::string& titel, const fs::path& ort,
                 Steuerung& st);
 Entsorger::Rueckgabe rueckgaengig(Entsorger& entsorger, const std::string& id, Steuerung& st);
