@@ -7,6 +7,7 @@
 #include <cctype>
 #include <ctime>
 
+#include "basis/pfade.hpp"
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
 #include "cli/runde.hpp"
@@ -205,23 +206,19 @@ const bool verlaufRegistriert = registriere({
 
 std::string rueckgaengigId;
 
-std::string gross(std::string s) {
-    for (auto& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    return s;
-}
-
 int rueckgaengig(const Kontext& k) {
     Verlauf verlauf(Verlauf::standardDatei(k.home));
     warneUnlesbar(verlauf);
     // the whole id, or a unique beginning of at least 4 characters
-    const std::string gesucht = gross(rueckgaengigId);
+    const std::string& gesucht = rueckgaengigId;
     std::vector<std::string> treffer;
     for (const auto& r : verlauf.runden()) {
-        if (gross(r.id) == gesucht) {
+        if (gleichOhneFall(r.id, gesucht)) {
             treffer = {r.id};
             break;
         }
-        if (gesucht.size() >= 4 && gross(r.id).starts_with(gesucht)) treffer.push_back(r.id);
+        if (gesucht.size() >= 4 && gleichOhneFall(std::string_view(r.id).substr(0, gesucht.size()), gesucht))
+            treffer.push_back(r.id);
     }
     if (treffer.empty()) return fehler("Keine Runde mit der Kennung „" + rueckgaengigId + "“ im Verlauf.");
     if (treffer.size() > 1) return fehler("„" + rueckgaengigId + "“ passt zu mehreren Runden – bitte länger angeben.");

@@ -14,6 +14,7 @@
 #include <mutex>
 #include <vector>
 
+#include "basis/pfade.hpp"
 #include "kern/arbeiter.hpp"
 #include "kern/groesse.hpp"
 #include "plattform/dateisystem.hpp"
@@ -44,16 +45,6 @@ std::string fehlerText(int nummer) {
     }
 }
 
-namespace {
-
-bool liegtIn(const std::string& pfad, std::string ordner) {
-    while (ordner.size() > 1 && ordner.back() == '/') ordner.pop_back();
-    if (ordner == "/") return true;
-    return pfad == ordner || (pfad.size() > ordner.size() && pfad.starts_with(ordner) && pfad[ordner.size()] == '/');
-}
-
-}  // namespace
-
 bool imEchtenHomeWaehrendTest(const fs::path& pfad) {
     const char* test = std::getenv("HAINBREM_TEST");
     if (!test || std::string_view(test) != "1") return false;
@@ -61,18 +52,19 @@ bool imEchtenHomeWaehrendTest(const fs::path& pfad) {
     if (!pw || !pw->pw_dir || !*pw->pw_dir) return true;  // unknown: refuse rather than guess
     const std::string echt = fs::path(pw->pw_dir).lexically_normal().native();
     const fs::path absolut = pfad.is_absolute() ? pfad : fs::current_path() / pfad;
-    if (liegtIn(absolut.lexically_normal().native(), echt)) return true;
+    if (liegtInOderIst(absolut.lexically_normal().native(), echt)) return true;
     // also through links in the parent chain, resolved as text and as the kernel resolves them
     std::error_code e;
     const fs::path echtReal = fs::weakly_canonical(pw->pw_dir, e);
     if (echtReal.empty()) return true;
     const fs::path elternReal = fs::weakly_canonical(absolut.lexically_normal().parent_path(), e);
-    if (!elternReal.empty() && liegtIn((elternReal / absolut.filename()).native(), echtReal.native())) return true;
+    if (!elternReal.empty() && liegtInOderIst((elternReal / absolut.filename()).native(), echtReal.native()))
+        return true;
     const std::string& roh = absolut.native();
     const size_t schnitt = roh.rfind('/');
     const std::string elternRoh = schnitt == 0 ? "/" : roh.substr(0, schnitt);
     std::unique_ptr<char, decltype(&std::free)> kern(::realpath(elternRoh.c_str(), nullptr), &std::free);
-    return kern && liegtIn(std::string(kern.get()) + "/" + roh.substr(schnitt + 1), echtReal.native());
+    return kern && liegtInOderIst(std::string(kern.get()) + "/" + roh.substr(schnitt + 1), echtReal.native());
 }
 
 namespace {

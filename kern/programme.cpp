@@ -7,6 +7,7 @@
 #include <map>
 #include <system_error>
 
+#include "basis/pfade.hpp"
 #include "kern/arbeiter.hpp"
 #include "kern/befehl.hpp"
 #include "kern/eigenschaftsliste.hpp"
@@ -44,12 +45,6 @@ std::string Verwaist::vermuteterName() const { return Programme::vermuteterName(
 namespace Programme {
 
 namespace {
-
-std::string klein(std::string_view s) {
-    std::string aus(s);
-    for (auto& c : aus) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return aus;
-}
 
 bool gehoertZu(std::string_view kennung, std::string_view id) {
     return !id.empty() && (kennung == id || (kennung.size() > id.size() && kennung.starts_with(id) &&

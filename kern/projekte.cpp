@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+#include "basis/pfade.hpp"
 #include "kern/arbeiter.hpp"
 #include "kern/dienste.hpp"
 #include "kern/groesse.hpp"
@@ -119,9 +120,8 @@ std::vector<Bauabfall> finde(const Umgebung& umgebung, int tiefe, Steuerung* ste
         Bauabfall& b = ergebnis[i];
         b.projekt = projekt;
         b.zuletzt = juengsteAenderung(projekt, ordner.filename().native());
-        const bool genutzt = std::any_of(dienste.begin(), dienste.end(), [&](const std::string& d) {
-            return Dienste::liegtIn(d, projekt.native());
-        });
+        const bool genutzt = std::any_of(dienste.begin(), dienste.end(),
+                                         [&](const std::string& d) { return liegtInOderIst(d, projekt.native()); });
         b.fund.url = ordner;
         b.fund.art = Entsorgung::loeschen;
         Steuerung innen(s.halt);  // counts entries, which are no candidates

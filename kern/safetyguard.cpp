@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "basis/pfade.hpp"
 #include "kern/eigenschaftsliste.hpp"
 #include "kern/namen.hpp"
 #include "plattform/plattform.hpp"
@@ -23,31 +24,9 @@ constexpr std::string_view chromeVersionen =
 constexpr std::string_view chromeKopien = "X/com.google.Chrome.code_sign_clone";
 constexpr std::string_view mailAnhaenge = "library/containers/com.apple.mail/data/library/mail downloads";
 
-// Every table name is ASCII, so ASCII lower-casing is all the comparisons need.
-std::string klein(std::string_view s) {
-    std::string r(s);
-    for (char& c : r)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return r;
-}
-
-bool gleichOhneFall(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) return false;
-    for (size_t i = 0; i < a.size(); ++i) {
-        char x = a[i], y = b[i];
-        if (x >= 'A' && x <= 'Z') x = static_cast<char>(x - 'A' + 'a');
-        if (y >= 'A' && y <= 'Z') y = static_cast<char>(y - 'A' + 'a');
-        if (x != y) return false;
-    }
-    return true;
-}
-
-// `pfad` lies strictly below `ordner` (not the folder itself).
-bool liegtUnter(std::string_view pfad, std::string_view ordner) {
-    return pfad.size() > ordner.size() + 1 && pfad.starts_with(ordner) && pfad[ordner.size()] == '/';
-}
-
-bool gleichOderUnter(std::string_view rel, std::string_view wurzel) { return rel == wurzel || liegtUnter(rel, wurzel); }
+// Below the home or temp folder. A root given as either would hand the whole disk to their
+// rules, so it holds nothing here.
+bool liegtUnter(std::string_view pfad, std::string_view ordner) { return ordner != "/" && liegtIn(pfad, ordner); }
 
 std::optional<std::string> echterPfad(const std::string& pfad) {
     std::unique_ptr<char, decltype(&std::free)> echt(::realpath(pfad.c_str(), nullptr), &std::free);
@@ -57,9 +36,7 @@ std::optional<std::string> echterPfad(const std::string& pfad) {
 
 std::string aufgeloestOderGegeben(const fs::path& p) {
     if (auto echt = echterPfad(p.native())) return *echt;
-    std::string s = p.native();
-    while (s.size() > 1 && s.back() == '/') s.pop_back();
-    return s;
+    return std::string(ohneSchraegstrichAmEnde(p.native()));
 }
 
 // Calls `f(name)` for every entry but "." and ".."; `f` returns false to stop. False when the
@@ -123,12 +100,9 @@ int vergleicheVersion(std::string_view a, std::string_view b) {
 
 // The part of `p` below home, from the home as given or as resolved; empty when outside.
 std::string relativZuHomeGenau(const fs::path& p, const fs::path& gegeben, const std::string& echt) {
-    std::string s = p.lexically_normal().native();
-    while (s.size() > 1 && s.back() == '/') s.pop_back();
-    std::string g = gegeben.lexically_normal().native();
-    while (g.size() > 1 && g.back() == '/') g.pop_back();
-    for (const std::string& basis : {g, echt})
-        if (liegtUnter(s, basis)) return s.substr(basis.size() + 1);
+    const std::string s = p.lexically_normal().native();
+    for (const std::string& basis : {gegeben.lexically_normal().native(), echt})
+        if (liegtUnter(s, basis)) return std::string(relativ(s, basis));
     return {};
 }
 
@@ -202,7 +176,7 @@ Urteil SafetyGuard::pruefe(const fs::path& url, Entsorgung art) const {
     const std::string pfad = *eltern == "/" ? "/" + name : *eltern + "/" + name;
 
     if (pfad == home_) return pruefeImHome(pfad, "", art);
-    if (liegtUnter(pfad, home_)) return pruefeImHome(pfad, pfad.substr(home_.size() + 1), art);
+    if (liegtUnter(pfad, home_)) return pruefeImHome(pfad, std::string(relativ(pfad, home_)), art);
 
     if (liegtUnter(pfad, temp_)) return pruefeTemp(pfad, art);
     if (profil_ == Katalogprofil::linuxDesktop && liegtUnter(pfad, absturzOrdner_)) return pruefeAbsturz(pfad, art);
@@ -259,16 +233,16 @@ Urteil SafetyGuard::pruefeImHome(const std::string& pfad, const std::string& rel
         return Urteil::abgelehnt("Grundordner der Library bleiben immer");
 
     // Mail attachments may go, the folder holding them stays.
-    if (!liegtUnter(relKlein, mailAnhaenge) && (relKlein.starts_with("library/group containers/group.com.apple.") ||
-                                                relKlein.starts_with("library/containers/com.apple.")))
+    if (!liegtIn(relKlein, mailAnhaenge) && (relKlein.starts_with("library/group containers/group.com.apple.") ||
+                                             relKlein.starts_with("library/containers/com.apple.")))
         return Urteil::abgelehnt("Daten eines Apple-Programms");
 
     for (std::string_view zone : Namen::sperrzonen)
-        if (gleichOderUnter(relKlein, klein(zone)))
+        if (liegtInOderIst(relKlein, klein(zone)))
             return Urteil::abgelehnt(zone.starts_with("Library/Mobile Documents")
                                          ? "iCloud-Dateien werden nur ausgelagert, nie gelöscht"
                                          : "Geschützter Bereich");
-    if (!verlaufRel_.empty() && gleichOderUnter(relKlein, verlaufRel_)) return Urteil::abgelehnt("Geschützter Bereich");
+    if (!verlaufRel_.empty() && liegtInOderIst(relKlein, verlaufRel_)) return Urteil::abgelehnt("Geschützter Bereich");
 
     for (const std::string& t : teile)
         if (klein(t) == ".git") return Urteil::abgelehnt("Liegt in einem Git-Archiv");
@@ -286,7 +260,7 @@ Urteil SafetyGuard::pruefeImHome(const std::string& pfad, const std::string& rel
 Urteil SafetyGuard::darfLoeschen(const std::string& pfad, const std::string& rel,
                                  const std::vector<std::string>& teile) const {
     const auto wurzelUrteil = [&](std::string_view w, bool nurInhalt) -> std::optional<Urteil> {
-        if (!gleichOderUnter(rel, w)) return std::nullopt;
+        if (!liegtInOderIst(rel, w)) return std::nullopt;
         if (rel == w && nurInhalt) return Urteil::abgelehnt("Nur der Inhalt, nicht der Ordner selbst");
         if (w == "Library/Caches") {
             const std::string& b = teile[2];
@@ -304,7 +278,7 @@ Urteil SafetyGuard::darfLoeschen(const std::string& pfad, const std::string& rel
     // The Linux Trash (and its records) is treated like ~/.Trash. This allows deleting, so only
     // the exact spelling counts: on a case-sensitive disk ".../TRASH/files" is somebody's folder.
     for (const std::string* w : {&papierkorbGenau_, &papierkorbInfoGenau_})
-        if (!w->empty() && gleichOderUnter(rel, *w))
+        if (!w->empty() && liegtInOderIst(rel, *w))
             return rel == *w ? Urteil::abgelehnt("Nur der Inhalt, nicht der Ordner selbst") : Urteil::erlaubt();
 
     if (profil_ == Katalogprofil::linuxDesktop)
@@ -375,7 +349,7 @@ std::optional<Urteil> SafetyGuard::darfLoeschenLinux(const std::string& pfad, co
 
 Urteil SafetyGuard::pruefeProgramm(const std::string& pfad, Entsorgung art) const {
     const std::string versionen = programme_ + std::string(chromeVersionen);
-    if (liegtUnter(pfad, versionen)) {
+    if (liegtIn(pfad, versionen)) {
         const std::string r = pfad.substr(versionen.size() + 1);
         if (r.find('/') == std::string::npos) {
             if (art == Entsorgung::papierkorb) return Urteil::abgelehnt("Wird gelöscht, nicht verschoben");
@@ -395,7 +369,7 @@ Urteil SafetyGuard::pruefeProgramm(const std::string& pfad, Entsorgung art) cons
     // home named "john.appleseed" keeps its ~/Applications.
     std::string_view innen = eltern;
     for (const std::string& basis : {programme_, home_ + "/Applications"})
-        if (eltern == basis || liegtUnter(eltern, basis)) {
+        if (liegtInOderIst(eltern, basis)) {
             innen.remove_prefix(basis.size());
             break;
         }

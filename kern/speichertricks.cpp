@@ -6,6 +6,7 @@
 #include <ctime>
 #include <map>
 
+#include "basis/pfade.hpp"
 #include "kern/befehl.hpp"
 #include "kern/groesse.hpp"
 #include "kern/plattenstand.hpp"
@@ -63,18 +64,13 @@ std::string anzeigeName(const fs::path& datei, const fs::path& home) {
         if (schnitt == std::string_view::npos) return "iCloud Drive";
         return "iCloud Drive/" + std::string(rest.substr(0, schnitt));
     }
-    const std::string mobil = (home / "Library/Mobile Documents").native() + "/";
-    if (p.starts_with(mobil)) {
-        std::string_view container = std::string_view(p).substr(mobil.size());
+    if (std::string_view container = relativ(p, (home / "Library/Mobile Documents").native()); !container.empty()) {
         container = container.substr(0, container.find('/'));
         const size_t tilde = container.rfind('~');
         return "App: " + std::string(tilde == std::string_view::npos ? container : container.substr(tilde + 1));
     }
-    const std::string h = home.native() + "/";
-    if (p.starts_with(h)) {
-        const std::string_view rel = std::string_view(p).substr(h.size());
+    if (const std::string_view rel = relativ(p, home.native()); !rel.empty())
         return std::string(rel.substr(0, rel.find('/')));
-    }
     return datei.parent_path().filename().native();
 }
 

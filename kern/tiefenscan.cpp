@@ -12,10 +12,11 @@
 #include <functional>
 #include <sstream>
 
+#include "basis/pfade.hpp"
 #include "kern/arbeiter.hpp"
 #include "kern/rechnen.hpp"
-#include "kern/wanderer.hpp"
 #include "kern/text.hpp"
+#include "kern/wanderer.hpp"
 #include "plattform/plattform.hpp"
 #include "plattform/scan.hpp"
 
@@ -119,18 +120,6 @@ std::string kindPfad(const std::string& eltern, std::string_view name) {
     return p;
 }
 
-// `pfad` is `basis` or lies below it.
-bool liegtIn(std::string_view pfad, std::string_view basis) {
-    if (basis.empty()) return false;
-    if (basis == "/") return pfad.starts_with('/');
-    return pfad.starts_with(basis) && (pfad.size() == basis.size() || pfad[basis.size()] == '/');
-}
-
-std::string ohneSchraegstrich(std::string s) {
-    while (s.size() > 1 && s.back() == '/') s.pop_back();
-    return s;
-}
-
 unsigned anzahlFaeden() { return Arbeiter::kerne(2, 8); }
 
 struct Kontext {
@@ -148,9 +137,9 @@ enum class Lage : uint8_t { ausserhalb, oberhalb, innen, bibliothek };
 Lage lageVon(std::string_view pfad, const Kontext& k) {
     const std::string& w = k.lauf.kandidatenWurzel;
     if (w.empty()) return Lage::ausserhalb;
-    if (liegtIn(pfad, k.bibliothek)) return Lage::bibliothek;
-    if (liegtIn(pfad, w)) return Lage::innen;
-    if (liegtIn(w, pfad)) return Lage::oberhalb;
+    if (liegtInOderIst(pfad, k.bibliothek)) return Lage::bibliothek;
+    if (liegtInOderIst(pfad, w)) return Lage::innen;
+    if (liegtInOderIst(w, pfad)) return Lage::oberhalb;
     return Lage::ausserhalb;
 }
 
@@ -596,7 +585,7 @@ std::vector<std::string> containerOrdner(const std::string& home) {
 std::string normiert(const fs::path& p) {
     std::error_code f;
     const fs::path echt = fs::canonical(p, f);
-    return ohneSchraegstrich(f ? p.native() : echt.native());
+    return std::string(ohneSchraegstrichAmEnde(f ? p.native() : echt.native()));
 }
 
 std::string dateiText(const std::string& pfad) {
@@ -670,7 +659,7 @@ TiefenscanErgebnis scanneLinuxPlatte(const fs::path& homePfad, bool vollzugriff,
     nimm("/", wurzelQuelle);
     for (const auto& e : einhaengungen) {
         if (e.punkt == "/" || !e.quelle.starts_with("/dev/")) continue;
-        if (std::any_of(pseudo.begin(), pseudo.end(), [&](auto p) { return liegtIn(e.punkt, p); })) continue;
+        if (std::any_of(pseudo.begin(), pseudo.end(), [&](auto p) { return liegtInOderIst(e.punkt, p); })) continue;
         if (!platteName || plattform::plattenName(e.quelle) != platteName) continue;
         nimm(e.punkt, e.quelle);
     }
@@ -830,7 +819,7 @@ TiefenscanErgebnis scanneMacPlatte(const fs::path& homePfad, bool vollzugriff, S
                                    const std::optional<Platte>& platte) {
     const auto start = std::chrono::steady_clock::now();
     const std::string& b = aufbau.basis;
-    const std::string home = ohneSchraegstrich(homePfad.native());
+    const std::string home(ohneSchraegstrichAmEnde(homePfad.native()));
     const std::string datenPfad = b + aufbau.datenVolume;
     Lauf lauf;
     struct stat dst {};
