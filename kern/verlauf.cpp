@@ -15,8 +15,8 @@
 #include <random>
 #include <sstream>
 
-#include "kern/loeschen.hpp"
 #include "kern/rechnen.hpp"
+#include "kern/testsperre.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem {
