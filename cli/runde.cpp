@@ -17,6 +17,7 @@ json alsJson(const Posten& p) {
     j["imPapierkorb"] = p.imPapierkorb ? json(*p.imPapierkorb) : json(nullptr);
     j["fehler"] = p.fehler ? json(*p.fehler) : json(nullptr);
     j["zurueckgelegt"] = p.zurueckgelegt;
+    j["ergebnis"] = std::string(rohwert(p.ergebnis));
     return j;
 }
 

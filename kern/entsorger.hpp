@@ -55,15 +55,6 @@ public:
     static std::optional<std::string> loesche(const std::filesystem::path& url);
     static bool istSymlink(const std::filesystem::path& url);
 
-    // Recorded for a Trash item before it moves; replaced once the move is done. Seen only if
-    // the process died in between.
-    static constexpr const char* unterbrochenText = "Unterbrochen – das Verschieben in den Papierkorb wurde nicht beendet";
-    static constexpr const char* schonWegText = "Schon weg";
-    static constexpr const char* laeuftText = " läuft gerade – übersprungen";
-    static std::string benutztText(const std::string& programm) {
-        return "Wird gerade von " + programm + " benutzt – bleibt liegen";
-    }
-
 private:
     // `vormerken` (may be empty) receives a Trash item's record before the item moves.
     Posten entsorgeEins(const Fund& fund, const std::function<void(const Posten&)>& vormerken);

@@ -78,9 +78,10 @@ public:
     void beobachte(std::function<void(const std::vector<Runde>&)> beobachter);
 
     // The file format. `dekodiere` is strict: any missing key, wrong type, unknown "art" or
-    // date that is not ISO 8601 makes the whole text unreadable. Paths that are not valid
-    // UTF-8 are written with their bad bytes replaced and, beside them, their exact bytes in
-    // Base64 ("pfadBase64", "imPapierkorbBase64"), which win on reading.
+    // date that is not ISO 8601 makes the whole text unreadable. Only an item's "ergebnis" may
+    // be missing (files from before it) or unknown: then it is read from the item's text. Paths
+    // that are not valid UTF-8 are written with their bad bytes replaced and, beside them, their
+    // exact bytes in Base64 ("pfadBase64", "imPapierkorbBase64"), which win on reading.
     static std::string kodiere(const std::vector<Runde>& runden);
     static std::optional<std::vector<Runde>> dekodiere(std::string_view text);
 

@@ -86,6 +86,11 @@ TEST(EntsorgerTest, GanzeRundeUndRueckgaengig) {
     EXPECT_EQ(r.imPapierkorbBytes(), r.posten[0].bytes + r.posten[1].bytes);
     EXPECT_TRUE(r.kannRueckgaengig());
     EXPECT_EQ(r.fehlerAnzahl(), 3u);
+    using E = PostenErgebnis;
+    std::vector<E> ergebnisse;
+    for (const auto& p : r.posten) ergebnisse.push_back(p.ergebnis);
+    EXPECT_EQ(ergebnisse, (std::vector<E>{E::imPapierkorb, E::imPapierkorb, E::entfernt, E::entfernt, E::schonWeg,
+                                          E::laeuft, E::abgelehnt}));
 
     // on disk exactly as returned, and the Trash paths feed the next check
     Verlauf geladen(w.verlauf.datei());
@@ -112,7 +117,7 @@ TEST(EntsorgerTest, Speicherpunkte) {
     std::vector<std::pair<size_t, bool>> gesehen;
     w.verlauf.beobachte([&](const std::vector<Runde>& runden) {
         const auto& p = runden.front().posten;
-        gesehen.emplace_back(p.size(), !p.empty() && p.back().fehler == Entsorger::unterbrochenText);
+        gesehen.emplace_back(p.size(), !p.empty() && p.back().ergebnis == PostenErgebnis::unterbrochen);
     });
     std::vector<Fund> loeschen;
     for (int i = 0; i < 45; ++i) loeschen.push_back(fund(w.datei(".cache/d" + std::to_string(i), 10), Entsorgung::loeschen));
@@ -190,6 +195,7 @@ TEST(EntsorgerTest, EchtesHomeIstImTestGesperrt) {
     Entsorger e(SafetyGuard(pw->pw_dir, t.pfad()), v);
     const Posten p = e.entsorge(fund(fs::path(pw->pw_dir) / ".cache/hainbrem-gibt-es-nicht", Entsorgung::loeschen));
     EXPECT_EQ(p.fehler, testSperreText);
+    EXPECT_EQ(p.ergebnis, PostenErgebnis::abgelehnt);
 }
 
 std::vector<char*> zeiger(std::vector<std::string>& texte) {
