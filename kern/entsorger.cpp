@@ -137,6 +137,7 @@ Runde Entsorger::entsorge(const std::vector<Fund>& funde, const std::string& tit
     }
     if (probelauf) runde.freiNachher = addiere(runde.freiVorher, runde.erwartet());
     else runde.freiNachher = Plattenstand::jetzt(ort).echtFrei;
+    runde.pruefeRueckgaengig();
     if (speichern) {
         verlauf.ersetzen(runde);
         verlauf.speichern();
@@ -180,6 +181,7 @@ Entsorger::Rueckgabe Entsorger::rueckgaengig(const std::string& id) {
             r.fehler.push_back(name + ": " + ok.error());
         }
     }
+    runde->pruefeRueckgaengig();
     verlauf.ersetzen(*runde);
     verlauf.speichern();
     return r;

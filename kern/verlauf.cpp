@@ -42,13 +42,11 @@ int64_t Runde::imPapierkorbBytes() const {
     return s;
 }
 
-bool Runde::kannRueckgaengig() const {
-    for (const auto& p : posten) {
-        if (!p.imPapierkorb || p.zurueckgelegt) continue;
+void Runde::pruefeRueckgaengig() {
+    papierkorbBefund.wert = std::any_of(posten.begin(), posten.end(), [](const Posten& p) {
         struct stat st;
-        if (::lstat(p.imPapierkorb->c_str(), &st) == 0) return true;
-    }
-    return false;
+        return p.imPapierkorb && !p.zurueckgelegt && ::lstat(p.imPapierkorb->c_str(), &st) == 0;
+    });
 }
 
 size_t Runde::fehlerAnzahl() const {
@@ -377,6 +375,7 @@ Lesen leseDatei(const fs::path& datei, std::vector<Runde>& runden) {
     auto r = Verlauf::dekodiere(puffer.str());
     if (!r) return Lesen::unlesbar;
     runden = std::move(*r);
+    for (auto& runde : runden) runde.pruefeRueckgaengig();
     return Lesen::gelesen;
 }
 

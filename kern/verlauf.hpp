@@ -27,10 +27,21 @@ struct Runde {
     int64_t gewonnen() const;
     int64_t erwartet() const;
     int64_t imPapierkorbBytes() const;
-    // Some Trash item of this round is not put back and still lies in the Trash.
-    bool kannRueckgaengig() const;
+    // Some Trash item of this round is not put back and still lies in the Trash. Found out when
+    // the round was read from the history or finished by the disposer (`pruefeRueckgaengig`), so
+    // showing it never touches the disk.
+    bool kannRueckgaengig() const { return papierkorbBefund.wert; }
+    void pruefeRueckgaengig();
     // Number of items with an error.
     size_t fehlerAnzahl() const;
+
+    // What the Trash held when last looked at: no part of the record, so rounds compare equal
+    // whenever they were looked at.
+    struct Befund {
+        bool wert = false;
+        bool operator==(const Befund&) const { return true; }
+    };
+    Befund papierkorbBefund{};
 
     bool operator==(const Runde&) const = default;
 };

@@ -201,6 +201,18 @@ TEST(VerlaufTest, PfadeOhneUtf8UeberlebenDenRundgang) {
     EXPECT_EQ(geladen.imPapierkorb(), std::set<std::string>{});  // the item was put back
 }
 
+TEST(VerlaufTest, RueckgaengigWirdBeimLesenFestgestellt) {
+    Testordner t;
+    Runde r = beispiel();
+    r.posten[1].zurueckgelegt = false;
+    r.posten[1].imPapierkorb = t.datei("Trash/b").native();
+    schreibe(t / "verlauf.json", Verlauf::kodiere({r}));
+    const Verlauf v(t / "verlauf.json");
+    fs::remove(t / "Trash/b");
+    EXPECT_TRUE(v.runden().front().kannRueckgaengig());  // as read: showing it looks at nothing
+    EXPECT_FALSE(Verlauf(t / "verlauf.json").runden().front().kannRueckgaengig());
+}
+
 TEST(VerlaufTest, OrdnerWirdAngelegtErsetzenUnbekannterRundeAendertNichts) {
     Testordner t;
     const fs::path datei = t / "neu/tief/verlauf.json";
