@@ -16,6 +16,7 @@
 #include "kern/bestaetigung.hpp"
 #include "kern/entsorger.hpp"
 #include "kern/loeschen.hpp"
+#include "kern/runde.hpp"
 #include "plattform/papierkorb.hpp"
 #include "plattform/plattform.hpp"
 #include "fixture_home.hpp"
@@ -168,6 +169,22 @@ TEST(EntsorgerTest, AngehaltenZwischenZweiPosten) {
     EXPECT_EQ(Verlauf(w.verlauf.datei()).runde(r.id), r);  // stored whole, measured after the last item
     EXPECT_EQ(s.erledigt.load(), 2);
     EXPECT_EQ(s.gesamt.load(), 4);
+}
+
+TEST(EntsorgerTest, RundengangVonDerBestaetigungZumErgebnis) {
+    Welt w;
+    const std::vector<Fund> funde{fund(w.datei(".cache/a", 5000), Entsorgung::loeschen),
+                                  fund(w.datei(".cache/s", 5000), Entsorgung::loeschen, "Slack")};
+    const Rundengang gang(w.entsorger, funde, "Zwei");
+    EXPECT_EQ(gang.bestaetigung().laufendeBesitzer, std::vector<std::string>{"Slack"});
+    std::stop_source stopp;
+    Steuerung s(stopp.get_token());
+    w.entsorger.fortschritt = [&](size_t, size_t, const Posten&) { stopp.request_stop(); };
+    const RundenErgebnis e = gang.fuehreAus(w.home, &s);
+    EXPECT_TRUE(e.angehalten);
+    EXPECT_TRUE(e.allesErledigt());
+    EXPECT_TRUE(e.erklaerung.starts_with("Alles erledigt.")) << e.erklaerung;
+    EXPECT_EQ(w.verlauf.runde(e.runde.id), e.runde);
 }
 
 TEST(EntsorgerTest, RueckgaengigBelegtUndGeleert) {
