@@ -54,6 +54,8 @@ public:
 
     void dazu(Zeiger kind);
     bool istVirtuell() const { return pfad.starts_with('#'); }
+    // Sorts the children largest first and keeps the first Tiefenscan::maxKinder.
+    void kappe();
     // What is below but not shown as a child.
     int64_t kleinkram() const;
     // The nodes from below this one down to the one with `ziel` (inclusive); empty when this
