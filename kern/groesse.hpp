@@ -1,5 +1,6 @@
 #pragma once
-// Allocated size of file trees and the one tree walk every finder uses.
+// Allocated size of file trees and the one tree walk every finder uses (its visitor types are
+// the walker's, kern/wanderer.hpp).
 #include <sys/stat.h>
 
 #include <cstdint>
@@ -9,32 +10,11 @@
 #include <string>
 
 #include "kern/steuerung.hpp"
+#include "kern/wanderer.hpp"
 
 namespace hainbrem::Groesse {
 
 namespace fs = std::filesystem;
-
-enum class EintragArt {
-    datei,         // anything that is not a directory: file, symbolic link (also dangling), other
-    ordnerAnfang,  // a directory, before its contents
-    ordnerEnde,    // the same directory, after its contents
-    unlesbar,      // could not be read: no status, or a directory that cannot be listed
-};
-
-struct Eintrag {
-    EintragArt art;
-    const char* pfad;          // full path; valid only during the call
-    int ebene;                 // depth below the root (root = 0)
-    const struct stat* statt;  // lstat record; null for `unlesbar` without status
-    // For callers that want to open or stat relative to the containing folder without
-    // building paths: the containing folder's descriptor (-1 for the root) and the name in it.
-    int ordnerFd;
-    const char* name;
-};
-
-enum class Weiter { ja, ueberspringen, abbrechen };
-
-using Besuch = std::function<Weiter(const Eintrag&)>;
 
 // Walks the tree at `wurzel` in physical, same-device mode: links are never followed, no
 // other file system is entered (such entries are left out entirely), the working directory
