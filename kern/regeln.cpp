@@ -297,7 +297,7 @@ std::vector<Fund> intern::findeTemporaer(const Umgebung& u) {
     const std::string heim = ::realpath(u.home.c_str(), puffer) ? puffer : u.home.native();
     for (const auto& e : kinder(waehleTemp(u.home, u.temp).ordner)) {
         const std::string n = name(e);
-        if (heim.starts_with(aufgeloest(e) + "/")) continue;  // a home below /tmp is no temp file
+        if (liegtIn(heim, aufgeloest(e))) continue;  // a home below /tmp is no temp file
         if (n.starts_with("com.apple.") || n.starts_with("TemporaryItems")) continue;
         struct stat st;
         if (::lstat(e.c_str(), &st) != 0) continue;
