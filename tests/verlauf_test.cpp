@@ -97,6 +97,7 @@ TEST(VerlaufTest, DateiformatGenauUndZurueckGleich) {
         PostenErgebnis ergebnis;
     } faelle[] = {
         {"Slack läuft gerade – übersprungen", PostenErgebnis::laeuft},
+        {"Wird gerade von firefox benutzt – bleibt liegen", PostenErgebnis::benutzt},
         {"Standardordner bleiben immer", PostenErgebnis::abgelehnt},
         {"Unterbrochen – das Verschieben in den Papierkorb wurde nicht beendet", PostenErgebnis::unterbrochen},
         {"Keine Berechtigung: „x“", PostenErgebnis::fehlgeschlagen}};
