@@ -76,8 +76,7 @@ BENCHMARK(StartBisGemaltesFenster)->UseManualTime()->Unit(benchmark::kMillisecon
 
 void RingeDerPlatteMalen(benchmark::State& state) {
     static const TiefenscanErgebnis scan = [] {
-        ScanFortschritt f;
-        return Tiefenscan::scanneGanzePlatte("/root", true, f);
+        return Tiefenscan::scanneGanzePlatte("/root", true);
     }();
     Jahresringe ringe;
     ringe.resize(720, 720);

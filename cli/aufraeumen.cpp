@@ -7,6 +7,7 @@
 #include <cctype>
 #include <ctime>
 
+#include "basis/pfade.hpp"
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
 #include "cli/runde.hpp"
@@ -53,8 +54,13 @@ int aufraeumen(const Kontext& k) {
     if (k.tempHinweis) warnung(*k.tempHinweis);
     Umgebung u{k.home, k.temp, Zugriff::vollzugriff(k.home), laufTest(), verlauf.imPapierkorb(), k.profil};
     Fortschritt fortschritt;
-    const auto ergebnisse = Katalog::pruefe(
-        u, [&](double anteil) { fortschritt.zeige(fmt::format("Prüfe … {:.0f} %", anteil * 100.0)); });
+    Steuerung steuerung;
+    const auto ergebnisse = imHintergrund([&] { return Katalog::pruefe(u, &steuerung); },
+                                          [&] {
+                                              if (steuerung.gesamt.load(std::memory_order_relaxed) > 0)
+                                                  fortschritt.zeige(
+                                                      fmt::format("Prüfe … {:.0f} %", steuerung.anteil() * 100.0));
+                                          });
     fortschritt.fertig();
 
     std::vector<Fund> funde;
@@ -200,23 +206,19 @@ const bool verlaufRegistriert = registriere({
 
 std::string rueckgaengigId;
 
-std::string gross(std::string s) {
-    for (auto& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    return s;
-}
-
 int rueckgaengig(const Kontext& k) {
     Verlauf verlauf(Verlauf::standardDatei(k.home));
     warneUnlesbar(verlauf);
     // the whole id, or a unique beginning of at least 4 characters
-    const std::string gesucht = gross(rueckgaengigId);
+    const std::string& gesucht = rueckgaengigId;
     std::vector<std::string> treffer;
     for (const auto& r : verlauf.runden()) {
-        if (gross(r.id) == gesucht) {
+        if (gleichOhneFall(r.id, gesucht)) {
             treffer = {r.id};
             break;
         }
-        if (gesucht.size() >= 4 && gross(r.id).starts_with(gesucht)) treffer.push_back(r.id);
+        if (gesucht.size() >= 4 && gleichOhneFall(std::string_view(r.id).substr(0, gesucht.size()), gesucht))
+            treffer.push_back(r.id);
     }
     if (treffer.empty()) return fehler("Keine Runde mit der Kennung „" + rueckgaengigId + "“ im Verlauf.");
     if (treffer.size() > 1) return fehler("„" + rueckgaengigId + "“ passt zu mehreren Runden – bitte länger angeben.");

@@ -1,5 +1,6 @@
 #include "cli/ausgabe.hpp"
 
+#include "basis/pfade.hpp"
 #include "kern/verlauf.hpp"
 
 #include <unistd.h>
@@ -22,16 +23,10 @@ void druckeJson(const json& j) {
 }
 
 std::string kurzerPfad(const std::filesystem::path& pfad, const std::filesystem::path& home) {
-    const std::string p = pfad.native();
-    std::string h = home.native();
-    while (h.size() > 1 && h.back() == '/') h.pop_back();
-    if (h.size() > 1 && p.starts_with(h) && (p.size() == h.size() || p[h.size()] == '/'))
-    {
-        std::string kurz(1, '~');
-        kurz.append(p, h.size(), std::string::npos);
-        return kurz;
-    }
-    return p;
+    const std::string& p = pfad.native();
+    const std::string_view h = ohneSchraegstrichAmEnde(home.native());
+    if (h.size() <= 1 || !liegtInOderIst(p, h)) return p;
+    return "~" + p.substr(h.size());  // written as given, a slash at the end too
 }
 
 std::string isoDatum(Zeitpunkt t) { return isoZeit(t); }

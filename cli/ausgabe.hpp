@@ -4,9 +4,12 @@
 
 #include <chrono>
 #include <filesystem>
+#include <future>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <system_error>
+#include <type_traits>
 
 #include "kern/datensaetze.hpp"
 
@@ -32,6 +35,21 @@ json alsJson(const Fund& f);
 
 // A German confirmation prompt "… [j/N]" on stderr; true only for j/ja. No terminal: false.
 bool frage(const std::string& text);
+
+// Runs `arbeit` on a thread of its own and calls `takt` about every 100 ms until it is done:
+// there the command reads the work's control, shows it and may stop it. Without a thread to be
+// had the work simply runs here.
+template <typename F, typename T>
+auto imHintergrund(F&& arbeit, T&& takt) -> std::invoke_result_t<F&> {
+    std::future<std::invoke_result_t<F&>> aufgabe;
+    try {
+        aufgabe = std::async(std::launch::async, [&arbeit] { return arbeit(); });
+    } catch (const std::system_error&) {
+        return arbeit();
+    }
+    while (aufgabe.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready) takt();
+    return aufgabe.get();
+}
 
 // One overwritten line on stderr while the work runs, only when stderr is a terminal.
 class Fortschritt {

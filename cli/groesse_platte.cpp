@@ -25,7 +25,7 @@ int groesse(const Kontext& k) {
                                         errno == ENOENT ? "nicht gefunden" : std::strerror(errno)));
             continue;
         }
-        const auto [bytes, unlesbar] = Groesse::miss(p);
+        const auto [bytes, unlesbar, angehalten] = Groesse::miss(p);
         if (unlesbar > 0)
             warnung(fmt::format("In „{}“ war{} {} Eintr{} nicht lesbar; die Größe ist eine Untergrenze.", p,
                                 unlesbar == 1 ? "" : "en", unlesbar, unlesbar == 1 ? "ag" : "äge"));

@@ -7,6 +7,7 @@
 #include <cctype>
 #include <ctime>
 
+#include "basis/pfade.hpp"
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
 #include "cli/runde.hpp"
@@ -34,11 +35,6 @@ std::string tag(const std::optional<Zeitpunkt>& t) {
     char puffer[16];
     std::strftime(puffer, sizeof puffer, "%d.%m.%Y", &tm);
     return puffer;
-}
-
-std::string klein(std::string s) {
-    for (auto& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return s;
 }
 
 // ------------------------------------------------------- removal: confirmation, disposer, history

@@ -58,9 +58,13 @@ int pruefen(const Kontext& k) {
     {
         Fortschritt anzeige;
         anzeige.zeige("Prüfe die Regeln …");
-        ergebnisse = Katalog::pruefe(umgebung, auswahl, [&](double anteil) {
-            anzeige.zeige(fmt::format("Messe die Funde … {:.0f} %", anteil * 100.0));
-        });
+        Steuerung steuerung;
+        ergebnisse = imHintergrund([&] { return Katalog::pruefe(umgebung, auswahl, &steuerung); },
+                                   [&] {
+                                       if (steuerung.gesamt.load(std::memory_order_relaxed) > 0)
+                                           anzeige.zeige(fmt::format("Messe die Funde … {:.0f} %",
+                                                                     steuerung.anteil() * 100.0));
+                                   });
     }
 
     if (k.json) {

@@ -2,9 +2,9 @@
 
 #include <unistd.h>
 
-#include "kern/entsorger.hpp"
 #include "kern/format.hpp"
 #include "kern/laufend.hpp"
+#include "kern/runde.hpp"
 #include "kern/safetyguard.hpp"
 
 namespace hainbrem::cli {
@@ -17,6 +17,7 @@ json alsJson(const Posten& p) {
     j["imPapierkorb"] = p.imPapierkorb ? json(*p.imPapierkorb) : json(nullptr);
     j["fehler"] = p.fehler ? json(*p.fehler) : json(nullptr);
     j["zurueckgelegt"] = p.zurueckgelegt;
+    j["ergebnis"] = std::string(rohwert(p.ergebnis));
     return j;
 }
 
@@ -89,26 +90,25 @@ bool bestaetigt(const RundenWahl& wahl) {
 
 int fuehreRundeAus(const std::vector<Fund>& funde, const std::string& titel, const RundenWahl& wahl, const Kontext& k,
                    Verlauf& verlauf) {
-    const auto laeuft = laufTest();
-    const Bestaetigung b = bestaetigung(funde, laeuft);
-    zeigeBestaetigung(b, funde, k);
+    Entsorger entsorger(waechterFuer(k), verlauf, wahl.probelauf, laufTest());
+    const Rundengang gang(entsorger, funde, titel);
+    zeigeBestaetigung(gang.bestaetigung(), funde, k);
     if (!bestaetigt(wahl)) return 1;
 
-    Entsorger entsorger(waechterFuer(k), verlauf, wahl.probelauf, laeuft);
     Fortschritt fortschritt;
     entsorger.fortschritt = [&](size_t i, size_t n, const Posten& p) {
         fortschritt.zeige(fmt::format("{} von {}: {}", i + 1, n, kurzerPfad(p.pfad, k.home)));
     };
-    const Runde r = entsorger.entsorge(funde, titel, k.home);
+    const RundenErgebnis e = gang.fuehreAus(k.home);
     fortschritt.fertig();
-    if (const auto h = verlauf.hinweis()) warnung(*h);
+    if (e.hinweis) warnung(*e.hinweis);
 
-    const int status = r.fehlerAnzahl() == 0 ? 0 : 1;
-    const std::string erkl = erklaerung(r, k.home);
+    const Runde& r = e.runde;
+    const int status = e.allesErledigt() ? 0 : 1;
     if (k.json) {
         json j = alsJson(r);
-        j["erklaerung"] = erkl;
-        j["bestaetigung"] = alsJson(b);
+        j["erklaerung"] = e.erklaerung;
+        j["bestaetigung"] = alsJson(gang.bestaetigung());
         druckeJson(j);
         return status;
     }
@@ -117,7 +117,7 @@ int fuehreRundeAus(const std::vector<Fund>& funde, const std::string& titel, con
         if (p.fehler) std::printf("  ✗ %s: %s\n", kurzerPfad(p.pfad, k.home).c_str(), p.fehler->c_str());
     std::printf("\nFreier Platz: %s\n", alsBytes(r.freiNachher).c_str());
     std::printf("Gewonnen: %s %s\n", alsBytes(r.gewonnen()).c_str(), r.probelauf ? "erwartet" : "gemessen");
-    std::printf("%s\n", erkl.c_str());
+    std::printf("%s\n", e.erklaerung.c_str());
     if (!r.probelauf) {
         std::printf("Runde %s\n", r.id.c_str());
         if (r.kannRueckgaengig()) std::printf("Rückgängig: hainbrem rueckgaengig %s\n", r.id.c_str());

@@ -8,8 +8,6 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
-#include <future>
-#include <thread>
 
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
@@ -58,27 +56,24 @@ std::optional<std::string> pruefePfad(const std::string& pfad) {
 
 // Runs the scan in the background and shows files and bytes so far on a terminal.
 TiefenscanErgebnis scanneMitAnzeige(const Kontext& k, const ScanWahl& wahl, bool kandidatenImPfad) {
-    ScanFortschritt fortschritt;
     std::stop_source stopp;
+    Steuerung steuerung(stopp.get_token());
     Unterbrechung unterbrechung;
-    auto aufgabe = std::async(std::launch::async, [&] {
-        if (wahl.platte) return Tiefenscan::scanneGanzePlatte(k.home, plattform::vollzugriff(k.home), fortschritt,
-                                                               stopp.get_token());
-        if (wahl.pfad.empty())
-            return Tiefenscan::scanne(k.home, plattform::vollzugriff(k.home), fortschritt, stopp.get_token());
-        return Tiefenscan::scanneOrdner(wahl.pfad, kandidatenImPfad ? wahl.pfad : k.home.native(), fortschritt,
-                                        stopp.get_token());
-    });
     Fortschritt anzeige;
-    while (aufgabe.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready) {
-        if (unterbrochen.load()) stopp.request_stop();
-        anzeige.zeige(fmt::format("Durchsuche … {} Dateien, {}{}",
-                                  alsZahl(static_cast<int64_t>(fortschritt.dateien.load(std::memory_order_relaxed))),
-                                  alsBytes(fortschritt.bytes.load(std::memory_order_relaxed)),
-                                  stopp.stop_requested() ? " (wird abgebrochen)" : ""));
-    }
+    auto e = imHintergrund(
+        [&] {
+            if (wahl.platte) return Tiefenscan::scanneGanzePlatte(k.home, plattform::vollzugriff(k.home), &steuerung);
+            if (wahl.pfad.empty()) return Tiefenscan::scanne(k.home, plattform::vollzugriff(k.home), &steuerung);
+            return Tiefenscan::scanneOrdner(wahl.pfad, kandidatenImPfad ? wahl.pfad : k.home.native(), &steuerung);
+        },
+        [&] {
+            if (unterbrochen.load()) stopp.request_stop();
+            anzeige.zeige(fmt::format("Durchsuche … {} Dateien, {}{}",
+                                      alsZahl(steuerung.erledigt.load(std::memory_order_relaxed)),
+                                      alsBytes(steuerung.bytes.load(std::memory_order_relaxed)),
+                                      stopp.stop_requested() ? " (wird abgebrochen)" : ""));
+        });
     anzeige.fertig();
-    auto e = aufgabe.get();
     if (stopp.stop_requested()) warnung("Abgebrochen – das Ergebnis ist unvollständig.");
     return e;
 }
@@ -296,19 +291,18 @@ int duplikate(const Kontext& k) {
         if (auto f = pruefePfad(dupWahl.pfad)) return fehler(*f);
     const auto e = scanneMitAnzeige(k, dupWahl, true);
     std::stop_source stopp;
+    Steuerung steuerung(stopp.get_token());
     Unterbrechung unterbrechung;
-    std::atomic<double> anteil{0};
-    auto aufgabe = std::async(std::launch::async, [&] {
-        return Duplikate::finde(e.kandidaten, [&](double a) { anteil.store(a); }, stopp.get_token());
-    });
+    std::vector<DuplikatGruppe> gruppen;
     {
         Fortschritt anzeige;
-        while (aufgabe.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready) {
-            if (unterbrochen.load()) stopp.request_stop();
-            anzeige.zeige(fmt::format("Vergleiche {} Dateien … {:.0f} %", e.kandidaten.size(), anteil.load() * 100));
-        }
+        gruppen = imHintergrund([&] { return Duplikate::finde(e.kandidaten, &steuerung); },
+                                [&] {
+                                    if (unterbrochen.load()) stopp.request_stop();
+                                    anzeige.zeige(fmt::format("Vergleiche {} Dateien … {:.0f} %", e.kandidaten.size(),
+                                                              steuerung.anteil() * 100));
+                                });
     }
-    const auto gruppen = aufgabe.get();
     if (stopp.stop_requested()) warnung("Abgebrochen – nicht alle Dateien wurden verglichen.");
     int status = 0;
     const bool aufraeumen = dupOpt.aufraeumen && !stopp.stop_requested();

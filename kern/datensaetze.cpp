@@ -1,5 +1,6 @@
 #include "kern/datensaetze.hpp"
 
+#include "kern/testsperre.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem {
@@ -58,9 +59,81 @@ std::string Fund::name() const {
     return url.filename().string();
 }
 
+namespace {
+
+constexpr std::array<std::string_view, 9> postenNamen{"entfernt",  "imPapierkorb",   "probelauf",
+                                                      "schonWeg",  "laeuft",         "benutzt",
+                                                      "abgelehnt", "fehlgeschlagen", "unterbrochen"};
+
+constexpr std::array<std::string_view, 30> ablehnungsTexte{
+    "Kein gültiger Pfad",
+    "Kein gültiger Name",
+    "Ordner existiert nicht",
+    "Liegt außerhalb deines Benutzerordners",
+    "Wird gelöscht, nicht verschoben",
+    "Temporäre Dateien werden gelöscht, nicht verschoben",
+    "Gehört einem anderen Benutzer – wird nicht angefasst",
+    "Enthält deinen Benutzerordner",
+    "Das ist dein Benutzerordner",
+    "Standardordner bleiben immer",
+    "Grundordner der Library bleiben immer",
+    "Daten eines Apple-Programms",
+    "iCloud-Dateien werden nur ausgelagert, nie gelöscht",
+    "Geschützter Bereich",
+    "Liegt in einem Git-Archiv",
+    "Fotos-Mediathek – bitte in Fotos verwalten",
+    "Nur der Inhalt, nicht der Ordner selbst",
+    "Apple-Systemcache – wird nicht angefasst",
+    "Enthält echte Daten, kein reiner Cache",
+    "Kein Cache – darf nur in den Papierkorb",
+    "Kein Projekt daneben – könnte eigene Daten sein",
+    "Nur einzelne Absturzberichte",
+    "Die neueste Version bleibt",
+    "Das ist die laufende Chrome-Version",
+    "Nur ganze Programme",
+    "Programme gehen in den Papierkorb",
+    "Liegt in einem anderen Programm",
+    "Apple-Programm – gehört zu macOS",
+    "Das bin ich selbst",
+    testSperreText,
+};
+static_assert(ablehnungsTexte.size() == static_cast<size_t>(Ablehnung::testlauf) + 1);
+
+}  // namespace
+
+std::string_view rohwert(PostenErgebnis e) { return postenNamen[static_cast<size_t>(e)]; }
+
+std::optional<PostenErgebnis> postenErgebnisAus(std::string_view roh) {
+    for (size_t i = 0; i < postenNamen.size(); ++i)
+        if (postenNamen[i] == roh) return static_cast<PostenErgebnis>(i);
+    return std::nullopt;
+}
+
+std::optional<std::string> postenText(PostenErgebnis e, std::string_view angabe) {
+    switch (e) {
+        case PostenErgebnis::entfernt:
+        case PostenErgebnis::imPapierkorb:
+        case PostenErgebnis::probelauf: return std::nullopt;
+        case PostenErgebnis::schonWeg: return "Schon weg";
+        case PostenErgebnis::laeuft: return std::string(angabe) + " läuft gerade – übersprungen";
+        case PostenErgebnis::benutzt: return "Wird gerade von " + std::string(angabe) + " benutzt – bleibt liegen";
+        case PostenErgebnis::abgelehnt:
+        case PostenErgebnis::fehlgeschlagen: return std::string(angabe);
+        case PostenErgebnis::unterbrochen: return "Unterbrochen – das Verschieben in den Papierkorb wurde nicht beendet";
+    }
+    return std::nullopt;
+}
+
+std::string_view grundText(Ablehnung a) { return ablehnungsTexte[static_cast<size_t>(a)]; }
+
 const std::string& Urteil::grund() const {
+    static const auto texte = [] {
+        std::array<std::string, ablehnungsTexte.size()> t;
+        for (size_t i = 0; i < t.size(); ++i) t[i] = ablehnungsTexte[i];
+        return t;
+    }();
     static const std::string leer;
-    return grund_ ? *grund_ : leer;
+    return ablehnung_ ? texte[static_cast<size_t>(*ablehnung_)] : leer;
 }
 
 bool Zugriff::vollzugriff(const fs::path& home) { return plattform::vollzugriff(home); }

@@ -2,6 +2,7 @@
 // The small value types shared by finders, guard, disposer and front ends.
 #include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -53,33 +54,94 @@ struct Fund {
     bool operator==(const Fund&) const = default;
 };
 
+// What became of one item of a round. This is the state the program acts on (undo, the
+// history); the item's German text is made from it.
+enum class PostenErgebnis : uint8_t {
+    entfernt,        // deleted for good
+    imPapierkorb,    // moved to the Trash
+    probelauf,       // allowed, but a dry run touched nothing
+    schonWeg,        // nothing was there any more
+    laeuft,          // its owner program was running: skipped
+    benutzt,         // a program held something in it open: left
+    abgelehnt,       // the guard refused (or the test lock did)
+    fehlgeschlagen,  // the system refused, perhaps after part of it went
+    unterbrochen,    // recorded before a move to the Trash that never finished
+};
+
+// The name in the history file ("schonWeg" …), and back.
+std::string_view rohwert(PostenErgebnis e);
+std::optional<PostenErgebnis> postenErgebnisAus(std::string_view roh);
+// The item's text for `e`: none for an item that went (or would have), else the fixed sentence,
+// or one made with `angabe`: the owner for `laeuft`, the program for `benutzt`, the guard's or
+// the system's reason for `abgelehnt` and `fehlgeschlagen`.
+std::optional<std::string> postenText(PostenErgebnis e, std::string_view angabe = {});
+
 struct Posten {
     std::string pfad;
     int64_t bytes = 0;
     Entsorgung art = Entsorgung::papierkorb;
     std::optional<std::string> imPapierkorb;
-    std::optional<std::string> fehler;
+    std::optional<std::string> fehler;  // made from `ergebnis`, shown and stored as it was made
     bool zurueckgelegt = false;
+    PostenErgebnis ergebnis = PostenErgebnis::entfernt;
 
     const std::string& id() const { return pfad; }
     bool operator==(const Posten&) const = default;
 };
 
+// Why the guard refuses: one reason per sentence the user reads.
+enum class Ablehnung : uint8_t {
+    keinGueltigerPfad,
+    keinGueltigerName,
+    ordnerFehlt,
+    ausserhalb,
+    wirdGeloescht,
+    tempWirdGeloescht,
+    fremderEintrag,
+    enthaeltHome,
+    benutzerordner,
+    standardordner,
+    libraryGrundordner,
+    appleDaten,
+    iCloud,
+    geschuetzt,
+    gitArchiv,
+    fotos,
+    nurInhalt,
+    appleCache,
+    echteDaten,
+    keinCache,
+    keinProjekt,
+    nurAbsturzberichte,
+    neuesteVersion,
+    laufendeChromeVersion,
+    nurGanzeProgramme,
+    programmeInPapierkorb,
+    inAnderemProgramm,
+    appleProgramm,
+    selbst,
+    testlauf,  // not the guard's: the test lock of kern/testsperre.hpp
+};
+
+// The one table of refusal sentences.
+std::string_view grundText(Ablehnung a);
+
 // The guard's verdict: allowed, or refused with a reason shown to the user.
 class Urteil {
 public:
     static Urteil erlaubt() { return Urteil{}; }
-    static Urteil abgelehnt(std::string grund) { return Urteil{std::move(grund)}; }
+    static Urteil abgelehnt(Ablehnung grund) { return Urteil{grund}; }
 
-    bool istErlaubt() const { return !grund_.has_value(); }
-    // The refusal text; empty for an allowed verdict.
+    bool istErlaubt() const { return !ablehnung_.has_value(); }
+    std::optional<Ablehnung> ablehnung() const { return ablehnung_; }
+    // The refusal sentence; empty for an allowed verdict.
     const std::string& grund() const;
     bool operator==(const Urteil&) const = default;
 
 private:
     Urteil() = default;
-    explicit Urteil(std::string grund) : grund_(std::move(grund)) {}
-    std::optional<std::string> grund_;
+    explicit Urteil(Ablehnung grund) : ablehnung_(grund) {}
+    std::optional<Ablehnung> ablehnung_;
 };
 
 // Which places the catalog and the guard know: those of a Mac or those of a Linux desktop. The

@@ -103,13 +103,6 @@ std::vector<fs::path> dateienMit(const fs::path& ordner, std::string_view endung
 
 }  // namespace
 
-bool liegtIn(std::string_view pfad, std::string_view ordner) {
-    while (ordner.size() > 1 && ordner.back() == '/') ordner.remove_suffix(1);
-    if (ordner.empty()) return false;
-    if (pfad == ordner) return true;
-    return pfad.size() > ordner.size() && pfad.starts_with(ordner) && pfad[ordner.size()] == '/';
-}
-
 std::vector<std::string> zerlegeBefehlszeile(std::string_view zeile) {
     std::vector<std::string> woerter;
     std::string wort;

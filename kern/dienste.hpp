@@ -35,7 +35,4 @@ std::vector<std::string> zerlegeBefehlszeile(std::string_view zeile);
 // (also in *.wants folders) and ~/.config/autostart/*.desktop. Unreadable files add nothing.
 std::vector<std::string> pfade(const fs::path& home);
 
-// True when `pfad` is `ordner` or lies below it (text-wise, as the paths are given).
-bool liegtIn(std::string_view pfad, std::string_view ordner);
-
 }  // namespace hainbrem::Dienste

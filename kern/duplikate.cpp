@@ -8,13 +8,10 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <condition_variable>
 #include <map>
-#include <memory>
-#include <mutex>
-#include <thread>
 #include <unordered_map>
 
+#include "kern/arbeiter.hpp"
 #include "kern/groesse.hpp"
 #include "kern/rechnen.hpp"
 #include "plattform/plattform.hpp"
@@ -127,76 +124,6 @@ std::vector<Teilgruppe> gruppiere(const std::vector<size_t>& dateien, F&& schlue
     return gruppen;
 }
 
-// Two threads over the files of one group: the caller and one helper that lives as long as the search.
-class Paar {
-public:
-    Paar() : helfer_([this] { arbeite(); }) {}
-    ~Paar() {
-        {
-            std::lock_guard lock(sperre_);
-            ende_ = true;
-        }
-        cv_.notify_all();
-        helfer_.join();
-    }
-    Paar(const Paar&) = delete;
-    Paar& operator=(const Paar&) = delete;
-
-    // Runs arbeit(k) for every k below n, on both threads; returns when all are done.
-    void fuerAlle(size_t n, const std::function<void(size_t)>& arbeit) {
-        if (n == 0) return;
-        {
-            std::lock_guard lock(sperre_);
-            arbeit_ = &arbeit;
-            n_ = n;
-            naechste_.store(0);
-            ++runde_;
-            helferFertig_ = false;
-        }
-        cv_.notify_all();
-        ziehe(arbeit, n);
-        std::unique_lock lock(sperre_);
-        cv_.wait(lock, [this] { return helferFertig_; });
-        arbeit_ = nullptr;
-    }
-
-private:
-    void ziehe(const std::function<void(size_t)>& arbeit, size_t n) {
-        for (size_t k; (k = naechste_.fetch_add(1)) < n;) arbeit(k);
-    }
-    void arbeite() {
-        uint64_t gesehen = 0;
-        for (;;) {
-            const std::function<void(size_t)>* arbeit;
-            size_t n;
-            {
-                std::unique_lock lock(sperre_);
-                cv_.wait(lock, [&] { return ende_ || runde_ != gesehen; });
-                if (ende_) return;
-                gesehen = runde_;
-                arbeit = arbeit_;
-                n = n_;
-            }
-            ziehe(*arbeit, n);
-            {
-                std::lock_guard lock(sperre_);
-                helferFertig_ = true;
-            }
-            cv_.notify_all();
-        }
-    }
-
-    std::mutex sperre_;
-    std::condition_variable cv_;
-    const std::function<void(size_t)>* arbeit_ = nullptr;
-    size_t n_ = 0;
-    std::atomic<size_t> naechste_{0};
-    uint64_t runde_ = 0;
-    bool helferFertig_ = true;
-    bool ende_ = false;
-    std::thread helfer_;
-};
-
 }  // namespace
 
 std::optional<std::string> randHash(const std::filesystem::path& pfad) {
@@ -282,8 +209,9 @@ double wert(const DateiInfo& datei, Zeitpunkt jetzt) {
 
 double wert(const DateiInfo& datei) { return wert(datei, std::chrono::system_clock::now()); }
 
-std::vector<DuplikatGruppe> finde(const std::vector<DateiInfo>& dateien,
-                                  const std::function<void(double)>& fortschritt, std::stop_token halt) {
+std::vector<DuplikatGruppe> finde(const std::vector<DateiInfo>& dateien, Steuerung* steuerung) {
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s = steuerung ? *steuerung : ersatz;
     const Zeitpunkt jetzt = std::chrono::system_clock::now();
     // 1. by size; 2. hard links collapsed before anything is read
     std::map<int64_t, std::vector<size_t>> nachGroesse;
@@ -301,22 +229,26 @@ std::vector<DuplikatGruppe> finde(const std::vector<DateiInfo>& dateien,
         if (eigene.size() > 1) gruppen.push_back(std::move(eigene));
     }
     const size_t anzahl = gruppen.size();
+    s.gesamt.store(static_cast<int64_t>(anzahl), std::memory_order_relaxed);
     std::vector<DuplikatGruppe> alle;
-    Paar paar;
+    // two threads over the files of one group: reading wants no more from one disk
+    Arbeiter arbeiter(2);
     std::vector<std::string> schluessel(dateien.size());
     for (size_t g = 0; g < anzahl; ++g) {
-        if (halt.stop_requested()) break;
+        if (s.angehalten()) break;
         const auto& gruppe = gruppen[g];
         // 3.2 beginning and end, both threads over the group's files
-        paar.fuerAlle(gruppe.size(), [&](size_t k) {
+        arbeiter.fuerAlle(gruppe.size(), [&](size_t k) {
             schluessel[gruppe[k]] = randHash(dateien[gruppe[k]].pfad).value_or(einzigartig());
         });
         const auto rand = gruppiere(gruppe, [&](size_t i) { return schluessel[i]; });
         // 3.3 the whole content of every file still in the race
         std::vector<size_t> weiter;
         for (const auto& teil : rand) weiter.insert(weiter.end(), teil.second.begin(), teil.second.end());
-        paar.fuerAlle(weiter.size(), [&](size_t k) {
-            schluessel[weiter[k]] = inhaltHash(dateien[weiter[k]].pfad, halt).value_or(einzigartig());
+        arbeiter.fuerAlle(weiter.size(), [&](size_t k) {
+            const DateiInfo& d = dateien[weiter[k]];
+            schluessel[weiter[k]] = inhaltHash(d.pfad, s.halt).value_or(einzigartig());
+            s.dazu(0, d.groesse);
         });
         for (const auto& teil : rand) {
             for (const auto& [digest, mitglieder] : gruppiere(teil.second, [&](size_t i) { return schluessel[i]; })) {
@@ -334,8 +266,8 @@ std::vector<DuplikatGruppe> finde(const std::vector<DateiInfo>& dateien,
                 alle.push_back(std::move(d));
             }
         }
-        if (halt.stop_requested()) break;  // this group's hashing may have been cut short
-        if (fortschritt) fortschritt(static_cast<double>(g + 1) / static_cast<double>(anzahl));
+        if (s.angehalten()) break;  // this group's hashing may have been cut short
+        s.dazu(1);
     }
     std::stable_sort(alle.begin(), alle.end(),
                      [](const DuplikatGruppe& a, const DuplikatGruppe& b) { return a.wirklichFrei > b.wirklichFrei; });

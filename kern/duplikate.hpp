@@ -3,12 +3,12 @@
 // end, last the whole content. Clones that share their blocks are recognised by private size.
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <stop_token>
 #include <string>
 #include <vector>
 
+#include "kern/steuerung.hpp"
 #include "kern/tiefenscan.hpp"
 
 namespace hainbrem {
@@ -31,9 +31,9 @@ namespace Duplikate {
 inline constexpr int64_t randBytes = 16'384;
 inline constexpr int64_t stueckBytes = 1'048'576;
 
-// `fortschritt` gets the fraction of size groups done, from worker threads (never concurrently).
-std::vector<DuplikatGruppe> finde(const std::vector<DateiInfo>& dateien,
-                                  const std::function<void(double)>& fortschritt, std::stop_token halt = {});
+// The control counts size groups (`gesamt` as soon as they are known, `erledigt` when one is
+// compared through) and the bytes read in full. Stopped, it returns the groups found so far.
+std::vector<DuplikatGruppe> finde(const std::vector<DateiInfo>& dateien, Steuerung* steuerung = nullptr);
 
 // SHA-256 of the first and the last 16 KiB; nothing for cloud-only or unreadable files.
 std::optional<std::string> randHash(const std::filesystem::path& pfad);

@@ -47,30 +47,22 @@ Posten Entsorger::entsorgeEins(const Fund& fund, const std::function<void(const 
     p.pfad = fund.url.native();
     p.art = fund.art;
     const fs::path& url = fund.url;
+    const auto fertig = [&p](PostenErgebnis e, std::string_view angabe = {}) {
+        p.ergebnis = e;
+        p.fehler = postenText(e, angabe);
+        return p;
+    };
 
-    if (imEchtenHomeWaehrendTest(waechter.home()) || imEchtenHomeWaehrendTest(url)) {
-        p.fehler = testSperreText;
-        return p;
-    }
-    if (!vorhanden(url)) {
-        p.fehler = schonWegText;
-        return p;
-    }
+    if (imEchtenHomeWaehrendTest(waechter.home()) || imEchtenHomeWaehrendTest(url))
+        return fertig(PostenErgebnis::abgelehnt, grundText(Ablehnung::testlauf));
+    if (!vorhanden(url)) return fertig(PostenErgebnis::schonWeg);
     const int64_t vorher = Groesse::belegt(url);
-    if (fund.besitzer && laeuft(*fund.besitzer)) {
-        p.fehler = *fund.besitzer + laeuftText;
-        return p;
-    }
-    if (const auto programm = offeneDateien.benutztVon(url)) {
-        p.fehler = benutztText(*programm);
-        return p;
-    }
-    if (const Urteil u = waechter.pruefe(url, fund.art); !u.istErlaubt()) {
-        p.fehler = u.grund();
-        return p;
-    }
+    if (fund.besitzer && laeuft(*fund.besitzer)) return fertig(PostenErgebnis::laeuft, *fund.besitzer);
+    if (const auto programm = offeneDateien.benutztVon(url)) return fertig(PostenErgebnis::benutzt, *programm);
+    if (const Urteil u = waechter.pruefe(url, fund.art); !u.istErlaubt())
+        return fertig(PostenErgebnis::abgelehnt, u.grund());
     p.bytes = vorher;
-    if (probelauf) return p;
+    if (probelauf) return fertig(PostenErgebnis::probelauf);
 
     std::optional<std::string> fehler;
     if (fund.art == Entsorgung::papierkorb) {
@@ -81,13 +73,14 @@ Posten Entsorger::entsorgeEins(const Fund& fund, const std::function<void(const 
             if (vormerken && !platz->datei.empty()) {
                 Posten v = p;
                 v.imPapierkorb = platz->datei.native();
-                v.fehler = unterbrochenText;
+                v.ergebnis = PostenErgebnis::unterbrochen;
+                v.fehler = postenText(v.ergebnis);
                 vormerken(v);
             }
             auto ziel = plattform::verschiebeInPapierkorb(url, *platz);
             if (ziel) {
                 if (!ziel->empty()) p.imPapierkorb = ziel->native();
-                return p;
+                return fertig(PostenErgebnis::imPapierkorb);
             }
             fehler = ziel.error();
         }
@@ -95,17 +88,20 @@ Posten Entsorger::entsorgeEins(const Fund& fund, const std::function<void(const 
         fehler = loesche(url);
         if (!fehler) {
             plattform::papierkorbEintragVergessen(url);  // a Trash entry takes its .trashinfo along
-            return p;
+            return fertig(PostenErgebnis::entfernt);
         }
     }
     // partly done: count only what really went
     const int64_t rest = vorhanden(url) ? Groesse::belegt(url) : 0;
     p.bytes = std::max<int64_t>(0, subtrahiere(vorher, rest));
-    p.fehler = fehler;
-    return p;
+    return fertig(PostenErgebnis::fehlgeschlagen, *fehler);
 }
 
-Runde Entsorger::entsorge(const std::vector<Fund>& funde, const std::string& titel, const fs::path& ort) {
+Runde Entsorger::entsorge(const std::vector<Fund>& funde, const std::string& titel, const fs::path& ort,
+                          Steuerung* steuerung) {
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s = steuerung ? *steuerung : ersatz;
+    s.gesamt.store(static_cast<int64_t>(funde.size()), std::memory_order_relaxed);
     Runde runde;
     runde.id = neueKennung();
     runde.titel = titel;
@@ -120,6 +116,8 @@ Runde Entsorger::entsorge(const std::vector<Fund>& funde, const std::string& tit
         verlauf.speichern();  // on disk before the first file is touched
     }
     for (size_t i = 0; i < funde.size(); ++i) {
+        // only between items: an item once begun is carried through, so the record is whole
+        if (s.angehalten()) break;
         bool vorgemerkt = false;
         auto vormerken = [&](const Posten& v) {
             runde.posten.push_back(v);
@@ -134,10 +132,12 @@ Runde Entsorger::entsorge(const std::vector<Fund>& funde, const std::string& tit
             verlauf.ersetzen(runde);
             verlauf.speichern();
         }
+        s.dazu(1, p.bytes);
         if (fortschritt) fortschritt(i, funde.size(), runde.posten.back());
     }
     if (probelauf) runde.freiNachher = addiere(runde.freiVorher, runde.erwartet());
     else runde.freiNachher = Plattenstand::jetzt(ort).echtFrei;
+    runde.pruefeRueckgaengig();
     if (speichern) {
         verlauf.ersetzen(runde);
         verlauf.speichern();
@@ -162,7 +162,7 @@ Entsorger::Rueckgabe Entsorger::rueckgaengig(const std::string& id) {
             r.fehler.push_back(name + ": " + testSperreText);
             continue;
         }
-        if (p.fehler == unterbrochenText && !vorhanden(imPapierkorb) && vorhanden(ziel)) {
+        if (p.ergebnis == PostenErgebnis::unterbrochen && !vorhanden(imPapierkorb) && vorhanden(ziel)) {
             // recorded, but the move never happened: it is still where it was
             plattform::papierkorbEintragVergessen(imPapierkorb);
             p.zurueckgelegt = true;
@@ -181,6 +181,7 @@ Entsorger::Rueckgabe Entsorger::rueckgaengig(const std::string& id) {
             r.fehler.push_back(name + ": " + ok.error());
         }
     }
+    runde->pruefeRueckgaengig();
     verlauf.ersetzen(*runde);
     verlauf.speichern();
     return r;

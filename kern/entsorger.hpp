@@ -12,6 +12,7 @@
 #include "kern/datensaetze.hpp"
 #include "kern/offene_dateien.hpp"
 #include "kern/safetyguard.hpp"
+#include "kern/steuerung.hpp"
 #include "kern/verlauf.hpp"
 
 namespace hainbrem {
@@ -19,7 +20,8 @@ namespace hainbrem {
 class Entsorger {
 public:
     using Lauftest = std::function<bool(const std::string&)>;
-    // After each item: index, count, the item just done.
+    // After each item: index, count, the item just done. For a front end that names each item;
+    // counts are in the round's control.
     using Fortschritt = std::function<void(size_t, size_t, const Posten&)>;
 
     // `laeuft` empty: the running programs are asked at every call (programmLaeuft).
@@ -34,7 +36,11 @@ public:
     OffeneDateien offeneDateien;
 
     // One whole round; `ort` is where the free space is measured (the home folder). Never throws.
-    Runde entsorge(const std::vector<Fund>& funde, const std::string& titel, const std::filesystem::path& ort);
+    // The control counts items (`gesamt` = all of them) and the bytes they freed. Its `halt` is
+    // asked only between items: a stopped round holds the items done, is measured and saved
+    // like any other.
+    Runde entsorge(const std::vector<Fund>& funde, const std::string& titel, const std::filesystem::path& ort,
+                   Steuerung* steuerung = nullptr);
     // One item, outside any round (nothing is recorded).
     Posten entsorge(const Fund& fund);
 
@@ -48,15 +54,6 @@ public:
     // Deletes for good; the German reason on failure.
     static std::optional<std::string> loesche(const std::filesystem::path& url);
     static bool istSymlink(const std::filesystem::path& url);
-
-    // Recorded for a Trash item before it moves; replaced once the move is done. Seen only if
-    // the process died in between.
-    static constexpr const char* unterbrochenText = "Unterbrochen – das Verschieben in den Papierkorb wurde nicht beendet";
-    static constexpr const char* schonWegText = "Schon weg";
-    static constexpr const char* laeuftText = " läuft gerade – übersprungen";
-    static std::string benutztText(const std::string& programm) {
-        return "Wird gerade von " + programm + " benutzt – bleibt liegen";
-    }
 
 private:
     // `vormerken` (may be empty) receives a Trash item's record before the item moves.

@@ -9,6 +9,7 @@
 #include <cctype>
 #include <system_error>
 
+#include "basis/pfade.hpp"
 #include "kern/groesse.hpp"
 #include "kern/namen.hpp"
 #include "kern/pakete.hpp"
@@ -21,12 +22,6 @@ namespace {
 // Whole seconds: st_mtime is the one spelling every POSIX system shares (macOS has no st_mtim),
 // and no rule compares finer than days.
 Zeitpunkt alsZeitpunkt(time_t sekunden) { return Zeitpunkt(std::chrono::seconds(sekunden)); }
-
-std::string klein(std::string_view s) {
-    std::string k(s);
-    for (char& c : k) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return k;
-}
 
 // The first bytes of a regular file (links not followed); empty when it cannot be read.
 std::string kopfVon(const fs::path& eintrag, size_t laenge) {

@@ -1,14 +1,10 @@
 #include "kern/groesse.hpp"
 
-#include <atomic>
-#include <condition_variable>
 #include <mutex>
 #include <set>
-#include <system_error>
-#include <thread>
 #include <utility>
-#include <vector>
 
+#include "kern/arbeiter.hpp"
 #include "kern/rechnen.hpp"
 #include "kern/wanderer.hpp"
 #include "plattform/plattform.hpp"
@@ -68,39 +64,65 @@ void durchlaufe(const fs::path& wurzel, const Besuch& besuch) {
 
 namespace {
 
-// Two or more walkers share one tree: whoever runs dry says so, and a busy walker hands it
-// the next subfolder it meets as an open descriptor.
+// Walkers on several threads share one tree: a walker that meets a subfolder while some thread
+// of the pool is idle hands it over as an open descriptor.
 class GeteilteMessung {
 public:
-    explicit GeteilteMessung(unsigned faeden) : gewuenscht_(faeden) {}
+    GeteilteMessung(unsigned faeden, Steuerung& steuerung)
+        : arbeiter_(faeden, Arbeiter::Reihenfolge::neuesteZuerst), s_(steuerung) {}
 
-    void starte(int fd, const struct stat& st, std::string pfad) {
-        auftraege_.push_back(Auftrag{fd, st, std::move(pfad)});
+    // Walks the open folder `fd` here and waits for every part handed over.
+    Messung messe(int fd, const struct stat& st, const std::string& pfad) {
+        geh(fd, st, pfad);
+        arbeiter_.warte([this] { return offen_ == 0; });
+        return Messung{summe_, unlesbar_, s_.angehalten()};
     }
 
-    Messung messe() {
-        std::vector<std::thread> helfer;
-        for (unsigned i = 1; i < gewuenscht_; ++i) {
-            // counted before the start, so no waiting walker ever sees a finished tree too early
-            {
-                std::lock_guard lock(sperre_);
-                ++faeden_;
+private:
+    // One walker per thread, reused for every part that thread takes.
+    static intern::Wanderer& wanderer() {
+        thread_local std::optional<intern::Wanderer> w;
+        if (!w || w->abgebrochen()) w.emplace();
+        return *w;
+    }
+
+    void geh(int fd, const struct stat& st, const std::string& pfad) {
+        int64_t summe = 0;
+        int64_t unlesbar = 0;
+        int64_t eintraege = 0;
+        int64_t gemeldet = 0;  // bytes of `summe` already in the control
+        auto melde = [&] {
+            s_.dazu(eintraege, summe - gemeldet);
+            eintraege = 0;
+            gemeldet = summe;
+        };
+        auto besuch = [&](const Eintrag& e) {
+            if (s_.angehalten()) return Weiter::abbrechen;
+            switch (e.art) {
+                case EintragArt::datei: zaehleDatei(*e.statt, summe); break;
+                case EintragArt::ordnerAnfang: summe = addiere(summe, bloecke(*e.statt)); break;
+                case EintragArt::unlesbar: ++unlesbar; break;
+                case EintragArt::ordnerEnde: return Weiter::ja;
             }
-            try {
-                helfer.emplace_back([this] { arbeite(); });
-            } catch (const std::system_error&) {
-                // no thread to be had: the walkers already running do the work
-                {
-                    std::lock_guard lock(sperre_);
-                    --faeden_;
-                }
-                cv_.notify_all();
-                break;
-            }
-        }
-        arbeite();
-        for (auto& t : helfer) t.join();
-        return Messung{summe_, unlesbar_};
+            if (++eintraege == 4096) melde();
+            return Weiter::ja;
+        };
+        auto abgabe = [&](int pfd, const char* name, const struct stat& kst, const std::string& kpfad, int) {
+            if (!arbeiter_.hungrig()) return false;
+            const int kfd = ::openat(pfd, name, intern::ordnerFlags);
+            if (kfd < 0) return false;  // the walker reports it as unreadable
+            arbeiter_.melde([this] { ++offen_; });
+            arbeiter_.gib([this, kfd, kst, p = kpfad] {
+                geh(kfd, kst, p);
+                arbeiter_.melde([this] { --offen_; });
+            });
+            return true;
+        };
+        wanderer().wandere(fd, st, pfad, 0, st.st_dev, "", besuch, abgabe);
+        melde();
+        std::lock_guard lock(summeSperre_);
+        summe_ = addiere(summe_, summe);
+        unlesbar_ += unlesbar;
     }
 
     void zaehleDatei(const struct stat& st, int64_t& summe) {
@@ -111,70 +133,9 @@ public:
         summe = addiere(summe, bloecke(st));
     }
 
-private:
-    struct Auftrag {
-        int fd;
-        struct stat statt;
-        std::string pfad;
-    };
-
-    bool hole(Auftrag& a) {
-        std::unique_lock lock(sperre_);
-        ++wartend_;
-        hungrig_.fetch_add(1, std::memory_order_relaxed);
-        cv_.wait(lock, [this] { return !auftraege_.empty() || wartend_ == faeden_; });
-        hungrig_.fetch_sub(1, std::memory_order_relaxed);
-        if (auftraege_.empty()) {
-            cv_.notify_all();
-            return false;
-        }
-        --wartend_;
-        a = std::move(auftraege_.back());
-        auftraege_.pop_back();
-        return true;
-    }
-
-    void arbeite() {
-        intern::Wanderer wanderer;
-        int64_t summe = 0;
-        int64_t unlesbar = 0;
-        Auftrag a;
-        while (hole(a)) {
-            auto besuch = [&](const Eintrag& e) {
-                switch (e.art) {
-                    case EintragArt::datei: zaehleDatei(*e.statt, summe); break;
-                    case EintragArt::ordnerAnfang: summe = addiere(summe, bloecke(*e.statt)); break;
-                    case EintragArt::unlesbar: ++unlesbar; break;
-                    case EintragArt::ordnerEnde: break;
-                }
-                return Weiter::ja;
-            };
-            auto abgabe = [&](int pfd, const char* name, const struct stat& st, const std::string& pfad,
-                              int) {
-                if (hungrig_.load(std::memory_order_relaxed) == 0) return false;
-                const int kfd = ::openat(pfd, name, intern::ordnerFlags);
-                if (kfd < 0) return false;  // the walker reports it as unreadable
-                {
-                    std::lock_guard lock(sperre_);
-                    auftraege_.push_back(Auftrag{kfd, st, pfad});
-                }
-                cv_.notify_one();
-                return true;
-            };
-            wanderer.wandere(a.fd, a.statt, a.pfad, 0, a.statt.st_dev, "", besuch, abgabe);
-        }
-        std::lock_guard lock(summeSperre_);
-        summe_ = addiere(summe_, summe);
-        unlesbar_ += unlesbar;
-    }
-
-    const unsigned gewuenscht_;
-    unsigned faeden_ = 1;  // walkers running: this thread and the helpers started so far
-    std::mutex sperre_;
-    std::condition_variable cv_;
-    std::vector<Auftrag> auftraege_;
-    unsigned wartend_ = 0;
-    std::atomic<int> hungrig_{0};
+    Arbeiter arbeiter_;
+    Steuerung& s_;
+    size_t offen_ = 0;  // parts handed over and not yet done; under the pool's lock
     std::mutex summeSperre_;
     int64_t summe_ = 0;
     int64_t unlesbar_ = 0;
@@ -184,22 +145,34 @@ private:
 
 }  // namespace
 
-Messung miss(const fs::path& wurzel, unsigned faeden) {
+Messung miss(const fs::path& wurzel, unsigned faeden, Steuerung* steuerung) {
     CloudSchutz::aktivieren();
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s = steuerung ? *steuerung : ersatz;
     const std::string pfad = ohneSchraegstrichAmEnde(wurzel);
     struct stat st;
-    if (::lstat(pfad.c_str(), &st) != 0) return Messung{0, 1};
-    if (!S_ISDIR(st.st_mode)) return Messung{bloecke(st), 0};
-    const int fd = ::open(pfad.c_str(), intern::ordnerFlags);
-    if (fd < 0) return Messung{bloecke(st), 1};
-    GeteilteMessung messung(faeden == 0 ? 1 : faeden);
-    messung.starte(fd, st, pfad);
-    Messung m = messung.messe();
-    m.bytes = addiere(bloecke(st), m.bytes);
+    Messung m{0, 0, s.angehalten()};
+    if (m.angehalten) return m;
+    if (::lstat(pfad.c_str(), &st) != 0) {
+        m.unlesbar = 1;
+    } else if (!S_ISDIR(st.st_mode)) {
+        m.bytes = bloecke(st);
+    } else if (const int fd = ::open(pfad.c_str(), intern::ordnerFlags); fd < 0) {
+        m.bytes = bloecke(st);
+        m.unlesbar = 1;
+    } else {
+        m = GeteilteMessung(faeden == 0 ? 1 : faeden, s).messe(fd, st, pfad);
+        m.bytes = addiere(bloecke(st), m.bytes);
+        s.dazu(0, bloecke(st));
+        return m;
+    }
+    s.dazu(1, m.bytes);
     return m;
 }
 
-int64_t belegt(const fs::path& wurzel, unsigned faeden) { return miss(wurzel, faeden).bytes; }
+int64_t belegt(const fs::path& wurzel, unsigned faeden, Steuerung* steuerung) {
+    return miss(wurzel, faeden, steuerung).bytes;
+}
 
 std::optional<int64_t> privat(const fs::path& pfad) { return plattform::privateGroesse(pfad.c_str()); }
 

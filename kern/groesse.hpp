@@ -1,5 +1,6 @@
 #pragma once
-// Allocated size of file trees and the one tree walk every finder uses.
+// Allocated size of file trees and the one tree walk every finder uses (its visitor types are
+// the walker's, kern/wanderer.hpp).
 #include <sys/stat.h>
 
 #include <cstdint>
@@ -8,31 +9,12 @@
 #include <optional>
 #include <string>
 
+#include "kern/steuerung.hpp"
+#include "kern/wanderer.hpp"
+
 namespace hainbrem::Groesse {
 
 namespace fs = std::filesystem;
-
-enum class EintragArt {
-    datei,         // anything that is not a directory: file, symbolic link (also dangling), other
-    ordnerAnfang,  // a directory, before its contents
-    ordnerEnde,    // the same directory, after its contents
-    unlesbar,      // could not be read: no status, or a directory that cannot be listed
-};
-
-struct Eintrag {
-    EintragArt art;
-    const char* pfad;          // full path; valid only during the call
-    int ebene;                 // depth below the root (root = 0)
-    const struct stat* statt;  // lstat record; null for `unlesbar` without status
-    // For callers that want to open or stat relative to the containing folder without
-    // building paths: the containing folder's descriptor (-1 for the root) and the name in it.
-    int ordnerFd;
-    const char* name;
-};
-
-enum class Weiter { ja, ueberspringen, abbrechen };
-
-using Besuch = std::function<Weiter(const Eintrag&)>;
 
 // Walks the tree at `wurzel` in physical, same-device mode: links are never followed, no
 // other file system is entered (such entries are left out entirely), the working directory
@@ -40,15 +22,16 @@ using Besuch = std::function<Weiter(const Eintrag&)>;
 // contents (its ordnerEnde still follows); `abbrechen` stops at once.
 void durchlaufe(const fs::path& wurzel, const Besuch& besuch);
 
-// Allocated bytes (st_blocks × 512) of the item and everything below it; hard links once.
-// A folder that cannot be listed still counts its own blocks. Uses up to `faeden` threads.
-int64_t belegt(const fs::path& wurzel, unsigned faeden = 2);
-
 struct Messung {
     int64_t bytes = 0;
-    int64_t unlesbar = 0;  // entries that could not be read: the figure is a lower bound
+    int64_t unlesbar = 0;     // entries that could not be read: the figure is a lower bound
+    bool angehalten = false;  // stopped through the control: a lower bound as well
 };
-Messung miss(const fs::path& wurzel, unsigned faeden = 2);
+// Allocated bytes (st_blocks × 512) of the item and everything below it; hard links once.
+// A folder that cannot be listed still counts its own blocks. Uses up to `faeden` threads.
+// The control counts entries in `erledigt` and their bytes in `bytes`.
+Messung miss(const fs::path& wurzel, unsigned faeden = 2, Steuerung* steuerung = nullptr);
+int64_t belegt(const fs::path& wurzel, unsigned faeden = 2, Steuerung* steuerung = nullptr);
 
 // Bytes not shared with clones; absent where the file system cannot tell.
 std::optional<int64_t> privat(const fs::path& pfad);

@@ -1,14 +1,10 @@
 #include "kern/katalog.hpp"
 
 #include <algorithm>
-#include <atomic>
-#include <condition_variable>
-#include <deque>
-#include <mutex>
-#include <system_error>
-#include <thread>
+#include <optional>
 #include <unordered_map>
 
+#include "kern/arbeiter.hpp"
 #include "kern/groesse.hpp"
 #include "kern/rechnen.hpp"
 
@@ -44,94 +40,38 @@ struct Messung {
     size_t funde = 0;  // findings that share this path
 };
 
-struct Ergebnis {
-    size_t index;
-    int64_t bytes;
-};
-
-// Measures every path on at most `gleichzeitigeMessungen` threads. The calling thread owns the
-// table and the count and reports progress as results arrive; workers only measure.
-std::unordered_map<std::string, int64_t> messe(const std::vector<Messung>& messungen, size_t gesamtFunde,
-                                               const std::function<void(double)>& fortschritt,
-                                               const std::function<bool()>& abbrechen) {
+// Measures every path on at most `gleichzeitigeMessungen` threads; a measurement cut short by
+// the control counts as not made.
+std::unordered_map<std::string, int64_t> messe(const std::vector<Messung>& messungen, Steuerung& s) {
     std::unordered_map<std::string, int64_t> tabelle;
-    if (messungen.empty() || (abbrechen && abbrechen())) return tabelle;
-
-    std::atomic<size_t> naechste{0};
-    std::atomic<bool> halt{false};
-    std::mutex sperre;
-    std::condition_variable bereit;
-    std::deque<Ergebnis> fertige;
-    size_t arbeitendeFaeden = 0;
-
-    auto arbeite = [&] {
-        for (;;) {
-            if (halt.load(std::memory_order_relaxed)) break;
-            const size_t i = naechste.fetch_add(1);
-            if (i >= messungen.size()) break;
-            // one thread per measurement: the pool is the only parallelism
-            const int64_t bytes = Groesse::belegt(messungen[i].pfad, 1);
-            std::lock_guard lock(sperre);
-            fertige.push_back({i, bytes});
-            bereit.notify_one();
-        }
-        std::lock_guard lock(sperre);
-        --arbeitendeFaeden;
-        bereit.notify_one();
-    };
-
-    std::vector<std::jthread> faeden;
-    const size_t anzahl = std::min<size_t>(gleichzeitigeMessungen, messungen.size());
-    faeden.reserve(anzahl);
-    for (size_t i = 0; i < anzahl; ++i) {
-        {
-            std::lock_guard zaehler(sperre);
-            ++arbeitendeFaeden;
-        }
-        try {
-            faeden.emplace_back(arbeite);
-        } catch (const std::system_error&) {
-            std::lock_guard zaehler(sperre);
-            --arbeitendeFaeden;
-            break;
-        }
-    }
-    if (faeden.empty()) {
-        // no thread to be had: measure here, one after the other
-        arbeitendeFaeden = 1;
-        arbeite();
-    }
-
-    const double teiler = static_cast<double>(gesamtFunde == 0 ? 1 : gesamtFunde);
-    size_t erledigt = 0;
-    std::unique_lock lock(sperre);
-    for (;;) {
-        bereit.wait(lock, [&] { return !fertige.empty() || arbeitendeFaeden == 0; });
-        if (fertige.empty()) break;
-        const Ergebnis e = fertige.front();
-        fertige.pop_front();
-        lock.unlock();
-        tabelle[messungen[e.index].pfad] = e.bytes;
-        erledigt += messungen[e.index].funde;
-        if (fortschritt) fortschritt(static_cast<double>(erledigt) / teiler);
-        if (abbrechen && abbrechen()) halt.store(true);
-        lock.lock();
-    }
-    lock.unlock();
-    faeden.clear();
+    if (messungen.empty() || s.angehalten()) return tabelle;
+    std::vector<std::optional<int64_t>> bytes(messungen.size());
+    Arbeiter arbeiter(static_cast<unsigned>(std::min<size_t>(gleichzeitigeMessungen, messungen.size())));
+    arbeiter.fuerAlle(messungen.size(), [&](size_t i) {
+        if (s.angehalten()) return;
+        // one thread per measurement: the pool is the only parallelism; the entries it counts
+        // are no findings, so it gets a control of its own that only shares the stop
+        Steuerung innen(s.halt);
+        const Groesse::Messung m = Groesse::miss(messungen[i].pfad, 1, &innen);
+        if (m.angehalten) return;
+        bytes[i] = m.bytes;
+        s.dazu(static_cast<int64_t>(messungen[i].funde), m.bytes);
+    });
+    for (size_t i = 0; i < messungen.size(); ++i)
+        if (bytes[i]) tabelle[messungen[i].pfad] = *bytes[i];
     return tabelle;
 }
 
 }  // namespace
 
-std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::vector<Regel>& liste,
-                                  const std::function<void(double)>& fortschritt,
-                                  const std::function<bool()>& abbrechen) {
+std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::vector<Regel>& liste, Steuerung* steuerung) {
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s = steuerung ? *steuerung : ersatz;
     // 1. find, one rule after the other
     std::vector<std::pair<const Regel*, std::vector<Fund>>> gefunden;
     gefunden.reserve(liste.size());
     for (const auto& r : liste) {
-        if (abbrechen && abbrechen()) break;
+        if (s.angehalten()) break;
         std::vector<Fund> funde;
         try {
             if (r.finde) funde = r.finde(umgebung);
@@ -155,7 +95,8 @@ std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::vector<Re
         }
 
     // 3. measure
-    const auto tabelle = messe(messungen, gesamt, fortschritt, abbrechen);
+    s.gesamt.store(static_cast<int64_t>(gesamt), std::memory_order_relaxed);
+    const auto tabelle = messe(messungen, s);
 
     // 4. per rule: sizes, drop empties, sort, hold back running owners, risk rule
     std::vector<RegelErgebnis> ergebnisse;
@@ -181,8 +122,8 @@ std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::vector<Re
     return ergebnisse;
 }
 
-std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::function<void(double)>& fortschritt) {
-    return pruefe(umgebung, regeln(umgebung.profil), fortschritt);
+std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, Steuerung* steuerung) {
+    return pruefe(umgebung, regeln(umgebung.profil), steuerung);
 }
 
 }  // namespace Katalog

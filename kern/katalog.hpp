@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "kern/datensaetze.hpp"
+#include "kern/steuerung.hpp"
 
 namespace hainbrem {
 
@@ -35,15 +36,15 @@ const std::vector<Regel>& regeln(Katalogprofil profil = standardProfil);
 // The rule with this id, or null.
 const Regel* regel(std::string_view id, Katalogprofil profil = standardProfil);
 
-// Runs the rules one after another, then measures every finding (at most 6 at a time).
-// `fortschritt` receives the finished fraction 0..1 once per measured finding, from the
-// calling thread. `abbrechen`, when given, is polled between rules and measurements; once it
-// answers true no further work starts and what was found so far is evaluated.
+// Runs the rules one after another, then measures every finding (at most 6 at a time). The
+// control learns the number of findings (`gesamt`) once all rules have run and counts measured
+// findings in `erledigt`, their bytes in `bytes`. `halt` is asked between rules and between
+// measurements; once it is set no further work starts and what was measured so far is
+// evaluated.
 std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::vector<Regel>& regeln,
-                                  const std::function<void(double)>& fortschritt = {},
-                                  const std::function<bool()>& abbrechen = {});
+                                  Steuerung* steuerung = nullptr);
 // All rules of the environment's profile.
-std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::function<void(double)>& fortschritt = {});
+std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, Steuerung* steuerung = nullptr);
 
 // Chrome keeps old framework versions beside the one "Current" points to. The rule looks in
 // /Applications; both parts take the folder so they can be tried on a fixture.

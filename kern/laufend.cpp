@@ -2,19 +2,13 @@
 
 #include <memory>
 
+#include "basis/pfade.hpp"
 #include "kern/text.hpp"
 #include "plattform/prozesse.hpp"
 
 namespace hainbrem {
 
 namespace {
-
-std::string klein(std::string_view s) {
-    std::string r(s);
-    for (char& c : r)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return r;
-}
 
 std::string_view dateiname(std::string_view pfad) {
     const size_t schnitt = pfad.rfind('/');

@@ -2,21 +2,18 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
-#include <condition_variable>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <mutex>
-#include <system_error>
-#include <thread>
 #include <vector>
 
+#include "kern/arbeiter.hpp"
 #include "kern/groesse.hpp"
 #include "plattform/dateisystem.hpp"
 #include "plattform/plattform.hpp"
@@ -44,37 +41,6 @@ std::string fehlerText(int nummer) {
         case ENFILE: return "Zu viele offene Dateien";
         default: return std::string("Systemfehler: ") + std::strerror(nummer);
     }
-}
-
-namespace {
-
-bool liegtIn(const std::string& pfad, std::string ordner) {
-    while (ordner.size() > 1 && ordner.back() == '/') ordner.pop_back();
-    if (ordner == "/") return true;
-    return pfad == ordner || (pfad.size() > ordner.size() && pfad.starts_with(ordner) && pfad[ordner.size()] == '/');
-}
-
-}  // namespace
-
-bool imEchtenHomeWaehrendTest(const fs::path& pfad) {
-    const char* test = std::getenv("HAINBREM_TEST");
-    if (!test || std::string_view(test) != "1") return false;
-    const passwd* pw = ::getpwuid(::getuid());
-    if (!pw || !pw->pw_dir || !*pw->pw_dir) return true;  // unknown: refuse rather than guess
-    const std::string echt = fs::path(pw->pw_dir).lexically_normal().native();
-    const fs::path absolut = pfad.is_absolute() ? pfad : fs::current_path() / pfad;
-    if (liegtIn(absolut.lexically_normal().native(), echt)) return true;
-    // also through links in the parent chain, resolved as text and as the kernel resolves them
-    std::error_code e;
-    const fs::path echtReal = fs::weakly_canonical(pw->pw_dir, e);
-    if (echtReal.empty()) return true;
-    const fs::path elternReal = fs::weakly_canonical(absolut.lexically_normal().parent_path(), e);
-    if (!elternReal.empty() && liegtIn((elternReal / absolut.filename()).native(), echtReal.native())) return true;
-    const std::string& roh = absolut.native();
-    const size_t schnitt = roh.rfind('/');
-    const std::string elternRoh = schnitt == 0 ? "/" : roh.substr(0, schnitt);
-    std::unique_ptr<char, decltype(&std::free)> kern(::realpath(elternRoh.c_str(), nullptr), &std::free);
-    return kern && liegtIn(std::string(kern.get()) + "/" + roh.substr(schnitt + 1), echtReal.native());
 }
 
 namespace {
@@ -110,41 +76,24 @@ bool istBerechtigung(int e) { return e == EACCES || e == EPERM; }
 
 constexpr const char* einhaengepunktText = "Nicht alles gelöscht – hier ist ein anderer Datenträger eingehängt";
 
+// Every folder is one piece of work for the pool; the newest first keeps the open descriptors
+// near depth × threads.
 class Loescher {
 public:
-    explicit Loescher(std::string wurzelName) : wurzelName_(std::move(wurzelName)) {}
+    Loescher(std::string wurzelName, unsigned faeden)
+        : wurzelName_(std::move(wurzelName)), arbeiter_(faeden, Arbeiter::Reihenfolge::neuesteZuerst) {}
 
-    LoeschErgebnis lauf(int elternFd, unsigned faeden) {
+    LoeschErgebnis lauf(int elternFd) {
         wurzel_ = std::make_shared<LoeschOrdner>();
         wurzel_->fd = elternFd;
         wurzel_->offen = 1;
-        stapel_.push_back({wurzel_, wurzelName_});
-        std::vector<std::thread> helfer;
-        for (unsigned i = 1; i < faeden; ++i) {
-            try {
-                helfer.emplace_back([this] { arbeite(); });
-            } catch (const std::system_error&) {
-                break;  // no thread to be had: this one does the work alone
-            }
-        }
-        arbeite();
-        for (auto& t : helfer) t.join();
+        bearbeite(Aufgabe{wurzel_, wurzelName_});
+        arbeiter_.warte([this] { return fertig_; });
         wurzel_.reset();
         return ergebnis_;
     }
 
 private:
-    void arbeite() {
-        for (;;) {
-            std::unique_lock l(m_);
-            cv_.wait(l, [&] { return fertig_ || !stapel_.empty(); });
-            if (stapel_.empty()) return;
-            Aufgabe a = std::move(stapel_.back());
-            stapel_.pop_back();
-            l.unlock();
-            bearbeite(std::move(a));
-        }
-    }
 
     static std::string relPfad(const std::shared_ptr<LoeschOrdner>& k, const std::string& name) {
         std::string r = name;
@@ -215,12 +164,7 @@ private:
         }
         if (!unterordner.empty()) {
             k->offen.fetch_add(static_cast<long>(unterordner.size()));
-            {
-                std::lock_guard l(m_);
-                for (auto& n : unterordner) stapel_.push_back({k, std::move(n)});
-            }
-            if (unterordner.size() == 1) cv_.notify_one();
-            else cv_.notify_all();
+            for (auto& n : unterordner) arbeiter_.gib([this, a = Aufgabe{k, std::move(n)}]() mutable { bearbeite(std::move(a)); });
         }
         abschluss(k);
     }
@@ -253,9 +197,7 @@ private:
         while (k) {
             if (k->offen.fetch_sub(1) != 1) return;
             if (!k->eltern) {  // the item itself is done
-                std::lock_guard l(m_);
-                fertig_ = true;
-                cv_.notify_all();
+                arbeiter_.melde([this] { fertig_ = true; });
                 return;
             }
             ::close(k->fd);
@@ -277,12 +219,10 @@ private:
 
     std::string wurzelName_;
     std::shared_ptr<LoeschOrdner> wurzel_;
-    std::mutex m_;
-    std::condition_variable cv_;
-    std::vector<Aufgabe> stapel_;  // last in, first out: keeps open descriptors near depth × threads
-    bool fertig_ = false;
+    bool fertig_ = false;  // under the pool's lock
     std::mutex fehlerM_;
     LoeschErgebnis ergebnis_;
+    Arbeiter arbeiter_;  // last: its helpers end before anything they use
 };
 
 LoeschErgebnis fehlschlag(int nummer, const std::string& wo) {
@@ -317,7 +257,7 @@ LoeschErgebnis loescheBaum(const fs::path& eingabe, unsigned faeden) {
     } else if (!S_ISDIR(st.st_mode)) {
         if (::unlinkat(elternFd, name.c_str(), 0) != 0) ergebnis = fehlschlag(errno, name);
     } else {
-        ergebnis = Loescher(name).lauf(elternFd, std::max(1u, faeden));
+        ergebnis = Loescher(name, std::max(1u, faeden)).lauf(elternFd);
     }
     ::close(elternFd);
     return ergebnis;

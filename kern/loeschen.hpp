@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "kern/testsperre.hpp"
+
 namespace hainbrem {
 
 struct LoeschErgebnis {
@@ -24,11 +26,6 @@ struct LoeschErgebnis {
 // its parent is resolved by the system, and its last part must be a name (not "." or "..").
 // Keeps going after a failure so that as much as possible goes, and reports the first failure.
 LoeschErgebnis loescheBaum(const std::filesystem::path& pfad, unsigned faeden = 3);
-
-// While tests run (HAINBREM_TEST=1): true when `pfad` is the real user's home folder (from the
-// password database, not HOME) or lies inside it. Everything that deletes asks this first.
-bool imEchtenHomeWaehrendTest(const std::filesystem::path& pfad);
-inline constexpr const char* testSperreText = "Testlauf: der echte Benutzerordner wird nie angefasst";
 
 // German text for an errno value, as shown in an item's error.
 std::string fehlerText(int nummer);

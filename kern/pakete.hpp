@@ -5,6 +5,8 @@
 #include <array>
 #include <string_view>
 
+#include "basis/pfade.hpp"
+
 namespace hainbrem {
 
 // Compared lower-cased against a folder's extension.
@@ -21,14 +23,8 @@ inline bool istPaketName(std::string_view name) {
     const size_t punkt = name.rfind('.');
     if (punkt == std::string_view::npos || punkt == 0) return false;
     const std::string_view endung = name.substr(punkt + 1);
-    if (endung.empty() || endung.size() > 13) return false;
-    char klein[13];
-    for (size_t i = 0; i < endung.size(); ++i) {
-        const char c = endung[i];
-        klein[i] = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    const std::string_view k(klein, endung.size());
-    return std::find(paketEndungen.begin(), paketEndungen.end(), k) != paketEndungen.end();
+    return std::any_of(paketEndungen.begin(), paketEndungen.end(),
+                       [&](std::string_view e) { return gleichOhneFall(endung, e); });
 }
 
 }  // namespace hainbrem

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "basis/pfade.hpp"
 #include "kern/befehl.hpp"
 #include "kern/eigenschaftsliste.hpp"
 #include "kern/rechnen.hpp"
@@ -159,11 +160,6 @@ bool enthaeltWurzel(const json& g) {
     return false;
 }
 
-bool liegtUnter(const std::string& pfad, const std::string& punkt) {
-    if (punkt == "/") return true;
-    return pfad == punkt || (pfad.starts_with(punkt) && pfad.size() > punkt.size() && pfad[punkt.size()] == '/');
-}
-
 struct Sammlung {
     std::vector<Platte::Volume> volumes;
     std::vector<std::pair<size_t, std::string>> punkte;  // volume index, mount point
@@ -210,7 +206,7 @@ std::optional<Platte> Platte::ausLsblk(std::string_view text, const std::filesys
         size_t besteLaenge = 0;
         std::optional<size_t> daten;
         for (const auto& [i, p] : s.punkte)
-            if (liegtUnter(h, p) && p.size() >= besteLaenge) {
+            if (liegtInOderIst(h, p) && p.size() >= besteLaenge) {
                 besteLaenge = p.size();
                 daten = i;
             }

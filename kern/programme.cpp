@@ -3,12 +3,12 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cctype>
 #include <map>
 #include <system_error>
-#include <thread>
 
+#include "basis/pfade.hpp"
+#include "kern/arbeiter.hpp"
 #include "kern/befehl.hpp"
 #include "kern/eigenschaftsliste.hpp"
 #include "kern/groesse.hpp"
@@ -45,12 +45,6 @@ std::string Verwaist::vermuteterName() const { return Programme::vermuteterName(
 namespace Programme {
 
 namespace {
-
-std::string klein(std::string_view s) {
-    std::string aus(s);
-    for (auto& c : aus) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return aus;
-}
 
 bool gehoertZu(std::string_view kennung, std::string_view id) {
     return !id.empty() && (kennung == id || (kennung.size() > id.size() && kennung.starts_with(id) &&
@@ -89,17 +83,21 @@ bool istMaschinenTeil(std::string_view teil) {
                        [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) || c == '-'; });
 }
 
+// Measuring waits on the disk more than on the processor: a few threads, each item on one.
 template <typename Arbeit>
 void parallel(size_t anzahl, Arbeit&& arbeit) {
-    std::atomic<size_t> naechster{0};
-    auto schleife = [&] {
-        for (size_t i = naechster++; i < anzahl; i = naechster++) arbeit(i);
-    };
-    const unsigned faeden =
-        static_cast<unsigned>(std::min<size_t>(anzahl, std::clamp(std::thread::hardware_concurrency(), 2u, 6u)));
-    std::vector<std::jthread> helfer;
-    for (unsigned f = 1; f < faeden; ++f) helfer.emplace_back(schleife);
-    schleife();
+    Arbeiter arbeiter(static_cast<unsigned>(std::min<size_t>(anzahl, Arbeiter::kerne(2, 6))));
+    arbeiter.fuerAlle(anzahl, arbeit);
+}
+
+// Measures one item for the control: its stop cuts the measurement short (absent then), the
+// entries counted are none of the control's units.
+std::optional<int64_t> miss(const fs::path& pfad, Steuerung& s) {
+    Steuerung innen(s.halt);
+    const Groesse::Messung m = Groesse::miss(pfad, 1, &innen);
+    if (m.angehalten) return std::nullopt;
+    s.dazu(0, m.bytes);
+    return m.bytes;
 }
 
 Fund rest(const fs::path& pfad, const std::string& besitzer, bool vorgewaehlt) {
@@ -127,8 +125,36 @@ bool istOrdner(const fs::path& pfad) {
 
 bool istBundleName(std::string_view name) { return name.size() > 4 && klein(name).ends_with(".app"); }
 
-void miss(std::vector<Fund>& funde) {
-    parallel(funde.size(), [&](size_t i) { funde[i].bytes = Groesse::belegt(funde[i].url, 1); });
+// The leftovers of one program in the Library, not yet measured.
+std::vector<Fund> findeReste(const std::string& von, const std::string& name, const std::set<std::string>& andereIDs,
+                             const std::set<std::string>& andereNamen, const Umgebung& umgebung) {
+    const std::string id = klein(von);
+    const std::string nameKlein = klein(name);
+    std::vector<std::string> andere;
+    for (const auto& a : andereIDs) andere.push_back(klein(a));
+    bool nameFrei = !nameKlein.empty();
+    for (const auto& n : andereNamen)
+        if (klein(n) == nameKlein) nameFrei = false;
+
+    std::vector<Fund> funde;
+    for (std::string_view ordnerName : libraryOrdner) {
+        const fs::path ordner = umgebung.home / "Library" / ordnerName;
+        const bool perNamen = Namen::enthaelt(namensOrdner, ordnerName);
+        const bool persoenlich = Namen::enthaelt(persoenlicheOrdner, ordnerName);
+        for (const auto& eintrag : eintraege(ordner)) {
+            const std::string n = klein(eintrag);
+            bool treffer = gehoertZu(n, id) || (ordnerName == "Group Containers" && istGruppenContainer(n, id));
+            // com.example.editor.lite is the other program's, not a part of com.example.editor
+            if (treffer)
+                for (const auto& a : andere)
+                    if (a.size() > id.size() && gehoertZu(a, id) &&
+                        (gehoertZu(n, a) || (ordnerName == "Group Containers" && istGruppenContainer(n, a))))
+                        treffer = false;
+            if (!treffer && perNamen && nameFrei && n == nameKlein) treffer = true;
+            if (treffer) funde.push_back(rest(ordner / eintrag, von, !persoenlich));
+        }
+    }
+    return funde;
 }
 
 }  // namespace
@@ -209,38 +235,29 @@ std::optional<Programm> lies(const fs::path& bundle) {
 }
 
 std::vector<Fund> reste(const std::string& von, const std::string& name, const std::set<std::string>& andereIDs,
-                        const std::set<std::string>& andereNamen, const Umgebung& umgebung) {
-    const std::string id = klein(von);
-    const std::string nameKlein = klein(name);
-    std::vector<std::string> andere;
-    for (const auto& a : andereIDs) andere.push_back(klein(a));
-    bool nameFrei = !nameKlein.empty();
-    for (const auto& n : andereNamen)
-        if (klein(n) == nameKlein) nameFrei = false;
-
-    std::vector<Fund> funde;
-    for (std::string_view ordnerName : libraryOrdner) {
-        const fs::path ordner = umgebung.home / "Library" / ordnerName;
-        const bool perNamen = Namen::enthaelt(namensOrdner, ordnerName);
-        const bool persoenlich = Namen::enthaelt(persoenlicheOrdner, ordnerName);
-        for (const auto& eintrag : eintraege(ordner)) {
-            const std::string n = klein(eintrag);
-            bool treffer = gehoertZu(n, id) || (ordnerName == "Group Containers" && istGruppenContainer(n, id));
-            // com.example.editor.lite is the other program's, not a part of com.example.editor
-            if (treffer)
-                for (const auto& a : andere)
-                    if (a.size() > id.size() && gehoertZu(a, id) &&
-                        (gehoertZu(n, a) || (ordnerName == "Group Containers" && istGruppenContainer(n, a))))
-                        treffer = false;
-            if (!treffer && perNamen && nameFrei && n == nameKlein) treffer = true;
-            if (treffer) funde.push_back(rest(ordner / eintrag, von, !persoenlich));
+                        const std::set<std::string>& andereNamen, const Umgebung& umgebung, Steuerung* steuerung) {
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s = steuerung ? *steuerung : ersatz;
+    std::vector<Fund> funde = findeReste(von, name, andereIDs, andereNamen, umgebung);
+    s.gesamt.store(static_cast<int64_t>(funde.size()), std::memory_order_relaxed);
+    std::vector<char> gemessen(funde.size(), 0);
+    parallel(funde.size(), [&](size_t i) {
+        if (s.angehalten()) return;
+        if (const auto b = miss(funde[i].url, s)) {
+            funde[i].bytes = *b;
+            gemessen[i] = 1;
+            s.dazu(1);
         }
-    }
-    miss(funde);
-    return funde;
+    });
+    std::vector<Fund> aus;
+    for (size_t i = 0; i < funde.size(); ++i)
+        if (gemessen[i]) aus.push_back(std::move(funde[i]));
+    return aus;
 }
 
-std::vector<Programm> alle(const Umgebung& umgebung, const std::vector<fs::path>& ordner) {
+std::vector<Programm> alle(const Umgebung& umgebung, const std::vector<fs::path>& ordner, Steuerung* steuerung) {
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s = steuerung ? *steuerung : ersatz;
     std::vector<Programm> programme;
     const auto nimm = [&](const fs::path& bundle) {
         auto p = lies(bundle);
@@ -248,6 +265,7 @@ std::vector<Programm> alle(const Umgebung& umgebung, const std::vector<fs::path>
     };
     for (const auto& o : ordner) {
         for (const auto& eintrag : eintraege(o)) {
+            if (s.angehalten()) return {};
             const fs::path pfad = o / eintrag;
             if (!istOrdner(pfad)) continue;
             if (istBundleName(eintrag)) {
@@ -260,30 +278,48 @@ std::vector<Programm> alle(const Umgebung& umgebung, const std::vector<fs::path>
                 if (istBundleName(kind) && istOrdner(pfad / kind)) nimm(pfad / kind);
         }
     }
+    s.gesamt.store(static_cast<int64_t>(programme.size()), std::memory_order_relaxed);
+    // one piece of work per program: its bundle, its date and its leftovers, each measured on
+    // the thread that found them
+    std::vector<char> fertig(programme.size(), 0);
     parallel(programme.size(), [&](size_t i) {
-        programme[i].bytes = Groesse::belegt(programme[i].url, 1);
-        programme[i].zuletztBenutzt = zuletztBenutzt(programme[i].url);
-    });
-    for (size_t i = 0; i < programme.size(); ++i) {
+        Programm& p = programme[i];
+        if (s.angehalten()) return;
+        const auto bytes = miss(p.url, s);
+        if (!bytes) return;
+        p.bytes = *bytes;
+        p.zuletztBenutzt = zuletztBenutzt(p.url);
         std::set<std::string> andereIDs, andereNamen;
-        for (size_t j = 0; j < programme.size(); ++j) {
-            if (j == i) continue;
+        for (const auto& q : programme) {
             // a second copy of the same program is no other program
-            if (klein(programme[j].bundleID) == klein(programme[i].bundleID)) continue;
-            andereIDs.insert(programme[j].bundleID);
-            andereNamen.insert(programme[j].name);
+            if (&q == &p || klein(q.bundleID) == klein(p.bundleID)) continue;
+            andereIDs.insert(q.bundleID);
+            andereNamen.insert(q.name);
         }
-        programme[i].reste = reste(programme[i].bundleID, programme[i].name, andereIDs, andereNamen, umgebung);
-    }
-    std::stable_sort(programme.begin(), programme.end(), [](const Programm& a, const Programm& b) {
+        p.reste = findeReste(p.bundleID, p.name, andereIDs, andereNamen, umgebung);
+        for (auto& f : p.reste) {
+            const auto b = miss(f.url, s);
+            if (!b) return;
+            f.bytes = *b;
+        }
+        fertig[i] = 1;
+        s.dazu(1);
+    });
+    // stopped: only the programs looked at in full
+    std::vector<Programm> aus;
+    for (size_t i = 0; i < programme.size(); ++i)
+        if (fertig[i]) aus.push_back(std::move(programme[i]));
+    std::stable_sort(aus.begin(), aus.end(), [](const Programm& a, const Programm& b) {
         const int64_t x = addiere(a.bytes, a.resteBytes()), y = addiere(b.bytes, b.resteBytes());
         if (x != y) return x > y;
         return a.name < b.name;
     });
-    return programme;
+    return aus;
 }
 
-std::vector<Programm> alle(const Umgebung& umgebung) { return alle(umgebung, standardOrdner(umgebung)); }
+std::vector<Programm> alle(const Umgebung& umgebung, Steuerung* steuerung) {
+    return alle(umgebung, standardOrdner(umgebung), steuerung);
+}
 
 std::set<std::string> dienstLabels(std::string_view ausgabe) {
     std::set<std::string> labels;
@@ -332,7 +368,9 @@ bool dienstProgrammExistiert(const fs::path& agent) {
 }
 
 std::vector<Verwaist> verwaist(const std::vector<Programm>& installiert, const Umgebung& umgebung,
-                               const std::set<std::string>& dienste) {
+                               const std::set<std::string>& dienste, Steuerung* steuerung) {
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s = steuerung ? *steuerung : ersatz;
     std::set<std::string> hersteller, ids, labels;
     for (const auto& p : installiert) {
         hersteller.insert(vendor(p.bundleID));
@@ -346,6 +384,7 @@ std::vector<Verwaist> verwaist(const std::vector<Programm>& installiert, const U
     for (std::string_view ordnerName : libraryOrdner) {
         const fs::path ordner = umgebung.home / "Library" / ordnerName;
         for (const auto& eintrag : eintraege(ordner)) {
+            if (s.angehalten()) return {};
             const std::string kennung = kennungAus(eintrag, ordnerName);
             const std::string k = klein(kennung);
             const size_t punkt = k.find('.');
@@ -369,7 +408,27 @@ std::vector<Verwaist> verwaist(const std::vector<Programm>& installiert, const U
     std::vector<Fund*> alleFunde;
     for (auto& g : aus)
         for (auto& f : g.funde) alleFunde.push_back(&f);
-    parallel(alleFunde.size(), [&](size_t i) { alleFunde[i]->bytes = Groesse::belegt(alleFunde[i]->url, 1); });
+    s.gesamt.store(static_cast<int64_t>(alleFunde.size()), std::memory_order_relaxed);
+    std::vector<char> gemessen(alleFunde.size(), 0);
+    parallel(alleFunde.size(), [&](size_t i) {
+        if (s.angehalten()) return;
+        if (const auto b = miss(alleFunde[i]->url, s)) {
+            alleFunde[i]->bytes = *b;
+            gemessen[i] = 1;
+            s.dazu(1);
+        }
+    });
+    // stopped: the findings measured so far, groups left empty dropped
+    if (s.angehalten()) {
+        size_t i = 0;
+        for (auto& g : aus) {
+            std::vector<Fund> behalten;
+            for (auto& f : g.funde)
+                if (gemessen[i++]) behalten.push_back(std::move(f));
+            g.funde = std::move(behalten);
+        }
+        std::erase_if(aus, [](const Verwaist& g) { return g.funde.empty(); });
+    }
     for (auto& g : aus)
         std::sort(g.funde.begin(), g.funde.end(), [](const Fund& a, const Fund& b) {
             if (a.bytes != b.bytes) return a.bytes > b.bytes;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "kern/datensaetze.hpp"
+#include "kern/steuerung.hpp"
 
 namespace hainbrem {
 
@@ -58,22 +59,28 @@ std::vector<fs::path> standardOrdner(const Umgebung& umgebung);
 
 // Every program in `ordner` (children ending in ".app", and those one folder further down in a
 // folder that is no package), Apple's own left out, each with its leftovers; largest first by
-// bundle plus leftovers.
-std::vector<Programm> alle(const Umgebung& umgebung, const std::vector<fs::path>& ordner);
-std::vector<Programm> alle(const Umgebung& umgebung);
+// bundle plus leftovers. The control counts programs (`gesamt` once listed, `erledigt` when
+// measured with their leftovers) and measured bytes; stopped, it returns the programs done.
+std::vector<Programm> alle(const Umgebung& umgebung, const std::vector<fs::path>& ordner,
+                           Steuerung* steuerung = nullptr);
+std::vector<Programm> alle(const Umgebung& umgebung, Steuerung* steuerung = nullptr);
 
 // One bundle as a Programm without leftovers; absent when it has no readable identifier.
 std::optional<Programm> lies(const fs::path& bundle);
 
 // The leftovers of the program with id `von` and display name `name`, given the ids and names
-// of all other installed programs.
+// of all other installed programs. The control counts measured leftovers; stopped, the
+// measured ones.
 std::vector<Fund> reste(const std::string& von, const std::string& name, const std::set<std::string>& andereIDs,
-                        const std::set<std::string>& andereNamen, const Umgebung& umgebung);
+                        const std::set<std::string>& andereNamen, const Umgebung& umgebung,
+                        Steuerung* steuerung = nullptr);
 
 // Leftovers of programs that are nowhere installed, grouped per bundle id. `dienste` are the
-// labels of loaded background services.
+// labels of loaded background services. The control counts measured leftovers (`gesamt` once
+// they are listed); stopped, the measured ones.
 std::vector<Verwaist> verwaist(const std::vector<Programm>& installiert, const Umgebung& umgebung,
-                               const std::set<std::string>& dienste);
+                               const std::set<std::string>& dienste, Steuerung* steuerung = nullptr);
+// With the services loaded now.
 std::vector<Verwaist> verwaist(const std::vector<Programm>& installiert, const Umgebung& umgebung);
 
 // Labels of loaded background services ("/bin/launchctl list"); empty where there is none.

@@ -6,9 +6,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
-#include <thread>
 
+#include "basis/pfade.hpp"
+#include "kern/arbeiter.hpp"
 #include "kern/dienste.hpp"
 #include "kern/groesse.hpp"
 #include "kern/namen.hpp"
@@ -27,7 +27,9 @@ Zeitpunkt alsZeitpunkt(const struct timespec& t) {
 
 }  // namespace
 
-std::vector<std::pair<fs::path, fs::path>> sammle(int tiefe, const Umgebung& umgebung, const Abbruch& abbrechen) {
+std::vector<std::pair<fs::path, fs::path>> sammle(int tiefe, const Umgebung& umgebung, Steuerung* steuerung) {
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s = steuerung ? *steuerung : ersatz;
     std::vector<std::pair<fs::path, fs::path>> paare;
     const SafetyGuard waechter(umgebung.home, umgebung.temp);
     bool abgebrochen = false;
@@ -36,7 +38,7 @@ std::vector<std::pair<fs::path, fs::path>> sammle(int tiefe, const Umgebung& umg
         struct stat st;
         if (::stat(wurzel.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) continue;
         Groesse::durchlaufe(wurzel, [&](const Groesse::Eintrag& e) {
-            if (abbrechen && abbrechen()) {
+            if (s.angehalten()) {
                 abgebrochen = true;
                 return Groesse::Weiter::abbrechen;
             }
@@ -100,45 +102,47 @@ std::vector<std::pair<fs::path, fs::path>> ohneVerschachtelte(std::vector<std::p
     return kandidaten;
 }
 
-std::vector<Bauabfall> finde(const Umgebung& umgebung, int tiefe, const Abbruch& abbrechen, Zeitpunkt jetzt) {
+std::vector<Bauabfall> finde(const Umgebung& umgebung, int tiefe, Steuerung* steuerung, Zeitpunkt jetzt) {
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s = steuerung ? *steuerung : ersatz;
     const std::vector<std::string> dienste = dienstPfade(umgebung);
-    const auto kandidaten = ohneVerschachtelte(sammle(tiefe, umgebung, abbrechen));
-    if (kandidaten.empty() || (abbrechen && abbrechen())) return {};
+    const auto kandidaten = ohneVerschachtelte(sammle(tiefe, umgebung, &s));
+    if (kandidaten.empty() || s.angehalten()) return {};
+    s.gesamt.store(static_cast<int64_t>(kandidaten.size()), std::memory_order_relaxed);
 
     std::vector<Bauabfall> ergebnis(kandidaten.size());
-    std::atomic<size_t> naechster{0};
-    auto arbeite = [&] {
-        for (size_t i = naechster++; i < kandidaten.size(); i = naechster++) {
-            if (abbrechen && abbrechen()) return;
-            const auto& [ordner, projekt] = kandidaten[i];
-            Bauabfall& b = ergebnis[i];
-            b.projekt = projekt;
-            b.zuletzt = juengsteAenderung(projekt, ordner.filename().native());
-            const bool genutzt = std::any_of(dienste.begin(), dienste.end(), [&](const std::string& d) {
-                return Dienste::liegtIn(d, projekt.native());
-            });
-            b.fund.url = ordner;
-            b.fund.art = Entsorgung::loeschen;
-            b.fund.bytes = Groesse::belegt(ordner, 1);
-            if (b.zuletzt && jetzt - *b.zuletzt > ruhezeit && !genutzt) {
-                b.fund.vorgewaehlt = true;
-            } else if (genutzt) {
-                b.fund.titel = ordner.filename().native() + std::string(dienstHinweis);
-            }
+    std::vector<char> fertig(kandidaten.size(), 0);
+    // every candidate is its own piece of work for a bounded set of threads
+    Arbeiter arbeiter(static_cast<unsigned>(std::min<size_t>(kandidaten.size(), Arbeiter::kerne(2, 8))));
+    arbeiter.fuerAlle(kandidaten.size(), [&](size_t i) {
+        if (s.angehalten()) return;
+        const auto& [ordner, projekt] = kandidaten[i];
+        Bauabfall& b = ergebnis[i];
+        b.projekt = projekt;
+        b.zuletzt = juengsteAenderung(projekt, ordner.filename().native());
+        const bool genutzt = std::any_of(dienste.begin(), dienste.end(),
+                                         [&](const std::string& d) { return liegtInOderIst(d, projekt.native()); });
+        b.fund.url = ordner;
+        b.fund.art = Entsorgung::loeschen;
+        Steuerung innen(s.halt);  // counts entries, which are no candidates
+        const Groesse::Messung m = Groesse::miss(ordner, 1, &innen);
+        if (m.angehalten) return;
+        b.fund.bytes = m.bytes;
+        if (b.zuletzt && jetzt - *b.zuletzt > ruhezeit && !genutzt) {
+            b.fund.vorgewaehlt = true;
+        } else if (genutzt) {
+            b.fund.titel = ordner.filename().native() + std::string(dienstHinweis);
         }
-    };
-    // Every candidate is its own piece of work; a bounded set of threads takes them in turn.
-    const unsigned faeden = static_cast<unsigned>(
-        std::min<size_t>(kandidaten.size(), std::clamp(std::thread::hardware_concurrency(), 2u, 8u)));
-    {
-        std::vector<std::jthread> helfer;
-        for (unsigned f = 1; f < faeden; ++f) helfer.emplace_back(arbeite);
-        arbeite();
-    }
-    if (abbrechen && abbrechen()) return {};
-    std::stable_sort(ergebnis.begin(), ergebnis.end(),
+        fertig[i] = 1;
+        s.dazu(1, m.bytes);
+    });
+    // stopped: only the candidates looked at in full
+    std::vector<Bauabfall> aus;
+    for (size_t i = 0; i < ergebnis.size(); ++i)
+        if (fertig[i]) aus.push_back(std::move(ergebnis[i]));
+    std::stable_sort(aus.begin(), aus.end(),
                      [](const Bauabfall& a, const Bauabfall& b) { return a.fund.bytes > b.fund.bytes; });
-    return ergebnis;
+    return aus;
 }
 
 }  // namespace hainbrem::Projekte

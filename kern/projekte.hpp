@@ -2,7 +2,6 @@
 // Build folders of the user's developer projects: dependency folders, build outputs and
 // virtual environments that one command rebuilds.
 #include <array>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "kern/datensaetze.hpp"
+#include "kern/steuerung.hpp"
 
 namespace hainbrem {
 
@@ -36,12 +36,9 @@ inline constexpr std::chrono::seconds ruhezeit{2'592'000};
 
 inline constexpr std::string_view dienstHinweis = " (ein Hintergrunddienst nutzt dieses Projekt)";
 
-using Abbruch = std::function<bool()>;
-
 // The walk: pairs (build folder, project folder) that the guard allows, in walk order.
-// Returns nothing at all once `abbrechen` answers true.
-std::vector<std::pair<fs::path, fs::path>> sammle(int tiefe, const Umgebung& umgebung,
-                                                   const Abbruch& abbrechen = {});
+// Returns nothing at all once the control's `halt` is set.
+std::vector<std::pair<fs::path, fs::path>> sammle(int tiefe, const Umgebung& umgebung, Steuerung* steuerung = nullptr);
 
 // Paths the user's background services use (launch agents, systemd units, autostart).
 std::vector<std::string> dienstPfade(const Umgebung& umgebung);
@@ -52,7 +49,9 @@ std::optional<Zeitpunkt> juengsteAenderung(const fs::path& projekt, std::string_
 
 // The whole search: walk, drop candidates inside other candidates, evaluate each in parallel,
 // largest first (equal sizes keep walk order). `jetzt` is the time ages are measured against.
-std::vector<Bauabfall> finde(const Umgebung& umgebung, int tiefe = standardTiefe, const Abbruch& abbrechen = {},
+// The control counts candidates (`gesamt` after the walk, `erledigt` when evaluated) and their
+// bytes; stopped, it returns the candidates evaluated in full.
+std::vector<Bauabfall> finde(const Umgebung& umgebung, int tiefe = standardTiefe, Steuerung* steuerung = nullptr,
                              Zeitpunkt jetzt = std::chrono::system_clock::now());
 
 // Removes every candidate that lies inside another candidate; order kept.

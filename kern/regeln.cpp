@@ -6,6 +6,7 @@
 #include <climits>
 #include <cstdlib>
 
+#include "basis/pfade.hpp"
 #include "kern/finder.hpp"
 #include "kern/groesse.hpp"
 #include "kern/katalog.hpp"
@@ -121,9 +122,7 @@ std::vector<Fund> findeProgrammCaches(const Umgebung& u) {
         if (RegelNamen::nachschlagen(RegelNamen::browserCaches, n)) continue;
         if (Namen::enthaelt(RegelNamen::eigeneRegelCaches, n)) continue;
         if (n.starts_with("com.apple.") && !Namen::enthaelt(Namen::appleCachesErlaubt, n)) continue;
-        std::string klein = n;
-        for (char& c : klein) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        if (Namen::enthaelt(Namen::keinCache, klein)) continue;
+        if (Namen::enthaelt(Namen::keinCache, klein(n))) continue;
         // names without a dot usually belong to system services: found, but left unticked
         funde.push_back(fund(e, Entsorgung::loeschen, RegelNamen::besitzerFuer(n), n.find('.') != std::string::npos));
     }
@@ -220,9 +219,7 @@ std::vector<Fund> findePlaywright(const Umgebung& u) {
 std::vector<Fund> findeWerkzeugCaches(const Umgebung& u) {
     std::vector<fs::path> eintraege;
     for (const auto& e : kinder(u.home / ".cache")) {
-        std::string klein = name(e);
-        for (char& c : klein) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        if (name(e) == "huggingface" || Namen::enthaelt(Namen::keinCache, klein)) continue;
+        if (name(e) == "huggingface" || Namen::enthaelt(Namen::keinCache, klein(name(e)))) continue;
         eintraege.push_back(e);
     }
     return unveraenderteEintraege(eintraege);
@@ -300,7 +297,7 @@ std::vector<Fund> intern::findeTemporaer(const Umgebung& u) {
     const std::string heim = ::realpath(u.home.c_str(), puffer) ? puffer : u.home.native();
     for (const auto& e : kinder(waehleTemp(u.home, u.temp).ordner)) {
         const std::string n = name(e);
-        if (heim.starts_with(aufgeloest(e) + "/")) continue;  // a home below /tmp is no temp file
+        if (liegtIn(heim, aufgeloest(e))) continue;  // a home below /tmp is no temp file
         if (n.starts_with("com.apple.") || n.starts_with("TemporaryItems")) continue;
         struct stat st;
         if (::lstat(e.c_str(), &st) != 0) continue;

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "basis/pfade.hpp"
 #include "kern/eigenschaftsliste.hpp"
 #include "kern/namen.hpp"
 #include "plattform/plattform.hpp"
@@ -23,31 +24,9 @@ constexpr std::string_view chromeVersionen =
 constexpr std::string_view chromeKopien = "X/com.google.Chrome.code_sign_clone";
 constexpr std::string_view mailAnhaenge = "library/containers/com.apple.mail/data/library/mail downloads";
 
-// Every table name is ASCII, so ASCII lower-casing is all the comparisons need.
-std::string klein(std::string_view s) {
-    std::string r(s);
-    for (char& c : r)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return r;
-}
-
-bool gleichOhneFall(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) return false;
-    for (size_t i = 0; i < a.size(); ++i) {
-        char x = a[i], y = b[i];
-        if (x >= 'A' && x <= 'Z') x = static_cast<char>(x - 'A' + 'a');
-        if (y >= 'A' && y <= 'Z') y = static_cast<char>(y - 'A' + 'a');
-        if (x != y) return false;
-    }
-    return true;
-}
-
-// `pfad` lies strictly below `ordner` (not the folder itself).
-bool liegtUnter(std::string_view pfad, std::string_view ordner) {
-    return pfad.size() > ordner.size() + 1 && pfad.starts_with(ordner) && pfad[ordner.size()] == '/';
-}
-
-bool gleichOderUnter(std::string_view rel, std::string_view wurzel) { return rel == wurzel || liegtUnter(rel, wurzel); }
+// Below the home or temp folder. A root given as either would hand the whole disk to their
+// rules, so it holds nothing here.
+bool liegtUnter(std::string_view pfad, std::string_view ordner) { return ordner != "/" && liegtIn(pfad, ordner); }
 
 std::optional<std::string> echterPfad(const std::string& pfad) {
     std::unique_ptr<char, decltype(&std::free)> echt(::realpath(pfad.c_str(), nullptr), &std::free);
@@ -57,9 +36,7 @@ std::optional<std::string> echterPfad(const std::string& pfad) {
 
 std::string aufgeloestOderGegeben(const fs::path& p) {
     if (auto echt = echterPfad(p.native())) return *echt;
-    std::string s = p.native();
-    while (s.size() > 1 && s.back() == '/') s.pop_back();
-    return s;
+    return std::string(ohneSchraegstrichAmEnde(p.native()));
 }
 
 // Calls `f(name)` for every entry but "." and ".."; `f` returns false to stop. False when the
@@ -123,12 +100,9 @@ int vergleicheVersion(std::string_view a, std::string_view b) {
 
 // The part of `p` below home, from the home as given or as resolved; empty when outside.
 std::string relativZuHomeGenau(const fs::path& p, const fs::path& gegeben, const std::string& echt) {
-    std::string s = p.lexically_normal().native();
-    while (s.size() > 1 && s.back() == '/') s.pop_back();
-    std::string g = gegeben.lexically_normal().native();
-    while (g.size() > 1 && g.back() == '/') g.pop_back();
-    for (const std::string& basis : {g, echt})
-        if (liegtUnter(s, basis)) return s.substr(basis.size() + 1);
+    const std::string s = p.lexically_normal().native();
+    for (const std::string& basis : {gegeben.lexically_normal().native(), echt})
+        if (liegtUnter(s, basis)) return std::string(relativ(s, basis));
     return {};
 }
 
@@ -184,47 +158,48 @@ TempWahl SafetyGuard::benutzerTemp(const fs::path& home) { return waehleTemp(hom
 
 Urteil SafetyGuard::pruefe(const fs::path& url, Entsorgung art) const {
     const std::string& roh = url.native();
-    if (roh.empty() || roh.find('\0') != std::string::npos) return Urteil::abgelehnt("Kein gültiger Pfad");
-    if (roh.front() != '/') return Urteil::abgelehnt("Kein gültiger Pfad");
-    if (hatPunktTeil(roh.substr(0, roh.rfind('/')))) return Urteil::abgelehnt("Kein gültiger Pfad");
+    if (roh.empty() || roh.find('\0') != std::string::npos) return Urteil::abgelehnt(Ablehnung::keinGueltigerPfad);
+    if (roh.front() != '/') return Urteil::abgelehnt(Ablehnung::keinGueltigerPfad);
+    if (hatPunktTeil(roh.substr(0, roh.rfind('/')))) return Urteil::abgelehnt(Ablehnung::keinGueltigerPfad);
 
     const size_t schnitt = roh.rfind('/');
     std::string name = roh.substr(schnitt + 1);
     // A trailing "/" leaves no name: such a path would reach through a link to its target.
-    if (name.empty() || name == "." || name == ".." || name == "/") return Urteil::abgelehnt("Kein gültiger Name");
+    if (name.empty() || name == "." || name == ".." || name == "/")
+        return Urteil::abgelehnt(Ablehnung::keinGueltigerName);
 
     // Only the parent chain is resolved: a symbolic link is judged as the link, never its target.
     const std::optional<std::string> eltern = echterPfad(schnitt == 0 ? std::string("/") : roh.substr(0, schnitt));
     struct stat st {};
     if (!eltern || ::stat(eltern->c_str(), &st) != 0 || !S_ISDIR(st.st_mode))
-        return Urteil::abgelehnt("Ordner existiert nicht");
+        return Urteil::abgelehnt(Ablehnung::ordnerFehlt);
     if (auto aufPlatte = nameAufPlatte(name, *eltern)) name = std::move(*aufPlatte);
     const std::string pfad = *eltern == "/" ? "/" + name : *eltern + "/" + name;
 
     if (pfad == home_) return pruefeImHome(pfad, "", art);
-    if (liegtUnter(pfad, home_)) return pruefeImHome(pfad, pfad.substr(home_.size() + 1), art);
+    if (liegtUnter(pfad, home_)) return pruefeImHome(pfad, std::string(relativ(pfad, home_)), art);
 
     if (liegtUnter(pfad, temp_)) return pruefeTemp(pfad, art);
     if (profil_ == Katalogprofil::linuxDesktop && liegtUnter(pfad, absturzOrdner_)) return pruefeAbsturz(pfad, art);
 
     const std::string kopien = (fs::path(temp_).parent_path() / chromeKopien).native();
     if (liegtUnter(pfad, kopien))
-        return art == Entsorgung::loeschen ? Urteil::erlaubt() : Urteil::abgelehnt("Wird gelöscht, nicht verschoben");
+        return art == Entsorgung::loeschen ? Urteil::erlaubt() : Urteil::abgelehnt(Ablehnung::wirdGeloescht);
 
-    if (!liegtUnter(pfad, programme_)) return Urteil::abgelehnt("Liegt außerhalb deines Benutzerordners");
+    if (!liegtUnter(pfad, programme_)) return Urteil::abgelehnt(Ablehnung::ausserhalb);
     return pruefeProgramm(pfad, art);
 }
 
 Urteil SafetyGuard::pruefeTemp(const std::string& pfad, Entsorgung art) const {
-    if (art != Entsorgung::loeschen) return Urteil::abgelehnt("Temporäre Dateien werden gelöscht, nicht verschoben");
-    if (liegtUnter(home_, pfad)) return Urteil::abgelehnt(std::string(enthaeltHome));
+    if (art != Entsorgung::loeschen) return Urteil::abgelehnt(Ablehnung::tempWirdGeloescht);
+    if (liegtUnter(home_, pfad)) return Urteil::abgelehnt(Ablehnung::enthaeltHome);
     // Only what is ours: the entry directly in the temp folder and the item itself.
     const std::string rest = pfad.substr(temp_.size() + 1);
     const std::string eintrag = temp_ + "/" + rest.substr(0, rest.find('/'));
     const uid_t ich = ::geteuid();
     for (const std::string& p : {eintrag, pfad}) {
         struct stat st {};
-        if (::lstat(p.c_str(), &st) == 0 && st.st_uid != ich) return Urteil::abgelehnt(std::string(fremderEintrag));
+        if (::lstat(p.c_str(), &st) == 0 && st.st_uid != ich) return Urteil::abgelehnt(Ablehnung::fremderEintrag);
     }
     return Urteil::erlaubt();
 }
@@ -232,49 +207,46 @@ Urteil SafetyGuard::pruefeTemp(const std::string& pfad, Entsorgung art) const {
 // Crash reports lie in one shared folder: only the user's own files directly in it, and only
 // deleted (the Trash would keep them on the same disk).
 Urteil SafetyGuard::pruefeAbsturz(const std::string& pfad, Entsorgung art) const {
-    if (art != Entsorgung::loeschen) return Urteil::abgelehnt("Wird gelöscht, nicht verschoben");
+    if (art != Entsorgung::loeschen) return Urteil::abgelehnt(Ablehnung::wirdGeloescht);
     struct stat st {};
     if (pfad.find('/', absturzOrdner_.size() + 1) != std::string::npos || ::lstat(pfad.c_str(), &st) != 0 ||
         !S_ISREG(st.st_mode))
-        return Urteil::abgelehnt("Nur einzelne Absturzberichte");
-    if (st.st_uid != ::geteuid()) return Urteil::abgelehnt(std::string(fremderEintrag));
+        return Urteil::abgelehnt(Ablehnung::nurAbsturzberichte);
+    if (st.st_uid != ::geteuid()) return Urteil::abgelehnt(Ablehnung::fremderEintrag);
     return Urteil::erlaubt();
 }
 
 Urteil SafetyGuard::pruefeImHome(const std::string& pfad, const std::string& rel, Entsorgung art) const {
-    if (rel.empty()) return Urteil::abgelehnt("Das ist dein Benutzerordner");
+    if (rel.empty()) return Urteil::abgelehnt(Ablehnung::benutzerordner);
     const std::vector<std::string> teile = teileVon(rel);
     const std::string relKlein = klein(rel);
 
     if (teile.size() == 1)
         for (std::string_view g : Namen::geschuetzteHomeOrdner)
-            if (gleichOhneFall(teile[0], g)) return Urteil::abgelehnt("Standardordner bleiben immer");
+            if (gleichOhneFall(teile[0], g)) return Urteil::abgelehnt(Ablehnung::standardordner);
     for (const std::string& z : zusatzStandardordner_)
-        if (relKlein == z) return Urteil::abgelehnt("Standardordner bleiben immer");
+        if (relKlein == z) return Urteil::abgelehnt(Ablehnung::standardordner);
     // ~/.local/<x> is to Linux what ~/Library/<x> is to macOS.
     if (!plattform::istMacOS && teile.size() == 2 && klein(teile[0]) == ".local")
-        return Urteil::abgelehnt("Standardordner bleiben immer");
+        return Urteil::abgelehnt(Ablehnung::standardordner);
 
-    if (teile.size() == 2 && klein(teile[0]) == "library")
-        return Urteil::abgelehnt("Grundordner der Library bleiben immer");
+    if (teile.size() == 2 && klein(teile[0]) == "library") return Urteil::abgelehnt(Ablehnung::libraryGrundordner);
 
     // Mail attachments may go, the folder holding them stays.
-    if (!liegtUnter(relKlein, mailAnhaenge) && (relKlein.starts_with("library/group containers/group.com.apple.") ||
-                                                relKlein.starts_with("library/containers/com.apple.")))
-        return Urteil::abgelehnt("Daten eines Apple-Programms");
+    if (!liegtIn(relKlein, mailAnhaenge) && (relKlein.starts_with("library/group containers/group.com.apple.") ||
+                                             relKlein.starts_with("library/containers/com.apple.")))
+        return Urteil::abgelehnt(Ablehnung::appleDaten);
 
     for (std::string_view zone : Namen::sperrzonen)
-        if (gleichOderUnter(relKlein, klein(zone)))
-            return Urteil::abgelehnt(zone.starts_with("Library/Mobile Documents")
-                                         ? "iCloud-Dateien werden nur ausgelagert, nie gelöscht"
-                                         : "Geschützter Bereich");
-    if (!verlaufRel_.empty() && gleichOderUnter(relKlein, verlaufRel_)) return Urteil::abgelehnt("Geschützter Bereich");
+        if (liegtInOderIst(relKlein, klein(zone)))
+            return Urteil::abgelehnt(zone.starts_with("Library/Mobile Documents") ? Ablehnung::iCloud
+                                                                                  : Ablehnung::geschuetzt);
+    if (!verlaufRel_.empty() && liegtInOderIst(relKlein, verlaufRel_)) return Urteil::abgelehnt(Ablehnung::geschuetzt);
 
     for (const std::string& t : teile)
-        if (klein(t) == ".git") return Urteil::abgelehnt("Liegt in einem Git-Archiv");
+        if (klein(t) == ".git") return Urteil::abgelehnt(Ablehnung::gitArchiv);
     for (const std::string& t : teile)
-        if (klein(t).ends_with(".photoslibrary"))
-            return Urteil::abgelehnt("Fotos-Mediathek – bitte in Fotos verwalten");
+        if (klein(t).ends_with(".photoslibrary")) return Urteil::abgelehnt(Ablehnung::fotos);
 
     // Programs in the user's own Applications folder are judged like those of the system.
     if (teile.front() == "Applications" && teile.back().ends_with(".app")) return pruefeProgramm(pfad, art);
@@ -286,17 +258,16 @@ Urteil SafetyGuard::pruefeImHome(const std::string& pfad, const std::string& rel
 Urteil SafetyGuard::darfLoeschen(const std::string& pfad, const std::string& rel,
                                  const std::vector<std::string>& teile) const {
     const auto wurzelUrteil = [&](std::string_view w, bool nurInhalt) -> std::optional<Urteil> {
-        if (!gleichOderUnter(rel, w)) return std::nullopt;
-        if (rel == w && nurInhalt) return Urteil::abgelehnt("Nur der Inhalt, nicht der Ordner selbst");
+        if (!liegtInOderIst(rel, w)) return std::nullopt;
+        if (rel == w && nurInhalt) return Urteil::abgelehnt(Ablehnung::nurInhalt);
         if (w == "Library/Caches") {
             const std::string& b = teile[2];
             if (b.starts_with("com.apple.") && !Namen::enthaelt(Namen::appleCachesErlaubt, b))
-                return Urteil::abgelehnt("Apple-Systemcache – wird nicht angefasst");
-            if (Namen::enthaelt(Namen::keinCache, klein(b)))
-                return Urteil::abgelehnt("Enthält echte Daten, kein reiner Cache");
+                return Urteil::abgelehnt(Ablehnung::appleCache);
+            if (Namen::enthaelt(Namen::keinCache, klein(b))) return Urteil::abgelehnt(Ablehnung::echteDaten);
         }
         if (w == ".cache" && teile.size() >= 2 && Namen::enthaelt(Namen::keinCache, klein(teile[1])))
-            return Urteil::abgelehnt("Enthält echte Daten, kein reiner Cache");
+            return Urteil::abgelehnt(Ablehnung::echteDaten);
         return Urteil::erlaubt();
     };
     for (std::string_view w : Namen::loeschWurzeln)
@@ -304,8 +275,8 @@ Urteil SafetyGuard::darfLoeschen(const std::string& pfad, const std::string& rel
     // The Linux Trash (and its records) is treated like ~/.Trash. This allows deleting, so only
     // the exact spelling counts: on a case-sensitive disk ".../TRASH/files" is somebody's folder.
     for (const std::string* w : {&papierkorbGenau_, &papierkorbInfoGenau_})
-        if (!w->empty() && gleichOderUnter(rel, *w))
-            return rel == *w ? Urteil::abgelehnt("Nur der Inhalt, nicht der Ordner selbst") : Urteil::erlaubt();
+        if (!w->empty() && liegtInOderIst(rel, *w))
+            return rel == *w ? Urteil::abgelehnt(Ablehnung::nurInhalt) : Urteil::erlaubt();
 
     if (profil_ == Katalogprofil::linuxDesktop)
         if (auto u = darfLoeschenLinux(pfad, teile)) return *u;
@@ -317,7 +288,7 @@ Urteil SafetyGuard::darfLoeschen(const std::string& pfad, const std::string& rel
     if (n >= 7 && teile[0] == "Library" && teile[1] == "Containers" && teile[3] == "Data" && teile[4] == "Library" &&
         teile[5] == "Caches" && !teile[2].starts_with("com.apple."))
         return Urteil::erlaubt();
-    if (n == 0) return Urteil::abgelehnt("Kein Cache – darf nur in den Papierkorb");
+    if (n == 0) return Urteil::abgelehnt(Ablehnung::keinCache);
 
     const std::string eltern = pfad.substr(0, pfad.rfind('/'));
     // Electron apps keep every installed version beside the newest one.
@@ -325,23 +296,23 @@ Urteil SafetyGuard::darfLoeschen(const std::string& pfad, const std::string& rel
         const auto neueste = neuesteAppVersion(eltern);
         if (neueste && *neueste != teile[3]) return Urteil::erlaubt();
     }
-    if (teile[0] == "Library") return Urteil::abgelehnt("Kein Cache – darf nur in den Papierkorb");
+    if (teile[0] == "Library") return Urteil::abgelehnt(Ablehnung::keinCache);
 
     const Namen::Bauordner* bau = Namen::bauordnerFuer(teile.back());
-    if (!bau) return Urteil::abgelehnt("Kein Cache – darf nur in den Papierkorb");
+    if (!bau) return Urteil::abgelehnt(Ablehnung::keinCache);
     if (teile.back() == "DerivedData") {
         bool projekt = false;
         listeOrdner(eltern, [&](std::string_view e) {
             projekt = e.ends_with(".xcodeproj") || e.ends_with(".xcworkspace");
             return !projekt;
         });
-        return projekt ? Urteil::erlaubt() : Urteil::abgelehnt("Kein Projekt daneben – könnte eigene Daten sein");
+        return projekt ? Urteil::erlaubt() : Urteil::abgelehnt(Ablehnung::keinProjekt);
     }
     for (std::string_view marker : bau->marker) {
         struct stat st {};
         if (::stat((eltern + "/").append(marker).c_str(), &st) == 0) return Urteil::erlaubt();
     }
-    return Urteil::abgelehnt("Kein Projekt daneben – könnte eigene Daten sein");
+    return Urteil::abgelehnt(Ablehnung::keinProjekt);
 }
 
 // The Linux desktop's own places; none when no rule of them speaks for the path.
@@ -349,10 +320,10 @@ std::optional<Urteil> SafetyGuard::darfLoeschenLinux(const std::string& pfad, co
     const size_t n = teile.size();
     for (const Namen::Wurzel& w : Namen::linuxLoeschWurzeln)
         if (const auto k = passtMuster(w.muster, teile)) {
-            if (*k == n && w.nurInhalt) return Urteil::abgelehnt("Nur der Inhalt, nicht der Ordner selbst");
+            if (*k == n && w.nurInhalt) return Urteil::abgelehnt(Ablehnung::nurInhalt);
             // a sandboxed program's cache may hold real data as ~/.cache may
             if (w.nurInhalt && Namen::enthaelt(Namen::keinCache, klein(teile[*k])))
-                return Urteil::abgelehnt("Enthält echte Daten, kein reiner Cache");
+                return Urteil::abgelehnt(Ablehnung::echteDaten);
             return Urteil::erlaubt();
         }
     for (std::string_view ort : Namen::linuxProtokollOrte)
@@ -368,45 +339,44 @@ std::optional<Urteil> SafetyGuard::darfLoeschenLinux(const std::string& pfad, co
             if (::lstat(pfad.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) break;  // a version is a folder
             const auto neueste = neuesterOrdner(pfad.substr(0, pfad.rfind('/')));
             if (neueste && *neueste != teile.back()) return Urteil::erlaubt();
-            return Urteil::abgelehnt(std::string(neuesteVersion));
+            return Urteil::abgelehnt(Ablehnung::neuesteVersion);
         }
     return std::nullopt;
 }
 
 Urteil SafetyGuard::pruefeProgramm(const std::string& pfad, Entsorgung art) const {
     const std::string versionen = programme_ + std::string(chromeVersionen);
-    if (liegtUnter(pfad, versionen)) {
+    if (liegtIn(pfad, versionen)) {
         const std::string r = pfad.substr(versionen.size() + 1);
         if (r.find('/') == std::string::npos) {
-            if (art == Entsorgung::papierkorb) return Urteil::abgelehnt("Wird gelöscht, nicht verschoben");
+            if (art == Entsorgung::papierkorb) return Urteil::abgelehnt(Ablehnung::wirdGeloescht);
             std::string ziel(4096, '\0');
             const ssize_t laenge = ::readlink((versionen + "/Current").c_str(), ziel.data(), ziel.size());
             ziel.resize(laenge > 0 ? static_cast<size_t>(laenge) : 0);
-            if (r == "Current" || r == ziel || ziel.empty())
-                return Urteil::abgelehnt("Das ist die laufende Chrome-Version");
+            if (r == "Current" || r == ziel || ziel.empty()) return Urteil::abgelehnt(Ablehnung::laufendeChromeVersion);
             return Urteil::erlaubt();
         }
     }
-    if (!pfad.ends_with(".app")) return Urteil::abgelehnt("Nur ganze Programme");
-    if (art != Entsorgung::papierkorb) return Urteil::abgelehnt("Programme gehen in den Papierkorb");
+    if (!pfad.ends_with(".app")) return Urteil::abgelehnt(Ablehnung::nurGanzeProgramme);
+    if (art != Entsorgung::papierkorb) return Urteil::abgelehnt(Ablehnung::programmeInPapierkorb);
     const std::string eltern = pfad.substr(0, pfad.rfind('/'));
     // ".app" anywhere on the way inside the Applications folder makes it part of another program
     // (Contents/Helpers/…, "Foo.appx/Bar.app"); the folder's own location does not count, so a
     // home named "john.appleseed" keeps its ~/Applications.
     std::string_view innen = eltern;
     for (const std::string& basis : {programme_, home_ + "/Applications"})
-        if (eltern == basis || liegtUnter(eltern, basis)) {
+        if (liegtInOderIst(eltern, basis)) {
             innen.remove_prefix(basis.size());
             break;
         }
-    if (innen.find(".app") != std::string_view::npos) return Urteil::abgelehnt("Liegt in einem anderen Programm");
+    if (innen.find(".app") != std::string_view::npos) return Urteil::abgelehnt(Ablehnung::inAnderemProgramm);
 
     std::string kennung;
     if (auto liste = Eigenschaftsliste::ausDatei(pfad + "/Contents/Info.plist"))
         kennung = liste->wurzel().feld("CFBundleIdentifier").text().value_or("");
-    if (kennung.starts_with("com.apple.")) return Urteil::abgelehnt("Apple-Programm – gehört zu macOS");
+    if (kennung.starts_with("com.apple.")) return Urteil::abgelehnt(Ablehnung::appleProgramm);
     if (!eigeneKennung_.empty() && !kennung.empty() && kennung == eigeneKennung_)
-        return Urteil::abgelehnt("Das bin ich selbst");
+        return Urteil::abgelehnt(Ablehnung::selbst);
     return Urteil::erlaubt();
 }
 

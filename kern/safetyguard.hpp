@@ -25,11 +25,6 @@ public:
                 const std::filesystem::path& absturzOrdner = Namen::absturzOrdner);
 
     static constexpr std::string_view standardKennung = "de.hainbrem.Hainbrem";
-    // The shared temp folder of a Linux system holds other users' entries too.
-    static constexpr std::string_view fremderEintrag = "Gehört einem anderen Benutzer – wird nicht angefasst";
-    // A temp entry that holds the home folder (a home below /tmp) is never temporary.
-    static constexpr std::string_view enthaeltHome = "Enthält deinen Benutzerordner";
-    static constexpr std::string_view neuesteVersion = "Die neueste Version bleibt";
 
     // The user's temp folder as far as it may be trusted, and why the configured one was not.
     static std::filesystem::path benutzerTemp();

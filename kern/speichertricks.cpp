@@ -1,10 +1,12 @@
 #include "kern/speichertricks.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <ctime>
 #include <map>
 
+#include "basis/pfade.hpp"
 #include "kern/befehl.hpp"
 #include "kern/groesse.hpp"
 #include "kern/plattenstand.hpp"
@@ -62,18 +64,13 @@ std::string anzeigeName(const fs::path& datei, const fs::path& home) {
         if (schnitt == std::string_view::npos) return "iCloud Drive";
         return "iCloud Drive/" + std::string(rest.substr(0, schnitt));
     }
-    const std::string mobil = (home / "Library/Mobile Documents").native() + "/";
-    if (p.starts_with(mobil)) {
-        std::string_view container = std::string_view(p).substr(mobil.size());
+    if (std::string_view container = relativ(p, (home / "Library/Mobile Documents").native()); !container.empty()) {
         container = container.substr(0, container.find('/'));
         const size_t tilde = container.rfind('~');
         return "App: " + std::string(tilde == std::string_view::npos ? container : container.substr(tilde + 1));
     }
-    const std::string h = home.native() + "/";
-    if (p.starts_with(h)) {
-        const std::string_view rel = std::string_view(p).substr(h.size());
+    if (const std::string_view rel = relativ(p, home.native()); !rel.empty())
         return std::string(rel.substr(0, rel.find('/')));
-    }
     return datei.parent_path().filename().native();
 }
 
@@ -94,17 +91,34 @@ std::vector<ICloudOrdner> gruppiere(const std::vector<Datei>& dateien, const fs:
     return aus;
 }
 
-std::vector<ICloudOrdner> geladen(const Umgebung& umgebung) {
+std::vector<ICloudOrdner> geladen(const Umgebung& umgebung, Steuerung* steuerung) {
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s = steuerung ? *steuerung : ersatz;
+    static constexpr std::array<const char*, 3> wurzeln{"Library/Mobile Documents", "Desktop", "Documents"};
+    s.gesamt.store(static_cast<int64_t>(wurzeln.size()), std::memory_order_relaxed);
     std::vector<Datei> dateien;
-    for (const char* wurzel : {"Library/Mobile Documents", "Desktop", "Documents"})
-        for (auto& d : plattform::geladeneCloudDateien(umgebung.home / wurzel))
+    for (const char* wurzel : wurzeln) {
+        if (s.angehalten()) break;
+        int64_t bytes = 0;
+        for (auto& d : plattform::geladeneCloudDateien(umgebung.home / wurzel)) {
+            bytes = addiere(bytes, d.bytes);
             dateien.push_back(Datei{std::move(d.pfad), d.bytes, d.zugriff});
+        }
+        s.dazu(1, bytes);
+    }
     return gruppiere(dateien, umgebung.home);
 }
 
-std::pair<int, int> auslagern(const std::vector<fs::path>& dateien) {
+std::pair<int, int> auslagern(const std::vector<fs::path>& dateien, Steuerung* steuerung) {
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s = steuerung ? *steuerung : ersatz;
+    s.gesamt.store(static_cast<int64_t>(dateien.size()), std::memory_order_relaxed);
     int gut = 0, schlecht = 0;
-    for (const auto& d : dateien) (plattform::cloudAuslagern(d) ? gut : schlecht)++;
+    for (const auto& d : dateien) {
+        if (s.angehalten()) break;
+        (plattform::cloudAuslagern(d) ? gut : schlecht)++;
+        s.dazu(1);
+    }
     return {gut, schlecht};
 }
 
@@ -282,13 +296,20 @@ std::optional<int64_t> swapGesamt(const Ausfuehrer& ausfuehren) {
     return aus ? swapAusSwapusage(*aus) : std::nullopt;
 }
 
-std::vector<SystemdatenPosten> messen(const Umgebung& umgebung, const Ausfuehrer& ausfuehren) {
+std::vector<SystemdatenPosten> messen(const Umgebung& umgebung, const Ausfuehrer& ausfuehren, Steuerung* steuerung) {
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s = steuerung ? *steuerung : ersatz;
+    s.gesamt.store(4, std::memory_order_relaxed);
+    // only the temp area takes long: stopped, it stays unmeasured
+    Steuerung innen(s.halt);
+    const Groesse::Messung temp = Groesse::miss(plattform::tempBereich(umgebung.temp), 2, &innen);
+    s.dazu(1, temp.bytes);
     std::vector<SystemdatenPosten> zeilen;
     zeilen.push_back({std::string(swapTitel), swapGesamt(ausfuehren),
                       "Wird der Arbeitsspeicher knapp, lagert macOS Teile davon auf die Platte aus. Mit 8 GB RAM "
                       "wächst das schnell. Es verschwindet nach einem Neustart oder wenn weniger Programme offen "
                       "sind."});
-    zeilen.push_back({std::string(tempTitel), Groesse::belegt(plattform::tempBereich(umgebung.temp)),
+    zeilen.push_back({std::string(tempTitel), temp.angehalten ? std::nullopt : std::optional(temp.bytes),
                       "Zwischenablagen von Programmen (…/var/folders). Dort liegen auch die Chrome-Kopien. Alte "
                       "Teile räumt Hainbrem unter „Aufräumen“ weg."});
     zeilen.push_back({std::string(loeschbarTitel), Plattenstand::jetzt(umgebung.home).loeschbar(),
@@ -298,6 +319,7 @@ std::vector<SystemdatenPosten> messen(const Umgebung& umgebung, const Ausfuehrer
                       std::nullopt,
                       "Time Machine hält stündliche Stände auf der internen Platte, bis zu 24 Stunden lang. Solange "
                       "es sie gibt, macht Löschen keinen Platz frei, denn der Schnappschuss hält die Daten fest."});
+    s.dazu(3);
     return zeilen;
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "kern/datensaetze.hpp"
+#include "kern/steuerung.hpp"
 
 namespace hainbrem {
 
@@ -49,14 +50,15 @@ struct Datei {
     std::optional<Zeitpunkt> zugriff;
 };
 
-// Folders whose cloud files are fully held on this machine, largest first.
-std::vector<ICloudOrdner> geladen(const Umgebung& umgebung);
+// Folders whose cloud files are fully held on this machine, largest first. The control counts
+// the three places looked through and the bytes held; stopped, what was seen so far.
+std::vector<ICloudOrdner> geladen(const Umgebung& umgebung, Steuerung* steuerung = nullptr);
 // Groups files by display name; largest first, equal sizes by name.
 std::vector<ICloudOrdner> gruppiere(const std::vector<Datei>& dateien, const fs::path& home);
 // "iCloud Drive", "iCloud Drive/<folder>", "App: <name>", "Desktop", "Documents".
 std::string anzeigeName(const fs::path& datei, const fs::path& home);
-// Keeps the files only in the cloud; (evicted, failed).
-std::pair<int, int> auslagern(const std::vector<fs::path>& dateien);
+// Keeps the files only in the cloud; (evicted, failed). Stopped between files, the rest stays.
+std::pair<int, int> auslagern(const std::vector<fs::path>& dateien, Steuerung* steuerung = nullptr);
 // The system setting "optimize-storage" of "com.apple.bird"; nothing when unset.
 std::optional<bool> optimierenAn(const Ausfuehrer& ausfuehren = standardAusfuehrer());
 // `defaults read` output for a boolean: "1"/"0", "true"/"false", "YES"/"NO".
@@ -88,8 +90,10 @@ inline constexpr std::string_view tempTitel = "Temporäre Ordner deines Benutzer
 inline constexpr std::string_view loeschbarTitel = "Löschbarer Speicher";
 inline constexpr std::string_view schnappschussTitel = "Lokale Schnappschüsse: ";
 
-// Always four rows in this order: swap, temp area, purgeable, snapshots (count only).
-std::vector<SystemdatenPosten> messen(const Umgebung& umgebung, const Ausfuehrer& ausfuehren = standardAusfuehrer());
+// Always four rows in this order: swap, temp area, purgeable, snapshots (count only). The
+// control counts rows; stopped, the temp area stays unmeasured.
+std::vector<SystemdatenPosten> messen(const Umgebung& umgebung, const Ausfuehrer& ausfuehren = standardAusfuehrer(),
+                                      Steuerung* steuerung = nullptr);
 
 // Total swap in bytes. macOS: `sysctl vm.swapusage` ("vm.swapusage: total = 2048.00M  used
 // = …"); Linux: /proc/swaps (sizes in KiB). Nothing on malformed text.

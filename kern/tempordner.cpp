@@ -3,6 +3,7 @@
 #include <climits>
 #include <cstdlib>
 
+#include "basis/pfade.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem {
@@ -17,14 +18,9 @@ std::optional<fs::path> echt(const fs::path& p) {
     return fs::path(puffer);
 }
 
-// Component-wise, so /a/bc is not inside /a/b; a folder is inside itself.
+// Both resolved, so their text says where they are.
 bool inOderGleich(const fs::path& pfad, const fs::path& ordner) {
-    auto p = pfad.begin();
-    for (auto o = ordner.begin(); o != ordner.end(); ++o, ++p) {
-        if (o->empty()) continue;  // a trailing slash
-        if (p == pfad.end() || *p != *o) return false;
-    }
-    return true;
+    return liegtInOderIst(pfad.native(), ordner.native());
 }
 
 }  // namespace

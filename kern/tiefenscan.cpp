@@ -1,659 +1,27 @@
+// The deep scan's entry points and the disk layouts they walk: a home folder, any folder, the
+// whole start disk of Linux (its file systems on one disk) and of macOS (the data volume behind
+// its firmlinks), with virtual nodes for what no walk can see.
 #include "kern/tiefenscan.hpp"
 
 #include <dirent.h>
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
-#include <cstring>
-#include <deque>
 #include <fstream>
 #include <functional>
 #include <sstream>
-#include <thread>
 
+#include "basis/pfade.hpp"
+#include "kern/groesse.hpp"
 #include "kern/rechnen.hpp"
-#include "kern/wanderer.hpp"
-#include "kern/text.hpp"
+#include "kern/tiefengang.hpp"
 #include "plattform/plattform.hpp"
 #include "plattform/scan.hpp"
 
-namespace hainbrem {
-
-std::string DateiInfo::name() const {
-    const size_t s = pfad.rfind('/');
-    return s == std::string::npos ? pfad : pfad.substr(s + 1);
-}
-
-void Knoten::dazu(Zeiger kind) {
-    bytes = addiere(bytes, kind->bytes);
-    dateien = addiere(dateien, kind->dateien);
-    if (kind->unvollstaendig) unvollstaendig = true;
-    kinder.push_back(std::move(kind));
-}
-
-int64_t Knoten::kleinkram() const {
-    int64_t summe = 0;
-    for (const auto& k : kinder) summe = addiere(summe, k->bytes);
-    return std::max<int64_t>(subtrahiere(bytes, summe), 0);
-}
-
-std::optional<std::vector<Knoten::Zeiger>> Knoten::weg(std::string_view ziel) const {
-    if (pfad == ziel) return std::vector<Zeiger>{};
-    for (const auto& k : kinder) {
-        if (auto rest = k->weg(ziel)) {
-            rest->insert(rest->begin(), k);
-            return rest;
-        }
-    }
-    return std::nullopt;
-}
-
-Knoten::Zeiger Knoten::finde(const Zeiger& selbst, std::string_view ziel) {
-    if (!selbst) return nullptr;
-    const auto w = selbst->weg(ziel);
-    if (!w) return nullptr;
-    return w->empty() ? selbst : w->back();
-}
+namespace hainbrem::Tiefenscan {
 
 namespace {
-bool groesserZuerst(const Knoten::Zeiger& a, const Knoten::Zeiger& b) {
-    if (a->bytes != b->bytes) return a->bytes > b->bytes;
-    return a->pfad < b->pfad;  // a stable order for equal sizes, whatever thread finished first
-}
-
-// Sorts largest first and keeps the first maxKinder.
-void kappe(std::vector<Knoten::Zeiger>& kinder) {
-    if (kinder.size() > Tiefenscan::maxKinder) {
-        std::partial_sort(kinder.begin(), kinder.begin() + Tiefenscan::maxKinder, kinder.end(), groesserZuerst);
-        kinder.resize(Tiefenscan::maxKinder);
-    } else {
-        std::sort(kinder.begin(), kinder.end(), groesserZuerst);
-    }
-}
-}  // namespace
-
-void Knoten::sortiere() { std::sort(kinder.begin(), kinder.end(), groesserZuerst); }
-
-namespace Tiefenscan {
-
-void Sammler::dazu(std::vector<DateiInfo>&& g, std::vector<DateiInfo>&& k, int64_t u) {
-    std::lock_guard lock(sperre);
-    if (grosse.empty())
-        grosse = std::move(g);
-    else
-        grosse.insert(grosse.end(), std::make_move_iterator(g.begin()), std::make_move_iterator(g.end()));
-    if (kandidaten.empty())
-        kandidaten = std::move(k);
-    else
-        kandidaten.insert(kandidaten.end(), std::make_move_iterator(k.begin()), std::make_move_iterator(k.end()));
-    unlesbar = addiere(unlesbar, u);
-}
-
-bool Sammler::erstesMal(dev_t geraet, ino_t inode) {
-    std::lock_guard lock(linkSperre_);
-    return gesehen_.emplace(geraet, inode).second;
-}
-
-namespace {
-
-using intern::Eintrag;
-using intern::EintragArt;
-using intern::Weiter;
-
-int64_t bloecke(const struct stat& st) { return multipliziere(alsInt64(st.st_blocks), 512); }
-
-Zeitpunkt zeitAus(const timespec& t) { return Zeitpunkt(std::chrono::seconds(t.tv_sec)); }
-
-std::string nameAus(std::string_view pfad) {
-    if (pfad == "/") return "/";
-    const size_t s = pfad.rfind('/');
-    return std::string(s == std::string_view::npos ? pfad : pfad.substr(s + 1));
-}
-
-std::string kindPfad(const std::string& eltern, std::string_view name) {
-    std::string p = eltern;
-    if (p.empty() || p.back() != '/') p.push_back('/');
-    p.append(name);
-    return p;
-}
-
-// `pfad` is `basis` or lies below it.
-bool liegtIn(std::string_view pfad, std::string_view basis) {
-    if (basis.empty()) return false;
-    if (basis == "/") return pfad.starts_with('/');
-    return pfad.starts_with(basis) && (pfad.size() == basis.size() || pfad[basis.size()] == '/');
-}
-
-std::string ohneSchraegstrich(std::string s) {
-    while (s.size() > 1 && s.back() == '/') s.pop_back();
-    return s;
-}
-
-// ---- a small pool: idle threads wait for work; a thread waiting for its children helps ----
-
-class Werkstatt {
-public:
-    explicit Werkstatt(unsigned faeden) {
-        for (unsigned i = 1; i < faeden; ++i)
-            helfer_.emplace_back([this] { warte([this] { return ende_; }); });
-    }
-    ~Werkstatt() {
-        melde([this] { ende_ = true; });
-        for (auto& t : helfer_) t.join();
-    }
-
-    void gib(std::function<void()> arbeit) {
-        {
-            std::lock_guard lock(sperre_);
-            schlange_.push_back(std::move(arbeit));
-        }
-        cv_.notify_one();
-    }
-
-    // Changes what a waiter tests, under the lock, and wakes every waiter.
-    template <typename F>
-    void melde(F&& aenderung) {
-        {
-            std::lock_guard lock(sperre_);
-            aenderung();
-        }
-        cv_.notify_all();
-    }
-
-    // Runs queued work until `fertig()` holds (tested under the lock).
-    template <typename F>
-    void warte(F&& fertig) {
-        std::unique_lock lock(sperre_);
-        while (!fertig()) {
-            if (!schlange_.empty()) {
-                auto arbeit = std::move(schlange_.front());
-                schlange_.pop_front();
-                lock.unlock();
-                arbeit();
-                lock.lock();
-                continue;
-            }
-            hungrig_.fetch_add(1, std::memory_order_relaxed);
-            cv_.wait(lock);
-            hungrig_.fetch_sub(1, std::memory_order_relaxed);
-        }
-    }
-
-    // Someone is idle: worth handing over a subfolder.
-    bool hungrig() const { return hungrig_.load(std::memory_order_relaxed) > 0; }
-
-private:
-    std::mutex sperre_;
-    std::condition_variable cv_;
-    std::deque<std::function<void()>> schlange_;
-    std::atomic<int> hungrig_{0};
-    bool ende_ = false;
-    std::vector<std::thread> helfer_;
-};
-
-unsigned anzahlFaeden() {
-    const unsigned hw = std::thread::hardware_concurrency();
-    return std::clamp(hw, 2u, 8u);
-}
-
-struct Kontext {
-    const Lauf& lauf;
-    const std::set<std::string, std::less<>>& aufteilen;
-    Sammler& sammler;
-    ScanFortschritt& fortschritt;
-    std::stop_token halt;
-    Werkstatt& werkstatt;
-    std::string bibliothek;  // kandidatenWurzel + "/Library"
-};
-
-// Where a folder stands towards the candidate folder.
-enum class Lage : uint8_t { ausserhalb, oberhalb, innen, bibliothek };
-
-Lage lageVon(std::string_view pfad, const Kontext& k) {
-    const std::string& w = k.lauf.kandidatenWurzel;
-    if (w.empty()) return Lage::ausserhalb;
-    if (liegtIn(pfad, k.bibliothek)) return Lage::bibliothek;
-    if (liegtIn(pfad, w)) return Lage::innen;
-    if (liegtIn(w, pfad)) return Lage::oberhalb;
-    return Lage::ausserhalb;
-}
-
-Lage lageDesKinds(Lage eltern, std::string_view pfad, const Kontext& k) {
-    switch (eltern) {
-        case Lage::ausserhalb:
-        case Lage::bibliothek: return eltern;
-        case Lage::oberhalb: return lageVon(pfad, k);
-        case Lage::innen:
-            return pfad.size() == k.bibliothek.size() && pfad == k.bibliothek ? Lage::bibliothek : Lage::innen;
-    }
-    return Lage::ausserhalb;
-}
-
-// Runs `arbeit(i)` for every i below n, at most maxGleichzeitig at once, and returns when all ran.
-template <typename F>
-void nebeneinander(Kontext& k, size_t n, F&& arbeit) {
-    if (n == 0) return;
-    std::mutex sperre;
-    size_t naechster = 0;
-    size_t fertig = 0;
-    std::function<void(size_t)> starte = [&](size_t i) {
-        k.werkstatt.gib([&, i] {
-            arbeit(i);
-            size_t weiter = n;
-            {
-                std::lock_guard lock(sperre);
-                if (naechster < n) weiter = naechster++;
-            }
-            if (weiter < n) starte(weiter);
-            k.werkstatt.melde([&] { ++fertig; });
-        });
-    };
-    {
-        std::lock_guard lock(sperre);
-        naechster = std::min(n, maxGleichzeitig);
-    }
-    for (size_t i = 0; i < std::min(n, maxGleichzeitig); ++i) starte(i);
-    k.werkstatt.warte([&] { return fertig == n; });
-}
-
-struct Abgabe {
-    Knoten::Zeiger knoten;
-    bool fertig = false;  // under the workshop's lock
-};
-
-// One open folder of a walk. Frames are reused, so their vectors keep their capacity.
-struct Rahmen {
-    int64_t bytes = 0;
-    int64_t dateien = 0;
-    bool unvollstaendig = false;
-    bool istPaket = false;
-    bool uebersprungen = false;
-    Lage lage = Lage::ausserhalb;
-    struct stat statt {};
-    size_t pfadLaenge = 0;
-    std::vector<Knoten::Zeiger> kinder;
-    std::vector<std::shared_ptr<Abgabe>> abgaben;  // subfolders another thread walks
-    std::vector<size_t> unfertigeKinder;           // indices into Gang::unfertig_
-};
-
-// A folder whose walk ended while subfolders handed away were still running: finished after
-// they all return.
-struct Unfertig {
-    Knoten::Zeiger knoten;
-    std::vector<std::shared_ptr<Abgabe>> abgaben;
-    std::vector<size_t> kinder;
-};
-
-// Per thread: a walk's traversal never waits, so its frames and walker are free again
-// whenever this thread picks up other work.
-struct Werkbank {
-    std::optional<intern::Wanderer> wanderer;
-    std::vector<Rahmen> rahmen;
-    std::string aktuell;  // path of the folder entered last; every open frame is a prefix
-};
-thread_local Werkbank werkbank;
-
-class Gang {
-public:
-    explicit Gang(Kontext& k) : k_(k), bank_(werkbank) {}
-
-    // Walks the folder (fd open, or -1 when it could not be opened) or file at `pfad`.
-    Knoten::Zeiger geh(int fd, const struct stat& st, const std::string& pfad, Lage lage) {
-        if (!S_ISDIR(st.st_mode)) {
-            datei(pfad.c_str(), st, lage);
-            abschluss();
-            return wurzel_;
-        }
-        if (!bank_.wanderer || bank_.wanderer->abgebrochen()) bank_.wanderer.emplace();
-        tiefe_ = 0;
-        const std::string name = nameAus(pfad);
-        bank_.aktuell.assign(pfad);
-        oeffne(st, pfad.size(), lage, name);
-        if (fd < 0) {
-            zaehleUnlesbar();
-            schliesse(pfad);
-        } else if (rahmen(0).uebersprungen) {
-            ::close(fd);
-            schliesse(pfad);
-        } else {
-            bank_.wanderer->wandere(
-                fd, st, pfad, 0, st.st_dev, name.c_str(), [this](const Eintrag& e) { return besuche(e); },
-                [this](int pfd, const char* n, const struct stat& s, const std::string& p, int) {
-                    return gibAb(pfd, n, s, p);
-                });
-        }
-        // cancelled: close what is still open, so every node holds what was counted below it
-        while (tiefe_ > 0) schliesse(std::string_view(bank_.aktuell).substr(0, rahmen(tiefe_ - 1).pfadLaenge));
-        abschluss();
-        return wurzel_;
-    }
-
-private:
-    Rahmen& rahmen(size_t i) { return bank_.rahmen[i]; }
-    Rahmen& oben() { return bank_.rahmen[tiefe_ - 1]; }
-
-    void zaehle(int64_t dateien, int64_t bytes) {
-        lokaleDateien_ += dateien;
-        lokaleBytes_ = addiere(lokaleBytes_, bytes);
-        if (lokaleDateien_ >= 2000) gibFortschritt();
-    }
-    void gibFortschritt() {
-        if (lokaleDateien_ == 0 && lokaleBytes_ == 0) return;
-        k_.fortschritt.dazu(lokaleDateien_, lokaleBytes_);
-        lokaleDateien_ = 0;
-        lokaleBytes_ = 0;
-    }
-    void zaehleUnlesbar() {
-        ++unlesbar_;
-        if (tiefe_ > 0) oben().unvollstaendig = true;
-    }
-
-    DateiInfo info(const char* pfad, const struct stat& st, int64_t groesse, int64_t belegt, bool paket) {
-        return DateiInfo{pfad,
-                         groesse,
-                         belegt,
-                         zeitAus(st.st_mtim),
-                         zeitAus(st.st_atim),
-                         static_cast<uint64_t>(st.st_ino),
-                         paket};
-    }
-
-    void datei(const char* pfad, const struct stat& st, Lage lage) {
-        int64_t belegt = bloecke(st);
-        if (st.st_nlink > 1 && !k_.sammler.erstesMal(st.st_dev, st.st_ino)) belegt = 0;
-        zaehle(1, belegt);
-        const bool regulaer = S_ISREG(st.st_mode);
-        if (tiefe_ == 0) {  // the walk was started on a file
-            wurzel_ = std::make_shared<Knoten>(nameAus(pfad), pfad, false);
-            wurzel_->bytes = belegt;
-            wurzel_->dateien = 1;
-        } else {
-            Rahmen& r = oben();
-            r.bytes = addiere(r.bytes, belegt);
-            ++r.dateien;
-            lage = r.lage;
-        }
-        // files inside a package are part of that one piece
-        if (!regulaer || paketTiefe_ >= 0) return;
-        if (belegt >= knotenAbDatei && tiefe_ > 0) {
-            auto knoten = std::make_shared<Knoten>(nameAus(pfad), pfad, false);
-            knoten->bytes = belegt;
-            knoten->dateien = 1;
-            oben().kinder.push_back(std::move(knoten));
-        }
-        if (belegt >= grossAb) grosse_.push_back(info(pfad, st, st.st_size, belegt, false));
-        if (lage == Lage::innen && st.st_size >= kandidatAb && belegt >= 1 && !plattform::istDatenlos(st))
-            kandidaten_.push_back(info(pfad, st, st.st_size, belegt, false));
-    }
-
-    void oeffne(const struct stat& st, size_t pfadLaenge, Lage lage, std::string_view name) {
-        if (bank_.rahmen.size() <= tiefe_) bank_.rahmen.emplace_back();
-        Rahmen& r = bank_.rahmen[tiefe_++];
-        r.bytes = 0;
-        r.dateien = 0;
-        r.unvollstaendig = false;
-        r.istPaket = false;
-        r.lage = lage;
-        r.statt = st;
-        r.pfadLaenge = pfadLaenge;
-        r.kinder.clear();
-        r.abgaben.clear();
-        r.unfertigeKinder.clear();
-        const std::string_view pfad = std::string_view(bank_.aktuell).substr(0, pfadLaenge);
-        // cloud-only content would be downloaded by listing; excluded paths are not looked at
-        r.uebersprungen = plattform::istDatenlos(st) || (!k_.lauf.aus.empty() && k_.lauf.aus.contains(pfad));
-        if (!r.uebersprungen && paketTiefe_ < 0 && istPaketName(name)) {
-            r.istPaket = true;
-            paketTiefe_ = static_cast<int>(tiefe_ - 1);
-        }
-    }
-
-    void schliesse(std::string_view pfad) {
-        const size_t ich = tiefe_ - 1;
-        Rahmen& r = rahmen(ich);
-        if (r.uebersprungen) {
-            --tiefe_;
-            return;
-        }
-        const int64_t eigene = bloecke(r.statt);
-        r.bytes = addiere(r.bytes, eigene);
-        zaehle(0, eigene);
-        if (paketTiefe_ == static_cast<int>(ich)) {
-            r.kinder.clear();  // a package is one piece
-            if (r.bytes >= grossAb) {
-                const std::string p(pfad);
-                grosse_.push_back(info(p.c_str(), r.statt, r.bytes, r.bytes, true));
-            }
-            paketTiefe_ = -1;
-        }
-        const bool wurzel = ich == 0;
-        const bool unfertig = !r.abgaben.empty() || !r.unfertigeKinder.empty();
-        Knoten::Zeiger knoten;
-        if (unfertig || wurzel || (r.bytes > knotenUeberOrdner && paketTiefe_ < 0)) {
-            knoten = std::make_shared<Knoten>(nameAus(pfad), std::string(pfad), true);
-            knoten->bytes = r.bytes;
-            knoten->dateien = r.dateien;
-            knoten->istPaket = r.istPaket;
-            knoten->unvollstaendig = r.unvollstaendig;
-            if (!unfertig) kappe(r.kinder);
-            knoten->kinder = std::move(r.kinder);
-        }
-        --tiefe_;
-        if (unfertig) {
-            unfertig_.push_back(Unfertig{knoten, std::move(r.abgaben), std::move(r.unfertigeKinder)});
-            if (wurzel)
-                wurzel_ = knoten;
-            else
-                oben().unfertigeKinder.push_back(unfertig_.size() - 1);
-            return;
-        }
-        if (wurzel) {
-            wurzel_ = std::move(knoten);
-            return;
-        }
-        Rahmen& eltern = oben();
-        eltern.bytes = addiere(eltern.bytes, r.bytes);
-        eltern.dateien = addiere(eltern.dateien, r.dateien);
-        if (r.unvollstaendig) eltern.unvollstaendig = true;
-        if (knoten) eltern.kinder.push_back(std::move(knoten));
-    }
-
-    Weiter besuche(const Eintrag& e) {
-        if (k_.halt.stop_requested()) return Weiter::abbrechen;
-        switch (e.art) {
-            case EintragArt::datei: datei(e.pfad, *e.statt, Lage::ausserhalb); break;
-            case EintragArt::ordnerAnfang: {
-                const size_t laenge = std::strlen(e.pfad);
-                bank_.aktuell.assign(e.pfad, laenge);
-                oeffne(*e.statt, laenge, lageDesKinds(oben().lage, bank_.aktuell, k_), e.name);
-                if (oben().uebersprungen) return Weiter::ueberspringen;
-                break;
-            }
-            case EintragArt::ordnerEnde: schliesse(e.pfad); break;
-            case EintragArt::unlesbar:
-                zaehleUnlesbar();
-                // a folder that was announced but cannot be listed ends here
-                if (e.statt && S_ISDIR(e.statt->st_mode) && tiefe_ > 0) schliesse(e.pfad);
-                break;
-        }
-        return Weiter::ja;
-    }
-
-    // After the walker announced a subfolder (its frame is on top): let an idle thread walk it.
-    bool gibAb(int pfd, const char* name, const struct stat& st, const std::string& pfad) {
-        // a folder without subfolders (link count 2) is quicker done here than handed over
-        if (paketTiefe_ >= 0 || st.st_nlink == 2 || !k_.werkstatt.hungrig()) return false;
-        const int kfd = ::openat(pfd, name, intern::ordnerFlags);
-        if (kfd < 0) return false;  // the walker reports it
-        const Lage lage = oben().lage;
-        --tiefe_;
-        auto platz = std::make_shared<Abgabe>();
-        oben().abgaben.push_back(platz);
-        alleAbgaben_.push_back(platz);
-        Kontext& k = k_;
-        k_.werkstatt.gib([&k, platz, kfd, st, p = pfad, lage] {
-            Gang gang(k);
-            auto knoten = gang.geh(kfd, st, p, lage);
-            k.werkstatt.melde([&] {
-                platz->knoten = std::move(knoten);
-                platz->fertig = true;
-            });
-        });
-        return true;
-    }
-
-    void nimmAuf(Knoten& eltern, const Knoten::Zeiger& kind) {
-        eltern.bytes = addiere(eltern.bytes, kind->bytes);
-        eltern.dateien = addiere(eltern.dateien, kind->dateien);
-        if (kind->unvollstaendig) eltern.unvollstaendig = true;
-        if (kind->bytes > knotenUeberOrdner) eltern.kinder.push_back(kind);
-    }
-
-    void abschluss() {
-        gibFortschritt();
-        k_.sammler.dazu(std::move(grosse_), std::move(kandidaten_), unlesbar_);
-        if (alleAbgaben_.empty()) return;
-        k_.werkstatt.warte([this] {
-            return std::all_of(alleAbgaben_.begin(), alleAbgaben_.end(), [](const auto& a) { return a->fertig; });
-        });
-        // left in post-order, so every unfinished child is complete before its parent
-        for (auto& u : unfertig_) {
-            Knoten& knoten = *u.knoten;
-            for (const auto& a : u.abgaben)
-                if (a->knoten) nimmAuf(knoten, a->knoten);
-            for (const size_t i : u.kinder) nimmAuf(knoten, unfertig_[i].knoten);
-            kappe(knoten.kinder);
-        }
-    }
-
-    Kontext& k_;
-    Werkbank& bank_;
-    size_t tiefe_ = 0;
-    int paketTiefe_ = -1;
-    int64_t lokaleDateien_ = 0;
-    int64_t lokaleBytes_ = 0;
-    int64_t unlesbar_ = 0;
-    std::vector<DateiInfo> grosse_;
-    std::vector<DateiInfo> kandidaten_;
-    std::vector<Unfertig> unfertig_;
-    std::vector<std::shared_ptr<Abgabe>> alleAbgaben_;
-    Knoten::Zeiger wurzel_;
-};
-
-Knoten::Zeiger gehPfad(Kontext& k, const std::string& pfad) {
-    struct stat st;
-    if (::lstat(pfad.c_str(), &st) != 0) {
-        k.sammler.dazu({}, {}, 1);
-        return nullptr;
-    }
-    if (k.lauf.geraet && st.st_dev != *k.lauf.geraet) return nullptr;
-    const int fd = S_ISDIR(st.st_mode) ? ::open(pfad.c_str(), intern::ordnerFlags) : -1;
-    Gang gang(k);
-    return gang.geh(fd, st, pfad, lageVon(pfad, k));
-}
-
-bool wirdKind(const Knoten& k) {
-    return k.istOrdner ? k.bytes > knotenUeberOrdner : k.bytes >= knotenAbDatei;
-}
-
-Knoten::Zeiger teile(Kontext& k, const std::string& pfad) {
-    if (k.halt.stop_requested()) return nullptr;
-    if (!k.aufteilen.contains(pfad)) return gehPfad(k, pfad);
-    struct stat st;
-    if (::lstat(pfad.c_str(), &st) != 0) {
-        k.sammler.dazu({}, {}, 1);
-        return nullptr;
-    }
-    if (!S_ISDIR(st.st_mode)) return gehPfad(k, pfad);
-    if (k.lauf.geraet && st.st_dev != *k.lauf.geraet) return nullptr;
-    if (plattform::istDatenlos(st)) return nullptr;
-    auto knoten = std::make_shared<Knoten>(nameAus(pfad), pfad, true);
-    knoten->bytes = bloecke(st);
-    k.fortschritt.dazu(0, knoten->bytes);
-    const int fd = ::open(pfad.c_str(), intern::ordnerFlags);
-    DIR* d = fd < 0 ? nullptr : ::fdopendir(fd);
-    if (!d) {
-        if (fd >= 0) ::close(fd);
-        knoten->unvollstaendig = true;
-        k.sammler.dazu({}, {}, 1);
-        return knoten;
-    }
-    std::vector<std::string> eintraege;
-    int64_t unlesbar = 0;
-    while (const dirent* e = ::readdir(d)) {
-        const char* n = e->d_name;
-        if (n[0] == '.' && (n[1] == '\0' || (n[1] == '.' && n[2] == '\0'))) continue;
-        std::string kp = kindPfad(pfad, n);
-        if (k.lauf.aus.contains(kp)) continue;
-        struct stat kst;
-        if (::fstatat(::dirfd(d), n, &kst, AT_SYMLINK_NOFOLLOW) != 0) {
-            ++unlesbar;
-            continue;
-        }
-        if (kst.st_dev != st.st_dev) continue;  // another file system mounted here
-        eintraege.push_back(std::move(kp));
-    }
-    ::closedir(d);
-    if (unlesbar > 0) {
-        knoten->unvollstaendig = true;
-        k.sammler.dazu({}, {}, unlesbar);
-    }
-    std::vector<Knoten::Zeiger> ergebnisse(eintraege.size());
-    nebeneinander(k, eintraege.size(), [&](size_t i) { ergebnisse[i] = teile(k, eintraege[i]); });
-    for (auto& kind : ergebnisse) {
-        if (!kind) continue;
-        knoten->bytes = addiere(knoten->bytes, kind->bytes);
-        knoten->dateien = addiere(knoten->dateien, kind->dateien);
-        if (kind->unvollstaendig) knoten->unvollstaendig = true;
-        if (wirdKind(*kind)) knoten->kinder.push_back(std::move(kind));
-    }
-    knoten->sortiere();
-    return knoten;
-}
-
-// One scan: its own pool and collector; `wurzeln` are scanned side by side.
-struct Scan {
-    Scan(const Lauf& lauf, const std::set<std::string, std::less<>>& aufteilen, ScanFortschritt& f,
-         std::stop_token halt)
-        : werkstatt(anzahlFaeden()),
-          kontext{lauf, aufteilen, sammler, f, std::move(halt), werkstatt, lauf.kandidatenWurzel + "/Library"} {}
-
-    std::vector<Knoten::Zeiger> lauf(const std::vector<std::string>& wurzeln) {
-        std::vector<Knoten::Zeiger> ergebnisse(wurzeln.size());
-        nebeneinander(kontext, wurzeln.size(), [&](size_t i) { ergebnisse[i] = teile(kontext, wurzeln[i]); });
-        return ergebnisse;
-    }
-
-    Sammler sammler;
-    Werkstatt werkstatt;
-    Kontext kontext;
-};
-
-void sortiereGrosse(std::vector<DateiInfo>& g) {
-    std::stable_sort(g.begin(), g.end(), [](const DateiInfo& a, const DateiInfo& b) { return a.belegt > b.belegt; });
-}
-
-TiefenscanErgebnis ergebnis(Knoten::Zeiger wurzel, Sammler& s, std::chrono::steady_clock::time_point start,
-                            std::vector<std::string> ausgelassen, bool ganzePlatte) {
-    TiefenscanErgebnis e;
-    e.wurzel = std::move(wurzel);
-    {
-        std::lock_guard lock(s.sperre);
-        e.grosse = std::move(s.grosse);
-        e.kandidaten = std::move(s.kandidaten);
-        e.unlesbar = s.unlesbar;
-    }
-    sortiereGrosse(e.grosse);
-    e.ausgelassen = std::move(ausgelassen);
-    e.dauer = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    e.datum = std::chrono::system_clock::now();
-    e.ganzePlatte = ganzePlatte;
-    return e;
-}
 
 std::vector<std::string> containerOrdner(const std::string& home) {
     return {home + "/Library/Containers", home + "/Library/Group Containers", home + "/Library/Daemon Containers"};
@@ -662,7 +30,7 @@ std::vector<std::string> containerOrdner(const std::string& home) {
 std::string normiert(const fs::path& p) {
     std::error_code f;
     const fs::path echt = fs::canonical(p, f);
-    return ohneSchraegstrich(f ? p.native() : echt.native());
+    return std::string(ohneSchraegstrichAmEnde(f ? p.native() : echt.native()));
 }
 
 std::string dateiText(const std::string& pfad) {
@@ -710,8 +78,7 @@ void ergaenzeVolumes(Knoten& wurzel, const std::optional<Platte>& platte,
     }
 }
 
-TiefenscanErgebnis scanneLinuxPlatte(const fs::path& homePfad, bool vollzugriff, ScanFortschritt& fortschritt,
-                                     std::stop_token halt) {
+TiefenscanErgebnis scanneLinuxPlatte(const fs::path& homePfad, bool vollzugriff, Steuerung* steuerung) {
     const auto start = std::chrono::steady_clock::now();
     const std::string home = normiert(homePfad);
     const auto einhaengungen = einhaengungenAus(plattform::einhaengTabelle());
@@ -737,7 +104,7 @@ TiefenscanErgebnis scanneLinuxPlatte(const fs::path& homePfad, bool vollzugriff,
     nimm("/", wurzelQuelle);
     for (const auto& e : einhaengungen) {
         if (e.punkt == "/" || !e.quelle.starts_with("/dev/")) continue;
-        if (std::any_of(pseudo.begin(), pseudo.end(), [&](auto p) { return liegtIn(e.punkt, p); })) continue;
+        if (std::any_of(pseudo.begin(), pseudo.end(), [&](auto p) { return liegtInOderIst(e.punkt, p); })) continue;
         if (!platteName || plattform::plattenName(e.quelle) != platteName) continue;
         nimm(e.punkt, e.quelle);
     }
@@ -757,7 +124,7 @@ TiefenscanErgebnis scanneLinuxPlatte(const fs::path& homePfad, bool vollzugriff,
         aufteilen.insert(v.punkt);
         wurzeln.push_back(v.punkt);
     }
-    Scan scan(lauf, aufteilen, fortschritt, halt);
+    Scan scan(lauf, aufteilen, steuerung);
     const auto knoten = scan.lauf(wurzeln);
     const auto platte = Platte::lesen();
 
@@ -798,38 +165,25 @@ TiefenscanErgebnis scanneLinuxPlatte(const fs::path& homePfad, bool vollzugriff,
     }
     ergaenzeVolumes(*wurzel, platte, [&](const Platte::Volume& v) { return gesehen.contains(v.geraet); });
     wurzel->sortiere();
-    return ergebnis(wurzel, scan.sammler, start, std::move(ausgelassen), true);
+    return scan.ergebnis(wurzel, start, std::move(ausgelassen), true);
 }
 
 }  // namespace
 
-Knoten::Zeiger scanne(const std::string& pfad, const std::set<std::string, std::less<>>& aufteilen,
-                      const Lauf& lauf, Sammler& sammler, ScanFortschritt& fortschritt, std::stop_token halt) {
-    Werkstatt werkstatt(anzahlFaeden());
-    Kontext k{lauf, aufteilen, sammler, fortschritt, std::move(halt), werkstatt, lauf.kandidatenWurzel + "/Library"};
-    return teile(k, pfad);
-}
-
-Knoten::Zeiger walk(const std::string& pfad, const Lauf& lauf, Sammler& sammler, ScanFortschritt& fortschritt,
-                    std::stop_token halt) {
-    return scanne(pfad, {}, lauf, sammler, fortschritt, std::move(halt));
-}
-
 TiefenscanErgebnis scanneOrdner(const fs::path& pfad, const std::string& kandidatenWurzel,
-                                ScanFortschritt& fortschritt, std::stop_token halt) {
+                                Steuerung* steuerung) {
     CloudSchutz::aktivieren();
     const auto start = std::chrono::steady_clock::now();
     const std::string p = normiert(pfad);
     Lauf lauf;
     lauf.kandidatenWurzel = kandidatenWurzel.empty() ? std::string() : normiert(kandidatenWurzel);
     const std::set<std::string, std::less<>> aufteilen{p};
-    Scan scan(lauf, aufteilen, fortschritt, std::move(halt));
+    Scan scan(lauf, aufteilen, steuerung);
     auto knoten = scan.lauf({p});
-    return ergebnis(knoten.front(), scan.sammler, start, {}, false);
+    return scan.ergebnis(knoten.front(), start, {}, false);
 }
 
-TiefenscanErgebnis scanne(const fs::path& homePfad, bool vollzugriff, ScanFortschritt& fortschritt,
-                          std::stop_token halt) {
+TiefenscanErgebnis scanne(const fs::path& homePfad, bool vollzugriff, Steuerung* steuerung) {
     CloudSchutz::aktivieren();
     const auto start = std::chrono::steady_clock::now();
     const std::string home = normiert(homePfad);
@@ -839,68 +193,25 @@ TiefenscanErgebnis scanne(const fs::path& homePfad, bool vollzugriff, ScanFortsc
     lauf.aus.insert(ausgelassen.begin(), ausgelassen.end());
     lauf.kandidatenWurzel = home;
     const std::set<std::string, std::less<>> aufteilen{home, home + "/Library"};
-    Scan scan(lauf, aufteilen, fortschritt, std::move(halt));
+    Scan scan(lauf, aufteilen, steuerung);
     auto knoten = scan.lauf({home});
-    return ergebnis(knoten.front(), scan.sammler, start, std::move(ausgelassen), false);
+    return scan.ergebnis(knoten.front(), start, std::move(ausgelassen), false);
 }
 
-TiefenscanErgebnis scanneGanzePlatte(const fs::path& home, bool vollzugriff, ScanFortschritt& fortschritt,
-                                     std::stop_token halt) {
+TiefenscanErgebnis scanneGanzePlatte(const fs::path& home, bool vollzugriff, Steuerung* steuerung) {
     CloudSchutz::aktivieren();
     if constexpr (plattform::istMacOS)
-        return scanneMacPlatte(home, vollzugriff, fortschritt, std::move(halt), MacAufbau{}, Platte::lesen());
+        return scanneMacPlatte(home, vollzugriff, steuerung, MacAufbau{}, Platte::lesen());
     else
-        return scanneLinuxPlatte(home, vollzugriff, fortschritt, std::move(halt));
+        return scanneLinuxPlatte(home, vollzugriff, steuerung);
 }
 
-std::vector<Einhaengung> einhaengungenAus(std::string_view text) {
-    // "<id> <parent> <maj:min> <root> <mount point> <options> [optional…] - <type> <source> <super options>"
-    auto istOktal = [](char c) { return c >= '0' && c <= '7'; };
-    auto entschluessele = [&](std::string_view s) {
-        std::string r;
-        for (size_t i = 0; i < s.size(); ++i) {
-            if (s[i] == '\\' && i + 3 < s.size() && istOktal(s[i + 1]) && istOktal(s[i + 2]) && istOktal(s[i + 3])) {
-                r.push_back(static_cast<char>((s[i + 1] - '0') * 64 + (s[i + 2] - '0') * 8 + (s[i + 3] - '0')));
-                i += 3;
-            } else {
-                r.push_back(s[i]);
-            }
-        }
-        return r;
-    };
-    std::vector<Einhaengung> liste;
-    for (const std::string_view zeile : zeilen(text)) {
-        std::vector<std::string_view> felder;
-        for (size_t a = 0; a < zeile.size();) {
-            const size_t b = zeile.find(' ', a);
-            const size_t e = b == std::string_view::npos ? zeile.size() : b;
-            if (e > a) felder.push_back(zeile.substr(a, e - a));
-            a = e + 1;
-        }
-        const auto strich = std::find(felder.begin(), felder.end(), "-");
-        if (felder.size() < 5 || strich == felder.end() || felder.end() - strich < 3) continue;
-        liste.push_back(
-            Einhaengung{entschluessele(felder[4]), std::string(*(strich + 1)), entschluessele(*(strich + 2))});
-    }
-    return liste;
-}
-
-std::vector<std::pair<std::string, std::string>> firmlinksAus(std::string_view text) {
-    std::vector<std::pair<std::string, std::string>> liste;
-    for (const std::string_view zeile : zeilen(text)) {
-        const size_t tab = zeile.find('\t');
-        if (tab == std::string_view::npos || tab == 0 || tab + 1 >= zeile.size() || zeile[0] != '/') continue;
-        liste.emplace_back(std::string(zeile.substr(0, tab)), std::string(zeile.substr(tab + 1)));
-    }
-    return liste;
-}
-
-TiefenscanErgebnis scanneMacPlatte(const fs::path& homePfad, bool vollzugriff, ScanFortschritt& fortschritt,
-                                   std::stop_token halt, const MacAufbau& aufbau,
+TiefenscanErgebnis scanneMacPlatte(const fs::path& homePfad, bool vollzugriff, Steuerung* steuerung,
+                                   const MacAufbau& aufbau,
                                    const std::optional<Platte>& platte) {
     const auto start = std::chrono::steady_clock::now();
     const std::string& b = aufbau.basis;
-    const std::string home = ohneSchraegstrich(homePfad.native());
+    const std::string home(ohneSchraegstrichAmEnde(homePfad.native()));
     const std::string datenPfad = b + aufbau.datenVolume;
     Lauf lauf;
     struct stat dst {};
@@ -948,7 +259,7 @@ TiefenscanErgebnis scanneMacPlatte(const fs::path& homePfad, bool vollzugriff, S
     const std::set<std::string, std::less<>> aufteilen{b + "/Users",   home,           home + "/Library",
                                                       b + "/Library", b + "/private", b + "/private/var",
                                                       b + "/Applications"};
-    Scan scan(lauf, aufteilen, fortschritt, std::move(halt));
+    Scan scan(lauf, aufteilen, steuerung);
     const auto knoten = scan.lauf(wurzeln);
 
     const Platte::Volume* system = platte ? platte->volume("System") : nullptr;
@@ -986,12 +297,7 @@ TiefenscanErgebnis scanneMacPlatte(const fs::path& homePfad, bool vollzugriff, S
     wurzel->dazu(daten);
     ergaenzeVolumes(*wurzel, platte, [](const Platte::Volume&) { return false; });
     wurzel->sortiere();
-    return ergebnis(wurzel, scan.sammler, start, std::move(ausgelassen), true);
+    return scan.ergebnis(wurzel, start, std::move(ausgelassen), true);
 }
 
-}  // namespace Tiefenscan
-}  // namespace hainbrem
-
-size_t std::hash<hainbrem::DateiInfo>::operator()(const hainbrem::DateiInfo& d) const noexcept {
-    return std::hash<std::string>{}(d.pfad) ^ (std::hash<uint64_t>{}(d.inode) << 1);
-}
+}  // namespace hainbrem::Tiefenscan

@@ -4,14 +4,12 @@
 #include <sys/types.h>
 
 #include <array>
-#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
-#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +17,7 @@
 #include "kern/datensaetze.hpp"
 #include "kern/pakete.hpp"
 #include "kern/plattenstand.hpp"
+#include "kern/steuerung.hpp"
 
 namespace hainbrem {
 
@@ -55,6 +54,8 @@ public:
 
     void dazu(Zeiger kind);
     bool istVirtuell() const { return pfad.starts_with('#'); }
+    // Sorts the children largest first and keeps the first Tiefenscan::maxKinder.
+    void kappe();
     // What is below but not shown as a child.
     int64_t kleinkram() const;
     // The nodes from below this one down to the one with `ziel` (inclusive); empty when this
@@ -74,16 +75,6 @@ struct TiefenscanErgebnis {
     double dauer = 0;
     Zeitpunkt datum{};
     bool ganzePlatte = false;
-};
-
-// Read by the interface while the scan runs.
-struct ScanFortschritt {
-    std::atomic<int64_t> dateien{0};
-    std::atomic<int64_t> bytes{0};
-    void dazu(int64_t d, int64_t b) {
-        dateien.fetch_add(d, std::memory_order_relaxed);
-        bytes.fetch_add(b, std::memory_order_relaxed);
-    }
 };
 
 namespace Tiefenscan {
@@ -121,25 +112,26 @@ private:
     std::set<std::pair<dev_t, ino_t>> gesehen_;
 };
 
+// Every scan reports through its control: files seen in `erledigt`, their bytes in `bytes`
+// (`gesamt` stays unknown). Stopped through `halt`, it returns what was counted until then, each
+// node holding exactly what was counted below it.
+
 // Home scan: split over home and home/Library; candidates inside home.
-TiefenscanErgebnis scanne(const fs::path& home, bool vollzugriff, ScanFortschritt& fortschritt,
-                          std::stop_token halt = {});
+TiefenscanErgebnis scanne(const fs::path& home, bool vollzugriff, Steuerung* steuerung = nullptr);
 
 // The whole start disk with virtual nodes for what no walk can see.
-TiefenscanErgebnis scanneGanzePlatte(const fs::path& home, bool vollzugriff, ScanFortschritt& fortschritt,
-                                     std::stop_token halt = {});
+TiefenscanErgebnis scanneGanzePlatte(const fs::path& home, bool vollzugriff, Steuerung* steuerung = nullptr);
 
 // Any folder, split at its top level; candidates inside `kandidatenWurzel`.
 TiefenscanErgebnis scanneOrdner(const fs::path& pfad, const std::string& kandidatenWurzel,
-                                ScanFortschritt& fortschritt, std::stop_token halt = {});
+                                Steuerung* steuerung = nullptr);
 
 // Parallel split: folders in `aufteilen` have their entries scanned side by side (at most
 // maxGleichzeitig at once), everything else is one walk (which hands subfolders to idle threads).
 Knoten::Zeiger scanne(const std::string& pfad, const std::set<std::string, std::less<>>& aufteilen,
-                      const Lauf& lauf, Sammler& sammler, ScanFortschritt& fortschritt, std::stop_token halt = {});
+                      const Lauf& lauf, Sammler& sammler, Steuerung& steuerung);
 // One walk of a subtree; null when the root cannot be read.
-Knoten::Zeiger walk(const std::string& pfad, const Lauf& lauf, Sammler& sammler, ScanFortschritt& fortschritt,
-                    std::stop_token halt = {});
+Knoten::Zeiger walk(const std::string& pfad, const Lauf& lauf, Sammler& sammler, Steuerung& steuerung);
 
 // ---- the disk layout, separated from the walking so it can be tested with made-up systems ----
 
@@ -160,8 +152,8 @@ struct MacAufbau {
     std::string datenVolume = "/System/Volumes/Data";
     std::string firmlinks = "/usr/share/firmlinks";
 };
-TiefenscanErgebnis scanneMacPlatte(const fs::path& home, bool vollzugriff, ScanFortschritt& fortschritt,
-                                   std::stop_token halt, const MacAufbau& aufbau, const std::optional<Platte>& platte);
+TiefenscanErgebnis scanneMacPlatte(const fs::path& home, bool vollzugriff, Steuerung* steuerung, const MacAufbau& aufbau,
+                                   const std::optional<Platte>& platte);
 
 }  // namespace Tiefenscan
 }  // namespace hainbrem

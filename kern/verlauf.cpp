@@ -15,8 +15,8 @@
 #include <random>
 #include <sstream>
 
-#include "kern/loeschen.hpp"
 #include "kern/rechnen.hpp"
+#include "kern/testsperre.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem {
@@ -42,13 +42,11 @@ int64_t Runde::imPapierkorbBytes() const {
     return s;
 }
 
-bool Runde::kannRueckgaengig() const {
-    for (const auto& p : posten) {
-        if (!p.imPapierkorb || p.zurueckgelegt) continue;
+void Runde::pruefeRueckgaengig() {
+    papierkorbBefund.wert = std::any_of(posten.begin(), posten.end(), [](const Posten& p) {
         struct stat st;
-        if (::lstat(p.imPapierkorb->c_str(), &st) == 0) return true;
-    }
-    return false;
+        return p.imPapierkorb && !p.zurueckgelegt && ::lstat(p.imPapierkorb->c_str(), &st) == 0;
+    });
 }
 
 size_t Runde::fehlerAnzahl() const {
@@ -241,6 +239,26 @@ bool rechenbar(const Runde& r) {
         if (__builtin_add_overflow(summe, p.bytes, &summe)) return false;
     return true;
 }
+// Files written before items carried their result say it only in words: read once from the
+// sentences they were made of, the only place a sentence stands for state. A name from a newer
+// version is read the same way rather than losing the file.
+PostenErgebnis ergebnisAusText(const Posten& p) {
+    if (!p.fehler) return p.art == Entsorgung::papierkorb ? PostenErgebnis::imPapierkorb : PostenErgebnis::entfernt;
+    const std::string& f = *p.fehler;
+    for (const auto e : {PostenErgebnis::schonWeg, PostenErgebnis::unterbrochen})
+        if (f == postenText(e)) return e;
+    for (const auto e : {PostenErgebnis::laeuft, PostenErgebnis::benutzt}) {
+        // the sentence around a name: what comes before and after the marker
+        const std::string muster = *postenText(e, "\x01");
+        const size_t stelle = muster.find('\x01');
+        if (f.size() > muster.size() && f.starts_with(muster.substr(0, stelle)) && f.ends_with(muster.substr(stelle + 1)))
+            return e;
+    }
+    for (auto a = Ablehnung{}; a <= Ablehnung::testlauf; a = static_cast<Ablehnung>(static_cast<int>(a) + 1))
+        if (f == grundText(a)) return PostenErgebnis::abgelehnt;
+    return PostenErgebnis::fehlgeschlagen;
+}
+
 bool wahrheit(const json& o, const char* name) {
     const json& f = feld(o, name);
     if (!f.is_boolean()) throw Unlesbar{};
@@ -283,6 +301,7 @@ std::string Verlauf::kodiere(const std::vector<Runde>& runden) {
             if (p.imPapierkorb) schreibePfad(q, "imPapierkorb", "imPapierkorbBase64", *p.imPapierkorb);
             if (p.fehler) q["fehler"] = lesbar(*p.fehler);
             q["zurueckgelegt"] = p.zurueckgelegt;
+            q["ergebnis"] = std::string(rohwert(p.ergebnis));
             posten.push_back(std::move(q));
         }
         o["posten"] = std::move(posten);
@@ -321,6 +340,9 @@ std::optional<std::vector<Runde>> Verlauf::dekodiere(std::string_view eingabe) {
                 p.imPapierkorb = pfadLesen(q, "imPapierkorb", "imPapierkorbBase64", false);
                 p.fehler = wahlweise(q, "fehler");
                 p.zurueckgelegt = wahrheit(q, "zurueckgelegt");
+                const auto ergebnis = wahlweise(q, "ergebnis");
+                const auto e = ergebnis ? postenErgebnisAus(*ergebnis) : std::nullopt;
+                p.ergebnis = e ? *e : ergebnisAusText(p);
                 r.posten.push_back(std::move(p));
             }
             r.probelauf = wahrheit(o, "probelauf");
@@ -353,6 +375,7 @@ Lesen leseDatei(const fs::path& datei, std::vector<Runde>& runden) {
     auto r = Verlauf::dekodiere(puffer.str());
     if (!r) return Lesen::unlesbar;
     runden = std::move(*r);
+    for (auto& runde : runden) runde.pruefeRueckgaengig();
     return Lesen::gelesen;
 }
 

@@ -27,10 +27,21 @@ struct Runde {
     int64_t gewonnen() const;
     int64_t erwartet() const;
     int64_t imPapierkorbBytes() const;
-    // Some Trash item of this round is not put back and still lies in the Trash.
-    bool kannRueckgaengig() const;
+    // Some Trash item of this round is not put back and still lies in the Trash. Found out when
+    // the round was read from the history or finished by the disposer (`pruefeRueckgaengig`), so
+    // showing it never touches the disk.
+    bool kannRueckgaengig() const { return papierkorbBefund.wert; }
+    void pruefeRueckgaengig();
     // Number of items with an error.
     size_t fehlerAnzahl() const;
+
+    // What the Trash held when last looked at: no part of the record, so rounds compare equal
+    // whenever they were looked at.
+    struct Befund {
+        bool wert = false;
+        bool operator==(const Befund&) const { return true; }
+    };
+    Befund papierkorbBefund{};
 
     bool operator==(const Runde&) const = default;
 };
@@ -78,9 +89,10 @@ public:
     void beobachte(std::function<void(const std::vector<Runde>&)> beobachter);
 
     // The file format. `dekodiere` is strict: any missing key, wrong type, unknown "art" or
-    // date that is not ISO 8601 makes the whole text unreadable. Paths that are not valid
-    // UTF-8 are written with their bad bytes replaced and, beside them, their exact bytes in
-    // Base64 ("pfadBase64", "imPapierkorbBase64"), which win on reading.
+    // date that is not ISO 8601 makes the whole text unreadable. Only an item's "ergebnis" may
+    // be missing (files from before it) or unknown: then it is read from the item's text. Paths
+    // that are not valid UTF-8 are written with their bad bytes replaced and, beside them, their
+    // exact bytes in Base64 ("pfadBase64", "imPapierkorbBase64"), which win on reading.
     static std::string kodiere(const std::vector<Runde>& runden);
     static std::optional<std::vector<Runde>> dekodiere(std::string_view text);
 

@@ -10,11 +10,37 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
-#include "kern/groesse.hpp"
 #include "plattform/plattform.hpp"
+
+namespace hainbrem::Groesse {
+
+enum class EintragArt {
+    datei,         // anything that is not a directory: file, symbolic link (also dangling), other
+    ordnerAnfang,  // a directory, before its contents
+    ordnerEnde,    // the same directory, after its contents
+    unlesbar,      // could not be read: no status, or a directory that cannot be listed
+};
+
+struct Eintrag {
+    EintragArt art;
+    const char* pfad;          // full path; valid only during the call
+    int ebene;                 // depth below the root (root = 0)
+    const struct stat* statt;  // lstat record; null for `unlesbar` without status
+    // For callers that want to open or stat relative to the containing folder without
+    // building paths: the containing folder's descriptor (-1 for the root) and the name in it.
+    int ordnerFd;
+    const char* name;
+};
+
+enum class Weiter { ja, ueberspringen, abbrechen };
+
+using Besuch = std::function<Weiter(const Eintrag&)>;
+
+}  // namespace hainbrem::Groesse
 
 namespace hainbrem::intern {
 

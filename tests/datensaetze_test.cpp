@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "testordner.hpp"
 
 namespace hainbrem {
@@ -37,12 +39,23 @@ TEST(Datensaetze, RohwerteUndNamen) {
     EXPECT_EQ(entsorgungAus(rohwert(Entsorgung::loeschen)), Entsorgung::loeschen);
 }
 
-TEST(Datensaetze, UrteilVergleich) {
+TEST(Datensaetze, UrteilUndPostenErgebnis) {
     EXPECT_TRUE(Urteil::erlaubt().istErlaubt());
-    EXPECT_FALSE(Urteil::abgelehnt("Gesperrt").istErlaubt());
-    EXPECT_EQ(Urteil::abgelehnt("a"), Urteil::abgelehnt("a"));
-    EXPECT_NE(Urteil::abgelehnt("a"), Urteil::abgelehnt("b"));
-    EXPECT_NE(Urteil::abgelehnt(""), Urteil::erlaubt());
+    EXPECT_EQ(Urteil::erlaubt().grund(), "");
+    const Urteil u = Urteil::abgelehnt(Ablehnung::gitArchiv);
+    EXPECT_EQ(u.grund(), "Liegt in einem Git-Archiv");
+    EXPECT_EQ(u.ablehnung(), Ablehnung::gitArchiv);
+    EXPECT_NE(u, Urteil::abgelehnt(Ablehnung::fotos));
+    // every reason has its own sentence
+    std::set<std::string_view> texte;
+    for (int a = 0; a <= static_cast<int>(Ablehnung::testlauf); ++a) texte.insert(grundText(static_cast<Ablehnung>(a)));
+    EXPECT_EQ(texte.size(), static_cast<size_t>(Ablehnung::testlauf) + 1);
+    EXPECT_FALSE(texte.contains(""));
+    for (int e = 0; e <= static_cast<int>(PostenErgebnis::unterbrochen); ++e)
+        EXPECT_EQ(postenErgebnisAus(rohwert(static_cast<PostenErgebnis>(e))), static_cast<PostenErgebnis>(e));
+    EXPECT_EQ(postenErgebnisAus("SchonWeg"), std::nullopt);
+    EXPECT_EQ(postenText(PostenErgebnis::laeuft, "Slack"), "Slack läuft gerade – übersprungen");
+    EXPECT_EQ(postenText(PostenErgebnis::probelauf), std::nullopt);
 }
 
 TEST(Datensaetze, VollzugriffHaengtAnLesbarenStandardordnern) {

@@ -132,8 +132,8 @@ TEST(Duplikate, GruppenUndBehalten) {
     fs::remove(verschwunden);  // unreadable by now: falls out
     for (auto& d : liste) d.geaendert = std::chrono::system_clock::now();
 
-    std::vector<double> meldungen;
-    const auto gruppen = Duplikate::finde(liste, [&](double a) { meldungen.push_back(a); });
+    Steuerung steuerung;
+    const auto gruppen = Duplikate::finde(liste, &steuerung);
     ASSERT_EQ(gruppen.size(), 2u);
     const auto& a = gruppen[0];  // more to gain first
     EXPECT_EQ(a.id, sha256(inhalt));
@@ -145,26 +145,23 @@ TEST(Duplikate, GruppenUndBehalten) {
     EXPECT_FALSE(a.sindKlone());
     EXPECT_EQ(gruppen[1].dateien.size(), 2u);
     EXPECT_EQ(gruppen[1].id, sha256(zwei));
-    // progress per size group (a.mov, m, z, the links collapse to one): rising to 1
-    ASSERT_FALSE(meldungen.empty());
-    EXPECT_TRUE(std::is_sorted(meldungen.begin(), meldungen.end()));
-    EXPECT_DOUBLE_EQ(meldungen.back(), 1.0);
-    EXPECT_EQ(meldungen.size(), 3u);
+    // progress per size group (a.mov, m, z, the links collapse to one)
+    EXPECT_EQ(steuerung.gesamt.load(), 3);
+    EXPECT_DOUBLE_EQ(steuerung.anteil(), 1.0);
 }
 
 TEST(Duplikate, LeerUndAbgebrochen) {
-    int aufrufe = 0;
-    EXPECT_TRUE(Duplikate::finde({}, [&](double) { ++aufrufe; }).empty());
-    EXPECT_EQ(aufrufe, 0);
+    EXPECT_TRUE(Duplikate::finde({}).empty());
 
     Testordner t;
     const std::string inhalt = zufall(1'000'000, 11);
     std::vector<DateiInfo> liste{infoVon(schreibe(t / "a", inhalt)), infoVon(schreibe(t / "b", inhalt))};
     std::stop_source stopp;
     stopp.request_stop();
-    EXPECT_TRUE(Duplikate::finde(liste, [&](double) { ++aufrufe; }, stopp.get_token()).empty());
-    EXPECT_EQ(aufrufe, 0);
-    EXPECT_EQ(Duplikate::finde(liste, nullptr).size(), 1u);
+    Steuerung steuerung(stopp.get_token());
+    EXPECT_TRUE(Duplikate::finde(liste, &steuerung).empty());
+    EXPECT_EQ(steuerung.erledigt.load(), 0);
+    EXPECT_EQ(Duplikate::finde(liste).size(), 1u);
 }
 
 TEST(DuplikatGruppe, KloneUndLeereGruppe) {
@@ -228,19 +225,18 @@ TEST(Duplikate, ReflinkKopienSindKlone) {
     const auto echt = schreibe(punkt / "h/Filme/c.mov", inhalt);  // a real copy
     test::altere(a, 800);                                          // the keeper
 
-    ScanFortschritt f;
-    const auto scan = Tiefenscan::scanneOrdner(punkt / "h", (punkt / "h").native(), f);
+    const auto scan = Tiefenscan::scanneOrdner(punkt / "h", (punkt / "h").native());
     ASSERT_EQ(scan.kandidaten.size(), 3u);
     std::vector<DateiInfo> nurKlone;
     for (const auto& d : scan.kandidaten)
         if (d.pfad != echt.native()) nurKlone.push_back(d);
-    const auto klone = Duplikate::finde(nurKlone, nullptr);
+    const auto klone = Duplikate::finde(nurKlone);
     ASSERT_EQ(klone.size(), 1u);
     EXPECT_TRUE(klone[0].sindKlone());
     EXPECT_LT(klone[0].wirklichFrei, klone[0].dateien.front().groesse / 10);
     EXPECT_EQ(klone[0].verschwendet(), klone[0].dateien.front().belegt);  // still the naive figure
 
-    const auto alle = Duplikate::finde(scan.kandidaten, nullptr);
+    const auto alle = Duplikate::finde(scan.kandidaten);
     ASSERT_EQ(alle.size(), 1u);
     EXPECT_EQ(alle[0].dateien.size(), 3u);
     EXPECT_FALSE(alle[0].sindKlone());  // the real copy frees its blocks

@@ -16,6 +16,7 @@
 #include "kern/bestaetigung.hpp"
 #include "kern/entsorger.hpp"
 #include "kern/loeschen.hpp"
+#include "kern/runde.hpp"
 #include "plattform/papierkorb.hpp"
 #include "plattform/plattform.hpp"
 #include "fixture_home.hpp"
@@ -86,6 +87,11 @@ TEST(EntsorgerTest, GanzeRundeUndRueckgaengig) {
     EXPECT_EQ(r.imPapierkorbBytes(), r.posten[0].bytes + r.posten[1].bytes);
     EXPECT_TRUE(r.kannRueckgaengig());
     EXPECT_EQ(r.fehlerAnzahl(), 3u);
+    using E = PostenErgebnis;
+    std::vector<E> ergebnisse;
+    for (const auto& p : r.posten) ergebnisse.push_back(p.ergebnis);
+    EXPECT_EQ(ergebnisse, (std::vector<E>{E::imPapierkorb, E::imPapierkorb, E::entfernt, E::entfernt, E::schonWeg,
+                                          E::laeuft, E::abgelehnt}));
 
     // on disk exactly as returned, and the Trash paths feed the next check
     Verlauf geladen(w.verlauf.datei());
@@ -112,7 +118,7 @@ TEST(EntsorgerTest, Speicherpunkte) {
     std::vector<std::pair<size_t, bool>> gesehen;
     w.verlauf.beobachte([&](const std::vector<Runde>& runden) {
         const auto& p = runden.front().posten;
-        gesehen.emplace_back(p.size(), !p.empty() && p.back().fehler == Entsorger::unterbrochenText);
+        gesehen.emplace_back(p.size(), !p.empty() && p.back().ergebnis == PostenErgebnis::unterbrochen);
     });
     std::vector<Fund> loeschen;
     for (int i = 0; i < 45; ++i) loeschen.push_back(fund(w.datei(".cache/d" + std::to_string(i), 10), Entsorgung::loeschen));
@@ -146,6 +152,41 @@ TEST(EntsorgerTest, ProbelaufFasstNichtsAn) {
     EXPECT_FALSE(r.posten[0].imPapierkorb);
 }
 
+TEST(EntsorgerTest, AngehaltenZwischenZweiPosten) {
+    Welt w;
+    std::stop_source stopp;
+    Steuerung s(stopp.get_token());
+    // asked while the second item runs: that one is carried through, the rest stays
+    w.entsorger.laeuft = [&](const std::string&) { return stopp.request_stop() && false; };
+    std::vector<Fund> funde;
+    for (int i = 0; i < 4; ++i)
+        funde.push_back(fund(w.datei(".cache/d" + std::to_string(i), 10), Entsorgung::loeschen,
+                             i == 1 ? std::optional<std::string>("x") : std::nullopt));
+    const Runde r = w.entsorger.entsorge(funde, "Angehalten", w.home, &s);
+    ASSERT_EQ(r.posten.size(), 2u);
+    EXPECT_FALSE(fs::exists(funde[1].url));
+    EXPECT_TRUE(fs::exists(funde[2].url));
+    EXPECT_EQ(Verlauf(w.verlauf.datei()).runde(r.id), r);  // stored whole, measured after the last item
+    EXPECT_EQ(s.erledigt.load(), 2);
+    EXPECT_EQ(s.gesamt.load(), 4);
+}
+
+TEST(EntsorgerTest, RundengangVonDerBestaetigungZumErgebnis) {
+    Welt w;
+    const std::vector<Fund> funde{fund(w.datei(".cache/a", 5000), Entsorgung::loeschen),
+                                  fund(w.datei(".cache/s", 5000), Entsorgung::loeschen, "Slack")};
+    const Rundengang gang(w.entsorger, funde, "Zwei");
+    EXPECT_EQ(gang.bestaetigung().laufendeBesitzer, std::vector<std::string>{"Slack"});
+    std::stop_source stopp;
+    Steuerung s(stopp.get_token());
+    w.entsorger.fortschritt = [&](size_t, size_t, const Posten&) { stopp.request_stop(); };
+    const RundenErgebnis e = gang.fuehreAus(w.home, &s);
+    EXPECT_TRUE(e.angehalten);
+    EXPECT_TRUE(e.allesErledigt());
+    EXPECT_TRUE(e.erklaerung.starts_with("Alles erledigt.")) << e.erklaerung;
+    EXPECT_EQ(w.verlauf.runde(e.runde.id), e.runde);
+}
+
 TEST(EntsorgerTest, RueckgaengigBelegtUndGeleert) {
     Welt w;
     const fs::path a = w.datei("Projekte/a.txt", 100);
@@ -171,6 +212,7 @@ TEST(EntsorgerTest, EchtesHomeIstImTestGesperrt) {
     Entsorger e(SafetyGuard(pw->pw_dir, t.pfad()), v);
     const Posten p = e.entsorge(fund(fs::path(pw->pw_dir) / ".cache/hainbrem-gibt-es-nicht", Entsorgung::loeschen));
     EXPECT_EQ(p.fehler, testSperreText);
+    EXPECT_EQ(p.ergebnis, PostenErgebnis::abgelehnt);
 }
 
 std::vector<char*> zeiger(std::vector<std::string>& texte) {

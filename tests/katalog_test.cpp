@@ -127,25 +127,17 @@ TEST(KatalogPruefe, FortschrittSteigtBisEinsUndBleibtOhneFundeStumm) {
     // the same path in two rules is one measurement but counts for both findings
     const std::vector<Regel> regeln{regelMit("viele", Risiko::sicher, funde),
                                     regelMit("doppelt", Risiko::sicher, {funde[0]})};
-    std::vector<double> stand;
-    const auto aufrufer = std::this_thread::get_id();
-    bool immerImAufrufer = true;
-    const auto ergebnis = Katalog::pruefe(umgebungMit(t), regeln, [&](double f) {
-        stand.push_back(f);
-        immerImAufrufer = immerImAufrufer && std::this_thread::get_id() == aufrufer;
-    });
+    Steuerung stand;
+    const auto ergebnis = Katalog::pruefe(umgebungMit(t), regeln, &stand);
     ASSERT_EQ(ergebnis.size(), 2u);
     EXPECT_EQ(ergebnis[1].funde[0].bytes, ergebnis[0].funde[0].bytes);
-    ASSERT_FALSE(stand.empty());
-    EXPECT_TRUE(std::is_sorted(stand.begin(), stand.end()));
-    EXPECT_GT(stand.front(), 0.0);
-    EXPECT_DOUBLE_EQ(stand.back(), 1.0);
-    EXPECT_TRUE(immerImAufrufer);
+    EXPECT_EQ(stand.gesamt.load(), 41);
+    EXPECT_EQ(stand.erledigt.load(), 41);
+    EXPECT_EQ(stand.bytes.load(), ergebnis[0].bytes());
 
-    int aufrufe = 0;
-    EXPECT_TRUE(Katalog::pruefe(umgebungMit(t), {regelMit("leer", Risiko::sicher, {})}, [&](double) { ++aufrufe; })
-                    .empty());
-    EXPECT_EQ(aufrufe, 0);
+    Steuerung leer;
+    EXPECT_TRUE(Katalog::pruefe(umgebungMit(t), {regelMit("leer", Risiko::sicher, {})}, &leer).empty());
+    EXPECT_EQ(leer.gesamt.load(), 0);
 }
 
 size_t faedenJetzt() {
@@ -182,27 +174,30 @@ TEST(KatalogPruefe, HoechstensSechsMessungenZugleich) {
     EXPECT_EQ(faedenJetzt(), vorher - 1);  // the pool is gone afterwards, and so is the watcher
 }
 
-TEST(KatalogPruefe, AbbrechenStartetNichtsMehr) {
+TEST(KatalogPruefe, AnhaltenStartetNichtsMehr) {
     Testordner t;
     const auto datei = t.datei("f", 4096);
     bool zweiteGesucht = false;
+    std::stop_source stopp;
     std::vector<Regel> regeln{regelMit("erste", Risiko::sicher, {fundFuer(datei)}),
                               regelMit("zweite", Risiko::sicher, {fundFuer(datei)})};
     regeln[1].finde = [&](const Umgebung&) {
         zweiteGesucht = true;
         return std::vector<Fund>{};
     };
-    int aufrufe = 0;
-    EXPECT_TRUE(Katalog::pruefe(umgebungMit(t), regeln, [&](double) { ++aufrufe; }, [] { return true; }).empty());
-    EXPECT_EQ(aufrufe, 0);
-    EXPECT_FALSE(zweiteGesucht);
-
-    // cancelled after the first rule: the second never searches, nothing is measured
-    int gefragt = 0;
-    EXPECT_TRUE(Katalog::pruefe(umgebungMit(t), regeln, [&](double) { ++aufrufe; }, [&] { return ++gefragt > 1; })
-                    .empty());
-    EXPECT_FALSE(zweiteGesucht);
-    EXPECT_EQ(aufrufe, 0);
+    // stopped before the start, and by the first rule: the second never searches, nothing is measured
+    for (const bool sofort : {true, false}) {
+        if (sofort) stopp.request_stop();
+        else regeln[0].finde = [&](const Umgebung&) {
+            stopp.request_stop();
+            return std::vector<Fund>{fundFuer(datei)};
+        };
+        Steuerung s(stopp.get_token());
+        EXPECT_TRUE(Katalog::pruefe(umgebungMit(t), regeln, &s).empty());
+        EXPECT_FALSE(zweiteGesucht);
+        EXPECT_EQ(s.erledigt.load(), 0);
+        stopp = std::stop_source();
+    }
 }
 
 TEST(KatalogPruefe, EinScheiternderFinderNimmtDenAnderenNichts) {

@@ -90,7 +90,8 @@ TEST(OffeneDateien, EntsorgerLaesstLiegenWasEinProzessBenutztUndNimmtEsDanach) {
         const Fund fund{ordner, 0, Entsorgung::loeschen, std::nullopt, std::nullopt, true, std::nullopt};
         const Runde erste = entsorger.entsorge({fund}, "Test", home);
         ASSERT_EQ(erste.posten.size(), 1u);
-        EXPECT_EQ(erste.posten[0].fehler, Entsorger::benutztText(ausgefuehrt ? "werkzeug" : "leser"));
+        EXPECT_EQ(erste.posten[0].fehler, postenText(PostenErgebnis::benutzt, ausgefuehrt ? "werkzeug" : "leser"));
+        EXPECT_EQ(erste.posten[0].ergebnis, PostenErgebnis::benutzt);
         EXPECT_EQ(erste.posten[0].bytes, 0);
         EXPECT_TRUE(fs::exists(datei));
 

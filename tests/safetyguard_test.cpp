@@ -242,7 +242,7 @@ TEST(WaechterPruefe, FremdeEintraegeImTempOrdnerBleiben) {
     const WaechterWelt welt;
     ASSERT_EQ(::chown((welt.temp / "fremd").c_str(), 65534, 65534), 0);
     const SafetyGuard w = welt.waechter();
-    const std::string fremd(SafetyGuard::fremderEintrag);
+    const std::string fremd(grundText(Ablehnung::fremderEintrag));
     EXPECT_EQ(anzeige(w.pruefe(welt.temp / "fremd", L)), fremd);
     EXPECT_EQ(anzeige(w.pruefe(welt.temp / "fremd/b.tmp", L)), fremd);  // ours, in a stranger's folder
     ASSERT_EQ(::lchown((welt.temp / "sitzung/a.tmp").c_str(), 65534, 65534), 0);
@@ -342,7 +342,7 @@ TEST(WaechterProgramme, PunktAppImHomeNamenZaehltNicht) {
     const SafetyGuard w(home, t.ordner("tmp"), t.ordner("Applications"));
     EXPECT_EQ(w.pruefe(home / "Applications/Werkzeug.app", Entsorgung::papierkorb), Urteil::erlaubt());
     EXPECT_EQ(w.pruefe(home / "Applications/Sammlung.app-alt/Teil.app", Entsorgung::papierkorb),
-              Urteil::abgelehnt("Liegt in einem anderen Programm"));
+              Urteil::abgelehnt(Ablehnung::inAnderemProgramm));
 }
 
 // The Linux profile's own places: what stays although it lies beside what may go.
@@ -361,7 +361,7 @@ TEST(WaechterLinux, NebenDenLoeschbarenOrtenBleibtDerRest) {
         {"home/.config/Cache", L, keinCache},
         {"home/.config/google-chrome/Default/Preferences", L, keinCache},
         {"home/.local/state/app/login.json", L, keinCache},
-        {"home/.vscode-server/bin/bbb222", L, std::string(SafetyGuard::neuesteVersion)},
+        {"home/.vscode-server/bin/bbb222", L, std::string(grundText(Ablehnung::neuesteVersion))},
         {"home/.vscode-server/cli/servers/lru.json", L, keinCache},
         {"home/.vscode-server/bin/aaa111/daten.bin", L, keinCache},
         {"var/crash/_usr_bin_eigen.0.crash", P, "Wird gelöscht, nicht verschoben"},
@@ -372,7 +372,7 @@ TEST(WaechterLinux, NebenDenLoeschbarenOrtenBleibtDerRest) {
             << f.pfad;
     if (::geteuid() == 0) {
         EXPECT_EQ(w.pruefe(h.absturzOrdner() / "_usr_bin_fremd.1000.crash", L),
-                  Urteil::abgelehnt(std::string(SafetyGuard::fremderEintrag)));
+                  Urteil::abgelehnt(Ablehnung::fremderEintrag));
     }
     // outside the Linux profile the crash folder is out of reach
     const SafetyGuard mac(h.home(), h.temp(), h.programme(), std::string(SafetyGuard::standardKennung),

@@ -99,7 +99,7 @@ TEST(TempOrdner, RundeMitScratchAlsTmpdirLaesstAllesStehen) {
 TEST(TempOrdner, EintragMitDemHomeDarinBleibt) {
     Testordner t;
     const SafetyGuard waechter(t.ordner("a/home"), t.pfad());
-    EXPECT_EQ(waechter.pruefe(t / "a", Entsorgung::loeschen), Urteil::abgelehnt(std::string(SafetyGuard::enthaeltHome)));
+    EXPECT_EQ(waechter.pruefe(t / "a", Entsorgung::loeschen), Urteil::abgelehnt(Ablehnung::enthaeltHome));
     EXPECT_TRUE(waechter.pruefe(t.datei("b.tmp"), Entsorgung::loeschen).istErlaubt());
 }
 

@@ -89,9 +89,9 @@ protected:
         belegteDatei(h / "Verlinkt/a.bin", 6000 * block);
         fs::create_hard_link(h / "Verlinkt/a.bin", h / "Verlinkt/b.bin");
         fs::create_hard_link(h / "Verlinkt/a.bin", h / "Filme/c.bin");  // in another branch
-        ScanFortschritt f;
-        ergebnis = new TiefenscanErgebnis(Tiefenscan::scanne(h, true, f));
-        dateienGezaehlt = f.dateien.load();
+        Steuerung f;
+        ergebnis = new TiefenscanErgebnis(Tiefenscan::scanne(h, true, &f));
+        dateienGezaehlt = f.erledigt.load();
     }
     static void TearDownTestSuite() {
         delete ergebnis;
@@ -190,7 +190,7 @@ TEST_F(TiefenscanGrenzen, KandidatenNurImHomeAusserhalbVonLibrary) {
 struct Gang {
     Tiefenscan::Lauf lauf;
     Tiefenscan::Sammler sammler;
-    ScanFortschritt f;
+    Steuerung f;
     Knoten::Zeiger operator()(const fs::path& p) { return Tiefenscan::walk(p.native(), lauf, sammler, f); }
 };
 
@@ -207,7 +207,7 @@ TEST(Tiefenscan, DreihundertKinderAberAllesGezaehlt) {
     EXPECT_EQ(k->dateien, 400);
     EXPECT_GT(k->kleinkram(), 0);  // the 100 that were left out
     for (const auto& c : k->kinder) EXPECT_EQ(c->bytes, 246 * block + belegtLaut(viele / "o0"));
-    EXPECT_EQ(gang.f.dateien.load(), 400);
+    EXPECT_EQ(gang.f.erledigt.load(), 400);
     EXPECT_EQ(gang.f.bytes.load(), k->bytes);
 }
 
@@ -237,13 +237,11 @@ TEST(Tiefenscan, OhneVollzugriffWerdenContainerAusgelassen) {
     belegteDatei(h / "Library/Containers/com.x/Data/gross.bin", 300 * block);
     belegteDatei(h / "Library/Group Containers/g/gross.bin", 300 * block);
     belegteDatei(h / "Dokumente/x", block);
-    ScanFortschritt f;
-    const auto ohne = Tiefenscan::scanne(h, false, f);
+    const auto ohne = Tiefenscan::scanne(h, false);
     const std::vector<std::string> erwartet{(h / "Library/Containers").native(), (h / "Library/Group Containers").native(),
                                             (h / "Library/Daemon Containers").native()};
     EXPECT_EQ(ohne.ausgelassen, erwartet);
-    ScanFortschritt g;
-    const auto mit = Tiefenscan::scanne(h, true, g);
+    const auto mit = Tiefenscan::scanne(h, true);
     EXPECT_TRUE(mit.ausgelassen.empty());
     EXPECT_EQ(mit.wurzel->bytes, duSumme(h));
     // the two container folders with their contents are missing, nothing else
@@ -261,8 +259,7 @@ TEST(Tiefenscan, AbbruchGibtStimmigenTeilbaum) {
             for (int c = 0; c < 40; ++c) ::close(::open((o / std::to_string(c)).c_str(), O_CREAT | O_WRONLY, 0644));
         }
     belegteDatei(h / "a0/gross.bin", 5000 * block);
-    ScanFortschritt voll;
-    const auto ganz = Tiefenscan::scanne(h, true, voll);
+    const auto ganz = Tiefenscan::scanne(h, true);
     ASSERT_TRUE(ganz.wurzel);
     EXPECT_EQ(ganz.wurzel->bytes, duSumme(h));
 
@@ -270,13 +267,13 @@ TEST(Tiefenscan, AbbruchGibtStimmigenTeilbaum) {
     for (const bool sofort : {false, true}) {
         SCOPED_TRACE(sofort);
         std::stop_source stopp;
-        ScanFortschritt f;
+        Steuerung f(stopp.get_token());
         if (sofort) stopp.request_stop();
         std::jthread waechter([&](std::stop_token ende) {
-            while (!ende.stop_requested() && f.dateien.load() == 0) std::this_thread::yield();
+            while (!ende.stop_requested() && f.erledigt.load() == 0) std::this_thread::yield();
             stopp.request_stop();
         });
-        const auto teil = Tiefenscan::scanne(h, true, f, stopp.get_token());
+        const auto teil = Tiefenscan::scanne(h, true, &f);
         waechter.request_stop();
         if (!teil.wurzel) continue;  // nothing was looked at
         pruefeBaum(*teil.wurzel);
@@ -390,8 +387,7 @@ TEST(Tiefenscan, MacPlatteMitVirtuellenKnoten) {
                       {"Preboot", "Preboot", 50'000'000, "disk3s2"}};
     for (const bool voll : {true, false}) {
         SCOPED_TRACE(voll);
-        ScanFortschritt f;
-        const auto e = Tiefenscan::scanneMacPlatte(home, voll, f, {}, Tiefenscan::MacAufbau{.basis = b}, platte);
+        const auto e = Tiefenscan::scanneMacPlatte(home, voll, nullptr, Tiefenscan::MacAufbau{.basis = b}, platte);
         ASSERT_TRUE(e.wurzel);
         EXPECT_TRUE(e.ganzePlatte);
         const Knoten& w = *e.wurzel;

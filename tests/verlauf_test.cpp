@@ -36,9 +36,11 @@ Runde beispiel(std::string id = "0F5C2B8E-2D1A-4C3B-9E7F-1A2B3C4D5E6F", long sek
     r.datum = std::chrono::system_clock::from_time_t(sekunden);  // 2026-11-15T20:35:00Z
     r.freiVorher = 1000;
     r.freiNachher = 5000;
-    r.posten = {Posten{"/h/.cache/a", 4096, Entsorgung::loeschen, std::nullopt, std::nullopt, false},
-                Posten{"/h/Projekte/b", 8192, Entsorgung::papierkorb, "/h/.local/share/Trash/files/b", std::nullopt, true},
-                Posten{"/h/.cache/c", 0, Entsorgung::loeschen, std::nullopt, "Schon weg", false}};
+    r.posten = {
+        Posten{"/h/.cache/a", 4096, Entsorgung::loeschen, std::nullopt, std::nullopt, false},
+        Posten{"/h/Projekte/b", 8192, Entsorgung::papierkorb, "/h/.local/share/Trash/files/b", std::nullopt, true,
+               PostenErgebnis::imPapierkorb},
+        Posten{"/h/.cache/c", 0, Entsorgung::loeschen, std::nullopt, "Schon weg", false, PostenErgebnis::schonWeg}};
     return r;
 }
 
@@ -55,21 +57,24 @@ TEST(VerlaufTest, DateiformatGenauUndZurueckGleich) {
         "pfad": "/h/.cache/a",
         "bytes": 4096,
         "art": "loeschen",
-        "zurueckgelegt": false
+        "zurueckgelegt": false,
+        "ergebnis": "entfernt"
       },
       {
         "pfad": "/h/Projekte/b",
         "bytes": 8192,
         "art": "papierkorb",
         "imPapierkorb": "/h/.local/share/Trash/files/b",
-        "zurueckgelegt": true
+        "zurueckgelegt": true,
+        "ergebnis": "imPapierkorb"
       },
       {
         "pfad": "/h/.cache/c",
         "bytes": 0,
         "art": "loeschen",
         "fehler": "Schon weg",
-        "zurueckgelegt": false
+        "zurueckgelegt": false,
+        "ergebnis": "schonWeg"
       }
     ],
     "probelauf": false
@@ -81,6 +86,27 @@ TEST(VerlaufTest, DateiformatGenauUndZurueckGleich) {
     ASSERT_TRUE(zurueck);
     ASSERT_EQ(zurueck->size(), 1u);
     EXPECT_EQ(zurueck->front(), beispiel());
+
+    // a file from before items carried their result: read from the words, once
+    std::string alt = erwartet;
+    for (size_t a; (a = alt.find(",\n        \"ergebnis\"")) != std::string::npos;)
+        alt.erase(a, alt.find('\n', a + 2) - a);
+    EXPECT_EQ(Verlauf::dekodiere(alt), std::vector<Runde>{beispiel()});
+    struct {
+        std::string fehler;
+        PostenErgebnis ergebnis;
+    } faelle[] = {
+        {"Slack läuft gerade – übersprungen", PostenErgebnis::laeuft},
+        {"Wird gerade von firefox benutzt – bleibt liegen", PostenErgebnis::benutzt},
+        {"Standardordner bleiben immer", PostenErgebnis::abgelehnt},
+        {"Unterbrochen – das Verschieben in den Papierkorb wurde nicht beendet", PostenErgebnis::unterbrochen},
+        {"Keine Berechtigung: „x“", PostenErgebnis::fehlgeschlagen}};
+    for (const auto& f : faelle) {
+        const size_t a = alt.find("Schon weg");
+        const auto runden = Verlauf::dekodiere(std::string(alt).replace(a, 9, f.fehler));
+        ASSERT_TRUE(runden) << f.fehler;
+        EXPECT_EQ(runden->front().posten[2].ergebnis, f.ergebnis) << f.fehler;
+    }
 }
 
 // Strict reading. Hand-edited numbers too: negative free space or sizes, or sums no int64 holds,
@@ -109,7 +135,8 @@ TEST(VerlaufTest, StrengesLesenAuchDerZahlen) {
     const std::vector<Fall> faelle = {
         {"leere Liste", "[]", true},
         {"gut", gut, true},
-        {"ohne zurueckgelegt", ohne(",\n        \"zurueckgelegt\": false\n      }\n    ],"), false},
+        {"ohne zurueckgelegt", ohne("\"zurueckgelegt\": false,\n        "), false},
+        {"unbekanntes ergebnis", ersetzt({{"\"entfernt\"", "\"verbrannt\""}}), true},
         {"ohne probelauf", ohne(",\n    \"probelauf\": false"), false},
         {"unbekannte art", ersetzt({{"\"loeschen\"", "\"verbrennen\""}}), false},
         {"datum ohne Z", ersetzt({{datum, "2026-11-15T20:35:00"}}), false},
@@ -173,6 +200,18 @@ TEST(VerlaufTest, PfadeOhneUtf8UeberlebenDenRundgang) {
     EXPECT_EQ(p.imPapierkorb, r.posten[1].imPapierkorb);
     EXPECT_EQ(p.fehler, "Fehler mit \xEF\xBF\xBD");  // display texts only need to stay readable
     EXPECT_EQ(geladen.imPapierkorb(), std::set<std::string>{});  // the item was put back
+}
+
+TEST(VerlaufTest, RueckgaengigWirdBeimLesenFestgestellt) {
+    Testordner t;
+    Runde r = beispiel();
+    r.posten[1].zurueckgelegt = false;
+    r.posten[1].imPapierkorb = t.datei("Trash/b").native();
+    schreibe(t / "verlauf.json", Verlauf::kodiere({r}));
+    const Verlauf v(t / "verlauf.json");
+    fs::remove(t / "Trash/b");
+    EXPECT_TRUE(v.runden().front().kannRueckgaengig());  // as read: showing it looks at nothing
+    EXPECT_FALSE(Verlauf(t / "verlauf.json").runden().front().kannRueckgaengig());
 }
 
 TEST(VerlaufTest, OrdnerWirdAngelegtErsetzenUnbekannterRundeAendertNichts) {

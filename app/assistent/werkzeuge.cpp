@@ -8,6 +8,7 @@
 #include <set>
 
 #include "app/modell/appmodell.hpp"
+#include "basis/pfade.hpp"
 #include "kern/format.hpp"
 #include "kern/groesse.hpp"
 #include "kern/rechnen.hpp"
@@ -51,10 +52,8 @@ std::string relativ(Zeitpunkt dann, Zeitpunkt jetzt) {
 
 std::string kurzpfad(const fs::path& pfad, const fs::path& home) {
     const std::string& p = pfad.native();
-    std::string h = home.native();
-    while (h.size() > 1 && h.back() == '/') h.pop_back();
-    if (h.size() > 1 && p.starts_with(h) && (p.size() == h.size() || p[h.size()] == '/'))
-        return "~" + p.substr(h.size());
+    const std::string_view h = ohneSchraegstrichAmEnde(home.native());
+    if (h.size() > 1 && liegtInOderIst(p, h)) return "~" + p.substr(h.size());
     return p;
 }
 

@@ -3,16 +3,16 @@
 #include <algorithm>
 #include <chrono>
 
+#include "basis/pfade.hpp"
 #include "kern/rechnen.hpp"
 
 namespace hainbrem::anzeige {
 
 std::string kurzpfad(const std::string& pfad, const std::filesystem::path& home) {
-    std::string h = home.native();
-    while (h.size() > 1 && h.back() == '/') h.pop_back();
+    const std::string_view h = ohneSchraegstrichAmEnde(home.native());
     if (h.empty() || h == "/") return pfad;
     if (pfad == h) return "~";
-    if (pfad.size() > h.size() && pfad.starts_with(h) && pfad[h.size()] == '/') return "~" + pfad.substr(h.size());
+    if (liegtInOderIst(pfad, h)) return "~" + pfad.substr(h.size());
     return pfad;
 }
 

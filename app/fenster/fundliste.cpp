@@ -9,17 +9,11 @@
 #include "app/fenster/anzeige.hpp"
 #include "app/fenster/design.hpp"
 #include "app/modell/appmodell.hpp"
+#include "basis/pfade.hpp"
 #include "kern/format.hpp"
 #include "plattform/anwendung.hpp"
 
 namespace hainbrem {
-
-namespace {
-std::string klein(std::string s) {
-    std::transform(s.begin(), s.end(), s.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return s;
-}
-}  // namespace
 
 FundListe::FundListe(AppModell& modell, std::filesystem::path home, QObject* eltern)
     : QAbstractTableModel(eltern), modell_(modell), home_(std::move(home)) {

@@ -1,7 +1,7 @@
 #pragma once
 // The one place where the model calls into the core's long operations. Each takes a
-// `Steuerung`: the model stops it through `halt` and polls its counters. Where a core call
-// still speaks in callbacks or its own counters, it is adapted here and nowhere else.
+// `Steuerung`: the model stops it through `halt` and polls its counters. Where one action runs
+// several core calls, its parts are counted here.
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -52,7 +52,7 @@ std::pair<int, int> auslagern(const std::vector<fs::path>& dateien, Steuerung& s
 
 std::optional<Platte> platte();
 
-// Disposal is never stopped halfway: a round always ends recorded.
+// Disposal stops only between two items: a round always ends recorded.
 Runde entsorgen(Entsorger& entsorger, const std::vector<Fund>& funde, const std::string& titel, const fs::path& ort,
                 Steuerung& st);
 Entsorger::Rueckgabe rueckgaengig(Entsorger& entsorger, const std::string& id, Steuerung& st);

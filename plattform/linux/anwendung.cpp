@@ -14,6 +14,7 @@
 #include <fstream>
 #include <optional>
 
+#include "basis/pfade.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem::plattform {
@@ -107,16 +108,13 @@ namespace Anmeldung {
 
 namespace {
 
-bool liegtIn(const fs::path& pfad, const fs::path& ordner) {
-    const std::string p = pfad.lexically_normal().native();
-    std::string o = ordner.lexically_normal().native();
-    while (o.size() > 1 && o.back() == '/') o.pop_back();
-    return p.size() > o.size() && p.starts_with(o) && p[o.size()] == '/';
+bool liegtInNormal(const fs::path& pfad, const fs::path& ordner) {
+    return liegtIn(pfad.lexically_normal().native(), ordner.lexically_normal().native());
 }
 
 fs::path eintrag(const fs::path& home) {
     fs::path konfig = home / ".config";
-    if (const char* x = std::getenv("XDG_CONFIG_HOME"); x && *x == '/' && liegtIn(x, home)) konfig = x;
+    if (const char* x = std::getenv("XDG_CONFIG_HOME"); x && *x == '/' && liegtInNormal(x, home)) konfig = x;
     return konfig / "autostart/hainbrem.desktop";
 }
 

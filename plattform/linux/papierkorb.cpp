@@ -14,6 +14,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "basis/pfade.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem::plattform {
@@ -139,18 +140,13 @@ std::expected<Ziel, std::string> waehleTrash(const fs::path& pfad, const fs::pat
     return Ziel{trash, echt.lexically_relative(oben).native(), echt};
 }
 
-bool liegtIn(const fs::path& pfad, const fs::path& ordner) {
-    const std::string p = pfad.native(), o = ordner.native();
-    return p == o || (p.size() > o.size() && p.starts_with(o) && p[o.size()] == '/');
-}
-
 }  // namespace
 
 std::expected<Papierkorbplatz, std::string> reservierePapierkorb(const fs::path& pfad, const fs::path& home) {
     auto ziel = waehleTrash(pfad, home);
     if (!ziel) return std::unexpected(ziel.error());
     std::error_code e;
-    if (liegtIn(ziel->echt, fs::weakly_canonical(ziel->trash, e)))
+    if (liegtInOderIst(ziel->echt.native(), fs::weakly_canonical(ziel->trash, e).native()))
         return std::unexpected("Liegt schon im Papierkorb");
 
     const std::string inhalt = "[Trash Info]\nPath=" + prozentKodiert(ziel->pfadEintrag) +

@@ -3,20 +3,18 @@
 #include <fstream>
 #include <string>
 
+#include "basis/pfade.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem::plattform {
 
 namespace {
-bool liegtIn(const fs::path& pfad, const fs::path& ordner) {
-    const std::string p = pfad.lexically_normal().native();
-    std::string o = ordner.lexically_normal().native();
-    while (o.size() > 1 && o.back() == '/') o.pop_back();
-    return p.size() > o.size() && p.starts_with(o) && p[o.size()] == '/';
+bool liegtInNormal(const fs::path& pfad, const fs::path& ordner) {
+    return liegtIn(pfad.lexically_normal().native(), ordner.lexically_normal().native());
 }
 
 fs::path datenOrdner(const fs::path& home) {
-    if (const char* x = std::getenv("XDG_DATA_HOME"); x && *x == '/' && liegtIn(x, home)) return fs::path(x);
+    if (const char* x = std::getenv("XDG_DATA_HOME"); x && *x == '/' && liegtInNormal(x, home)) return fs::path(x);
     return home / ".local/share";
 }
 
@@ -28,7 +26,7 @@ fs::path benutzerOrdner(const fs::path& home, const std::string& schluessel, con
         if (!zeile.starts_with(schluessel + "=\"") || zeile.back() != '"') continue;
         std::string wert = zeile.substr(schluessel.size() + 2, zeile.size() - schluessel.size() - 3);
         if (wert.starts_with("$HOME/")) return home / wert.substr(6);
-        if (wert.starts_with("/") && liegtIn(wert, home)) return fs::path(wert);
+        if (wert.starts_with("/") && liegtInNormal(wert, home)) return fs::path(wert);
     }
     return home / standard;
 }

@@ -1,0 +1,71 @@
+#include "kern/arbeiter.hpp"
+
+#include <algorithm>
+#include <exception>
+
+namespace hainbrem {
+
+namespace {
+
+std::mutex starterSperre;
+Arbeiter::Starter& starterPlatz() {
+    static Arbeiter::Starter s;
+    return s;
+}
+
+}  // namespace
+
+Arbeiter::Starter Arbeiter::setzeStarter(Starter starter) {
+    std::lock_guard lock(starterSperre);
+    std::swap(starterPlatz(), starter);
+    return starter;
+}
+
+unsigned Arbeiter::kerne(unsigned wenigstens, unsigned hoechstens) {
+    return std::clamp(std::thread::hardware_concurrency(), wenigstens, hoechstens);
+}
+
+Arbeiter::Arbeiter(unsigned faeden, Reihenfolge reihenfolge) : reihenfolge_(reihenfolge) {
+    if (faeden <= 1) return;
+    Starter starter;
+    {
+        std::lock_guard lock(starterSperre);
+        starter = starterPlatz();
+    }
+    try {
+        helfer_.reserve(faeden - 1);  // so no started thread is ever lost to a failing push
+        for (unsigned i = 1; i < faeden; ++i) {
+            auto schleife = [this] { warte([this] { return ende_; }); };
+            helfer_.push_back(starter ? starter(schleife) : std::thread(schleife));
+        }
+    } catch (const std::exception&) {
+        // no more threads to be had: the ones running, and the caller, do the work
+    }
+}
+
+Arbeiter::~Arbeiter() {
+    melde([this] { ende_ = true; });
+    for (auto& t : helfer_) t.join();
+}
+
+void Arbeiter::gib(std::function<void()> arbeit) {
+    {
+        std::lock_guard lock(sperre_);
+        schlange_.push_back(std::move(arbeit));
+    }
+    cv_.notify_one();
+}
+
+std::function<void()> Arbeiter::nimm() {
+    std::function<void()> arbeit;
+    if (reihenfolge_ == Reihenfolge::aeltesteZuerst) {
+        arbeit = std::move(schlange_.front());
+        schlange_.pop_front();
+    } else {
+        arbeit = std::move(schlange_.back());
+        schlange_.pop_back();
+    }
+    return arbeit;
+}
+
+}  // namespace hainbrem

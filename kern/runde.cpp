@@ -1,0 +1,20 @@
+#include "kern/runde.hpp"
+
+namespace hainbrem {
+
+Rundengang::Rundengang(Entsorger& entsorger, std::vector<Fund> funde, std::string titel)
+    : entsorger_(entsorger),
+      funde_(std::move(funde)),
+      titel_(std::move(titel)),
+      bestaetigung_(hainbrem::bestaetigung(funde_, entsorger_.laeuft)) {}
+
+RundenErgebnis Rundengang::fuehreAus(const std::filesystem::path& ort, Steuerung* steuerung) const {
+    RundenErgebnis e;
+    e.runde = entsorger_.entsorge(funde_, titel_, ort, steuerung);
+    e.hinweis = entsorger_.verlauf.hinweis();
+    e.angehalten = e.runde.posten.size() < funde_.size();
+    e.erklaerung = erklaerung(e.runde, ort);
+    return e;
+}
+
+}  // namespace hainbrem

@@ -1,0 +1,151 @@
+// Every long operation runs on the one pool and one control: it gets done with whatever threads
+// can be had, and it stops on its control with a result that holds together.
+#include "kern/arbeiter.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "fixture_home.hpp"
+#include "kern/duplikate.hpp"
+#include "kern/groesse.hpp"
+#include "kern/katalog.hpp"
+#include "kern/loeschen.hpp"
+#include "kern/programme.hpp"
+#include "kern/projekte.hpp"
+#include "kern/speichertricks.hpp"
+#include "kern/tiefenscan.hpp"
+
+namespace hainbrem {
+namespace {
+
+// Lets `erlaubt` helper threads start, then fails every start as a system without threads does.
+class FadenGrenze {
+public:
+    explicit FadenGrenze(int erlaubt)
+        : erlaubt_(erlaubt), alt_(Arbeiter::setzeStarter([this](std::function<void()> f) {
+              if (gestartet_.fetch_add(1) >= erlaubt_) throw std::system_error(EAGAIN, std::generic_category());
+              return std::thread(std::move(f));
+          })) {}
+    ~FadenGrenze() { Arbeiter::setzeStarter(std::move(alt_)); }
+
+private:
+    const int erlaubt_;
+    std::atomic<int> gestartet_{0};
+    Arbeiter::Starter alt_;
+};
+
+struct Welt {
+    test::Testordner t;
+    test::MacHome h{t};
+    Welt() {
+        h.datei("Projects/web/package.json", 100, 60);
+        for (int i = 0; i < 300; ++i)
+            h.datei("Projects/web/node_modules/p" + std::to_string(i % 30) + "/f" + std::to_string(i), 2000, 60);
+        const std::string megabyte(1'200'000, 'd');
+        for (const char* n : {"dup/a", "dup/b", "dup/tief/c"}) t.datei(n, megabyte.size(), 'd');
+    }
+};
+
+struct Summe {
+    int64_t bytes = 0;
+    size_t teile = 0;
+    bool operator==(const Summe&) const = default;
+};
+
+template <typename L>
+Summe summe(const L& liste, int64_t (*bytes)(const typename L::value_type&)) {
+    Summe s{0, liste.size()};
+    for (const auto& x : liste) s.bytes += bytes(x);
+    return s;
+}
+
+const std::vector<std::pair<const char*, std::function<Summe(const Welt&, Steuerung*)>>> vorgaenge{
+    {"tiefenscan",
+     [](const Welt& w, Steuerung* s) {
+         const auto e = Tiefenscan::scanne(w.h.home(), true, s);
+         return e.wurzel ? Summe{e.wurzel->bytes, static_cast<size_t>(e.wurzel->dateien)} : Summe{};
+     }},
+    {"groesse",
+     [](const Welt& w, Steuerung* s) {
+         const auto m = Groesse::miss(w.h.home(), 4, s);
+         return Summe{m.bytes, m.angehalten ? 0u : 1u};
+     }},
+    {"duplikate",
+     [](const Welt& w, Steuerung* s) {
+         return summe(Duplikate::finde(Tiefenscan::scanneOrdner(w.t / "dup", (w.t / "dup").native()).kandidaten, s),
+                      +[](const DuplikatGruppe& g) { return g.wirklichFrei; });
+     }},
+    {"katalog",
+     [](const Welt& w, Steuerung* s) {
+         return summe(Katalog::pruefe(w.h.umgebung(), s), +[](const RegelErgebnis& e) { return e.bytes(); });
+     }},
+    {"programme",
+     [](const Welt& w, Steuerung* s) {
+         return summe(Programme::alle(w.h.umgebung(), {w.h.programme()}, s),
+                      +[](const Programm& p) { return p.bytes + p.resteBytes(); });
+     }},
+    {"verwaist",
+     [](const Welt& w, Steuerung* s) {
+         return summe(Programme::verwaist({}, w.h.umgebung(), {}, s), +[](const Verwaist& v) { return v.bytes(); });
+     }},
+    {"projekte",
+     [](const Welt& w, Steuerung* s) {
+         return summe(Projekte::finde(w.h.umgebung(), 6, s), +[](const Bauabfall& b) { return b.fund.bytes; });
+     }},
+    {"systemdaten",
+     [](const Welt& w, Steuerung* s) {
+         const auto temp = Systemdaten::messen(w.h.umgebung(), [](auto&, auto&) { return std::nullopt; }, s).at(1);
+         return Summe{temp.bytes.value_or(0), temp.bytes ? 1u : 0u};
+     }},
+};
+
+TEST(Arbeiter, OhneHelferWirdJederVorgangGanzFertig) {
+    const Welt w;
+    for (const auto& [name, vorgang] : vorgaenge) {
+        SCOPED_TRACE(name);
+        const Summe soll = vorgang(w, nullptr);
+        EXPECT_GT(soll.bytes, 0);
+        for (const int erlaubt : {0, 1}) {
+            const FadenGrenze grenze(erlaubt);
+            Summe ist;
+            EXPECT_NO_THROW(ist = vorgang(w, nullptr)) << erlaubt;
+            EXPECT_EQ(ist, soll) << erlaubt;
+        }
+    }
+    // deleting as well: the whole tree goes on the caller's thread alone
+    const FadenGrenze keine(0);
+    EXPECT_EQ(Arbeiter(4).faeden(), 1u);
+    for (int i = 0; i < 50; ++i) w.t.datei("weg/o" + std::to_string(i % 7) + "/u" + std::to_string(i) + "/f", 10);
+    EXPECT_TRUE(loescheBaum(w.t / "weg", 4).ok());
+    EXPECT_FALSE(fs::exists(w.t / "weg"));
+}
+
+TEST(Steuerung, JederVorgangHaeltAnUndLiefertEinenTeil) {
+    const Welt w;
+    for (const auto& [name, vorgang] : vorgaenge) {
+        SCOPED_TRACE(name);
+        const Summe ganz = vorgang(w, nullptr);
+        // stopped before the start: nothing; stopped at the first sign of progress: no more than all
+        for (const bool sofort : {true, false}) {
+            std::stop_source stopp;
+            Steuerung s(stopp.get_token());
+            if (sofort) stopp.request_stop();
+            std::jthread waechter([&](std::stop_token ende) {
+                while (!ende.stop_requested() && s.erledigt.load() == 0 && s.bytes.load() == 0)
+                    std::this_thread::yield();
+                stopp.request_stop();
+            });
+            const Summe teil = vorgang(w, &s);
+            if (sofort) {
+                EXPECT_EQ(teil, Summe{});
+            }
+            EXPECT_LE(teil.bytes, ganz.bytes) << sofort;
+            EXPECT_LE(teil.teile, ganz.teile) << sofort;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace hainbrem
