@@ -101,6 +101,7 @@ void MenueleistenAnsicht::aktualisiere() {
                                               qs(alsBytes(anzeige::summe(sicher))));
     aufraeumen_->setEnabled(!sicher.empty());
     pruefen_->setEnabled(!modell_.katalogLaeuft());
+    pruefen_->setText(modell_.katalogLaeuft() ? QStringLiteral("Prüft …") : QStringLiteral("Prüfen, was weg kann"));
     anzeige_->update();
 }
 

@@ -452,6 +452,7 @@ void AppModell::ausfuehren(Auftrag auftrag) {
             setze(verlauf_, verlaufDatei_->runden(), &AppModell::verlaufGeaendert);
             setze(letzteRunde_, std::optional<Runde>(std::move(runde)), &AppModell::letzteRundeGeaendert);
             standAktualisieren();
+            platteLesen();  // the volumes' free part, as fresh as the free space above it
             if (--offeneEntsorgungen_ == 0) setze(entsorgtGerade_, false, &AppModell::entsorgtGeradeGeaendert);
         });
 }

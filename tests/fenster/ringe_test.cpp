@@ -105,9 +105,12 @@ TEST(Anzeige, KurzpfadVorWannUndAnzahl) {
     for (const auto& [n, text] : std::vector<std::pair<int64_t, std::string>>{
              {0, "0 Funde"}, {1, "1 Fund"}, {2, "2 Funde"}, {1204, "1.204 Funde"}})
         EXPECT_EQ(anzahl(n, "Fund", "Funde"), text) << n;
-    Platte p{.gesamt = 100, .frei = 30, .volumes = {{.bytes = 50}, {.bytes = 5}}};
+    Platte p;
+    p.gesamt = 100;
+    p.frei = 30;
+    for (const int64_t bytes : {50, 5}) p.volumes.emplace_back().bytes = bytes;
     EXPECT_EQ(anzeige::ohneVolume(p), 15);
-    p.volumes.push_back({.bytes = 40});  // volumes that overlap the free space leave no rest
+    p.volumes.emplace_back().bytes = 40;  // volumes that overlap the free space leave no rest
     EXPECT_EQ(anzeige::ohneVolume(p), 0);
 }
 
