@@ -1,6 +1,9 @@
 // hainbrem-app: one model, the main window, the watcher in the menu bar and the settings.
 #include <QApplication>
 #include <QIcon>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
 #include <memory>
 
 #include "app/assistent/seite/assistentseite.hpp"
@@ -19,6 +22,13 @@ int main(int argc, char** argv) {
     QApplication::setOrganizationDomain(QStringLiteral("hainbrem.de"));
     QApplication::setDesktopFileName(QStringLiteral("de.hainbrem.Hainbrem"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/hainbrem.svg")));
+    // Qt's own texts (context menus of text fields, standard buttons) in German like the rest;
+    // without the translations installed they stay English
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    QTranslator qtTexte;
+    if (qtTexte.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                     QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QApplication::installTranslator(&qtTexte);
 
     const QStringList argumente = QApplication::arguments();
     auto wert = [&](const QString& schluessel) {

@@ -27,7 +27,7 @@ Bestaetigung bestaetigung(const std::vector<Fund>& funde, const std::function<bo
     korb.titel = std::to_string(korb.anzahl) + " × in den Papierkorb";
     if (endgueltig.anzahl > 0) b.zeilen.push_back(endgueltig);
     if (korb.anzahl > 0) b.zeilen.push_back(korb);
-    b.teile = "in " + std::to_string(b.anzahl) + " Teilen";
+    b.teile = "in " + std::to_string(b.anzahl) + (b.anzahl == 1 ? " Teil" : " Teilen");
     b.hinweis = laufHinweisText;
     for (const auto& name : b.laufendeBesitzer) b.warnungen.push_back(name + " läuft noch, seine Teile blieben liegen.");
     return b;
@@ -36,10 +36,10 @@ Bestaetigung bestaetigung(const std::vector<Fund>& funde, const std::function<bo
 std::string erklaerung(const Runde& runde, const std::function<int64_t()>& echtFreiJetzt) {
     const size_t k = runde.fehlerAnzahl();
     std::vector<std::string> teile;
-    if (const int64_t korb = runde.imPapierkorbBytes(); korb > 0)
-        teile.push_back(alsBytes(korb) + " liegen im Papierkorb – frei erst nach dem Leeren");
+    const int64_t korb = runde.imPapierkorbBytes();
+    if (korb > 0) teile.push_back(alsBytes(korb) + " liegen im Papierkorb – frei erst nach dem Leeren");
     const int64_t g = runde.gewonnen();
-    const int64_t e = runde.erwartet();
+    const int64_t e = subtrahiere(runde.erwartet(), korb);  // what is in the Trash is not free yet
     if (g < multipliziere(e, 8) / 10 && e > 50'000'000)
         teile.push_back(
             "weniger als erwartet: Klone, Hardlinks oder ein Schnappschuss halten Daten fest, oder andere Programme "

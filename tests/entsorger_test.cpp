@@ -323,6 +323,7 @@ TEST(BestaetigungTest, ZeilenUndLaufendeBesitzer) {
     EXPECT_EQ(b.zeilen[1].titel, "1 × in den Papierkorb");
     EXPECT_EQ(b.zeilen[1].symbol, "trash.fill");
     EXPECT_EQ(b.teile, "in 3 Teilen");
+    EXPECT_EQ(bestaetigung({funde[0]}, {}).teile, "in 1 Teil");
     EXPECT_EQ(b.hinweis, "Läuft ein Programm, dem etwas davon gehört, bleibt das liegen.");
     EXPECT_EQ(b.warnungen, std::vector<std::string>{"Slack läuft noch, seine Teile blieben liegen."});
     EXPECT_EQ(bestaetigung({funde[2]}, {}).zeilen.size(), 1u);
@@ -354,6 +355,7 @@ TEST(BestaetigungTest, Erklaerung) {
         {runde(50'000'000, 0, 0, false), "Alles erledigt. Echter freier Platz jetzt: 12,34 GB."},
         {runde(3'000'000, 0, 3, true),
          "3 MB liegen im Papierkorb – frei erst nach dem Leeren · 3 übersprungen (läuft gerade oder geschützt)"},
+        {runde(100'000'000, 0, 0, true), "100 MB liegen im Papierkorb – frei erst nach dem Leeren"},
     };
     for (const auto& f : faelle) EXPECT_EQ(erklaerung(f.r, frei), f.text);
 }

@@ -1,13 +1,21 @@
 #!/usr/bin/env bash
 # Builds a sample home with something for every page: caches and logs for the catalog, large
-# and old files, duplicates, programs with leftovers and leftovers of removed ones, developer
-# projects with build folders, and a few items in the Trash.
-#   bash werkzeuge/beispielhome.sh ZIEL     → ZIEL/home (about 2.5 GB of real, non-sparse bytes)
+# and old files, duplicates, developer projects with build folders, installers, a few items in
+# the Trash, and old things in a temp folder beside it. On Linux a German desktop home (what the
+# Linux catalog finds), on a Mac (or with --mac) a home with Library and Applications.
+#   bash werkzeuge/beispielhome.sh [--mac|--linux] ZIEL
+#     → ZIEL/home (about 3 GB of real, non-sparse bytes) and ZIEL/tmp (for TMPDIR)
 set -euo pipefail
-ziel=${1:?"Aufruf: beispielhome.sh ZIEL"}
+art=linux
+[ "$(uname -s)" = Darwin ] && art=mac
+case "${1:-}" in
+  --mac) art=mac; shift ;;
+  --linux) art=linux; shift ;;
+esac
+ziel=${1:?"Aufruf: beispielhome.sh [--mac|--linux] ZIEL"}
 home="$ziel/home"
 if [ -e "$home" ]; then echo "beispielhome: $home gibt es schon" >&2; exit 1; fi
-mkdir -p "$home"
+mkdir -p "$home" "$ziel/tmp"
 
 # datei PFAD MB [TAGE_ALT]: a file of real bytes whose content depends on its name
 datei() {
@@ -40,6 +48,23 @@ PLIST
   datei "Applications/$1.app/Contents/MacOS/$1" "$3"
 }
 
+# kopf PFAD MB TAGE_ALT KOPF: a file that starts with KOPF (printf format), then real bytes
+kopf() {
+  local p="$home/$1" mb=$2 alt=$3
+  mkdir -p "$(dirname "$p")"
+  { printf "$4"; yes "$1" | head -c "$((mb * 1000 * 1000))"; } > "$p" || true
+  touch -d "$alt days ago" "$p"
+}
+# papierkorb NAME MB TAGE_GELOESCHT HERKUNFT: an item of the freedesktop Trash with its record
+papierkorb() {
+  local trash="$home/.local/share/Trash"
+  mkdir -p "$trash/files" "$trash/info"
+  yes "$1" | head -c "$(($2 * 1000 * 1000))" > "$trash/files/$1" || true
+  printf '[Trash Info]\nPath=%s\nDeletionDate=%s\n' "$home/$4/$1" \
+    "$(date -d "$3 days ago" +%Y-%m-%dT%H:%M:%S)" > "$trash/info/$1.trashinfo"
+}
+
+mac_home() {
 # large and old files
 datei "Movies/Urlaub 2019.mov" 420 900
 datei "Movies/Hochzeit Anna und Tom.mp4" 260 400
@@ -109,13 +134,157 @@ datei "Code/notizen-app/.venv/lib/python3.11/site-packages/numpy/core.so" 40
 kb "Code/notizen-app/app.py" 4
 
 # the Trash of this home, with the records the freedesktop Trash keeps
-trash="$home/.local/share/Trash"
-mkdir -p "$trash/files" "$trash/info"
-for name in "Alte Präsentation.key:25:40" "Screenshot 2023-01-04.png:3:12"; do
-  IFS=: read -r n mb tage <<<"$name"
-  yes "$n" | head -c "$((mb * 1000 * 1000))" > "$trash/files/$n" || true
-  printf '[Trash Info]\nPath=%s\nDeletionDate=%s\n' "$home/Desktop/$n" \
-    "$(date -d "$tage days ago" +%Y-%m-%dT%H:%M:%S)" > "$trash/info/$n.trashinfo"
-done
+papierkorb "Alte Präsentation.key" 25 40 Desktop
+papierkorb "Screenshot 2023-01-04.png" 3 12 Desktop
 mkdir -p "$home/.config"
+}
+
+linux_home() {
+# a German desktop: the folders as the desktop names them
+mkdir -p "$home/.config"
+cat > "$home/.config/user-dirs.dirs" <<'DIRS'
+XDG_DESKTOP_DIR="$HOME/Schreibtisch"
+XDG_DOWNLOAD_DIR="$HOME/Downloads"
+XDG_TEMPLATES_DIR="$HOME/Vorlagen"
+XDG_PUBLICSHARE_DIR="$HOME/Öffentlich"
+XDG_DOCUMENTS_DIR="$HOME/Dokumente"
+XDG_MUSIC_DIR="$HOME/Musik"
+XDG_PICTURES_DIR="$HOME/Bilder"
+XDG_VIDEOS_DIR="$HOME/Videos"
+DIRS
+mkdir -p "$home"/{Schreibtisch,Downloads,Vorlagen,Öffentlich,Dokumente,Musik,Bilder,Videos}
+
+# large and old files
+datei "Videos/Urlaub 2019.mp4" 380 900
+datei "Videos/Hochzeit Anna und Tom.mp4" 240 400
+datei "Downloads/debian-12.5.0-amd64-DVD-1.iso" 170 500
+datei "Dokumente/Archiv/Projekt-Archiv-2021.zip" 90 800
+datei "Musik/Live-Mitschnitt.flac" 64 200
+datei "Schreibtisch/Bildschirmaufnahme vom 2024-03-12.webm" 55 20
+# duplicates: the same photos, a contract and receipts in two places, the copies younger
+kopie() { mkdir -p "$(dirname "$home/$2")"; cp "$home/$1" "$home/$2"; touch -d "$3 days ago" "$home/$2"; }
+for i in 1 2 3 4 5; do datei "Bilder/Urlaub/IMG_00$i.jpg" 3 700; done
+for i in 1 2 3; do kopie "Bilder/Urlaub/IMG_00$i.jpg" "Downloads/Urlaub-Export/IMG_00$i.jpg" 300; done
+datei "Dokumente/Mietvertrag Wohnung.pdf" 2 600
+kopie "Dokumente/Mietvertrag Wohnung.pdf" "Schreibtisch/Mietvertrag Wohnung (Kopie).pdf" 90
+datei "Dokumente/Steuer/Belege-2023.zip" 12 300
+kopie "Dokumente/Steuer/Belege-2023.zip" "Downloads/Belege-2023.zip" 280
+kb "Dokumente/Brief an die Bank.odt" 24 30
+
+# browsers: the caches in ~/.cache and the profiles' caches beside the settings
+datei ".cache/mozilla/firefox/k3x9a2pq.default-release/cache2/entries/3F2A9C" 110
+datei ".cache/mozilla/firefox/k3x9a2pq.default-release/startupCache/startupCache.8.little" 6
+kb ".mozilla/firefox/k3x9a2pq.default-release/prefs.js" 12
+datei ".cache/google-chrome/Default/Cache/Cache_Data/data_1" 75
+datei ".cache/google-chrome/Default/Code Cache/js/index" 18
+datei ".config/google-chrome/Default/Service Worker/CacheStorage/a1b2/data" 24
+datei ".config/google-chrome/Default/GPUCache/data_0" 5
+datei ".config/google-chrome/GrShaderCache/data_0" 4
+kb ".config/google-chrome/Default/Preferences" 40
+
+# programs' caches in ~/.cache: thumbnails, shaders, known programs, an app id
+datei ".cache/thumbnails/normal/3a7bd3e2360a3d29eea436fcfb7e44c7.png" 28
+datei ".cache/thumbnails/large/9b1e0f4c8d2a7e65b3c1f0a9d8e7c6b5.png" 16
+datei ".cache/mesa_shader_cache/index" 30
+datei ".cache/spotify/Data/4e/4e7f2b1c.file" 90
+datei ".cache/thunderbird/a8k2m1x3.default-release/cache2/entries/7D1E" 35
+datei ".cache/gimp/2.10/thumbnails.bin" 12
+datei ".cache/org.gnome.Maps/tiles/15.bin" 8
+datei ".cache/vlc/art/artistalbum.bin" 3
+
+# Electron programs keep their caches beside their settings in ~/.config
+datei ".config/Code/Cache/Cache_Data/data_1" 35
+datei ".config/Code/CachedData/1a2b3c4d5e/data" 22
+datei ".config/Code/GPUCache/data_0" 3
+kb ".config/Code/User/settings.json" 2
+datei ".config/Slack/Cache/Cache_Data/data_0" 40
+datei ".config/Slack/Code Cache/js/index" 15
+datei ".config/Slack/GPUCache/data_0" 2
+kb ".config/Slack/storage/root-state.json" 2
+datei ".config/discord/Cache/Cache_Data/data_2" 30
+datei ".config/discord/Code Cache/js/index" 8
+datei ".config/obsidian/GPUCache/data_0" 2
+kb ".config/obsidian/obsidian.json" 1
+datei ".config/Signal/Cache/Cache_Data/data_0" 14
+
+# Flatpak programs: their cache goes, their data stays
+datei ".var/app/org.telegram.desktop/cache/tdata/user_data/media_cache/0a" 45
+datei ".var/app/org.telegram.desktop/data/TelegramDesktop/tdata/key_datas" 2
+datei ".var/app/org.libreoffice.LibreOffice/cache/libreoffice/backups/x" 6
+datei ".var/app/org.libreoffice.LibreOffice/config/libreoffice/4/user/registrymodifications.xcu" 1
+
+# package managers' stores
+datei ".cache/pip/http-v2/a/b/c/1f2e3d" 45
+datei ".cache/pip/wheels/9a/8b/numpy-1.26.4-cp311-linux_x86_64.whl" 20
+datei ".npm/_cacache/content-v2/sha512/aa/bb" 70
+datei ".cache/yarn/v6/npm-react-18.2.0/package.tgz" 18
+datei ".cargo/registry/cache/index.crates.io-6f17d22bba15001f/serde-1.0.197.crate" 18
+datei ".cargo/registry/src/index.crates.io-6f17d22bba15001f/serde-1.0.197/lib.rs" 4
+datei "go/pkg/mod/cache/download/golang.org/x/net/@v/v0.21.0.zip" 25
+datei ".cache/go-build/4f/4f2a1b-d" 38
+datei ".gradle/caches/modules-2/files-2.1/com.google.guava/guava-32.1.jar" 28
+datei ".m2/repository/org/apache/commons/commons-lang3/3.14.0/commons-lang3-3.14.0.jar" 15
+printf '#NOTE: This is a Maven Resolver internal implementation file\ncommons-lang3-3.14.0.jar>central=\n' \
+  > "$home/.m2/repository/org/apache/commons/commons-lang3/3.14.0/_remote.repositories"
+
+# models, test browsers and other tools' caches, by age
+datei ".cache/huggingface/hub/models--openai--whisper-small/blobs/a1b2c3" 95 50
+datei ".cache/ms-playwright/chromium-1091/chrome-linux/chrome" 80 40
+datei ".cache/ms-playwright/webkit-2000/minibrowser" 20 2
+datei ".cache/pre-commit/repo8d3kq1/hooks.bin" 12 40
+datei ".cache/black/24.2.0/cache.pickle" 2 60
+datei ".cache/fontconfig/a1b2c3-le64.cache-9" 1
+alt ".cache/huggingface" 50
+alt ".cache/ms-playwright/chromium-1091" 40
+alt ".cache/pre-commit" 40
+alt ".cache/black" 60
+
+# the VS Code server keeps every version it ever downloaded
+datei ".vscode-server/bin/019f4d1419fbc8219a181fab7892ebccf7ee29a2/node" 70 120
+datei ".vscode-server/bin/e170252f762678dec6ca2cc69aba1570769a5d39/node" 70 40
+datei ".vscode-server/bin/863d2581ecda6849923a2118d93a088b0745d9d6/node" 70 2
+alt ".vscode-server/bin/019f4d1419fbc8219a181fab7892ebccf7ee29a2" 120
+alt ".vscode-server/bin/e170252f762678dec6ca2cc69aba1570769a5d39" 40
+alt ".vscode-server/bin/863d2581ecda6849923a2118d93a088b0745d9d6" 2
+
+# logs
+datei ".xsession-errors" 9
+datei ".xsession-errors.old" 4 7
+kb ".local/state/nvim/log" 800
+kb ".local/state/nvim/shada/main.shada" 60
+kb ".local/share/xorg/Xorg.0.log" 120
+
+# installers in Downloads, each with the first bytes of its kind
+kopf "Downloads/code_1.87.2-1709912201_amd64.deb" 95 45 '!<arch>\ndebian-binary   1709912201  0     0     100644  4         `\n2.0\n'
+kopf "Downloads/Obsidian-1.5.8.AppImage" 110 70 '\177ELF\002\001\001\000AI\002'
+kopf "Downloads/zoom_x86_64.rpm" 60 30 '\355\253\356\333'
+kopf "Downloads/firefox-124.0.tar.bz2" 80 50 'BZh91AY&SY'
+kopf "Downloads/discord-0.0.47.deb" 90 2 '!<arch>\ndebian-binary   1711000000  0     0     100644  4         `\n2.0\n'
+
+# developer projects: two resting for weeks, one worked on today
+kb "Projekte/webshop/package.json" 2
+datei "Projekte/webshop/node_modules/react-dom/cjs/react-dom.development.js" 60
+datei "Projekte/webshop/node_modules/typescript/lib/tsc.js" 55
+kb "Projekte/webshop/src/index.ts" 8
+alt "Projekte/webshop" 45
+kb "Projekte/wettertool/Cargo.toml" 1
+datei "Projekte/wettertool/target/debug/wettertool" 90
+kb "Projekte/wettertool/src/main.rs" 6
+alt "Projekte/wettertool" 70
+kb "Projekte/notizen-app/requirements.txt" 1
+datei "Projekte/notizen-app/.venv/lib/python3.11/site-packages/numpy/core.so" 40
+kb "Projekte/notizen-app/app.py" 4
+
+# the Trash, and old things in the temp folder (the pictures run with TMPDIR=ZIEL/tmp)
+papierkorb "Alte Präsentation.odp" 25 40 Dokumente
+papierkorb "Bildschirmfoto vom 2023-01-04.png" 3 12 Bilder
+papierkorb "Entwurf.txt" 1 2 Dokumente
+home="$ziel" datei "tmp/pip-build-env-k2j3x9/numpy-1.26.4.whl" 15 6
+home="$ziel" datei "tmp/vscode-typescript1000/tsserver.log" 4 9
+home="$ziel" datei "tmp/hainbrem-neu.txt" 1
+home="$ziel" alt "tmp/pip-build-env-k2j3x9" 6
+home="$ziel" alt "tmp/vscode-typescript1000" 9
+}
+
+if [ "$art" = mac ]; then mac_home; else linux_home; fi
 echo "$home"

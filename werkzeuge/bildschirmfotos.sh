@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Pictures of every page of hainbrem-app on a sample home (werkzeuge/beispielhome.sh), taken
-# under Xvfb right after the application has checked, scanned and searched everything. The
-# README's pictures are copied to docs/bilder/.
+# under Xvfb right after the application has checked, scanned and searched everything: every
+# page, the panel, the settings and the sheet in light, then all again switched live to dark, and
+# one page back in light. The README's pictures are copied to docs/bilder/.
 #   bash werkzeuge/bildschirmfotos.sh [ORDNER] [PROGRAMM]
 #   ORDNER: where the PNGs go (default: build/bildschirmfotos)
 #   PROGRAMM: hainbrem-app to run (default: build/release/app/hainbrem-app, else build/debug)
@@ -31,9 +32,9 @@ Xvfb "$anzeige" -screen 0 1600x1000x24 -nolisten tcp >/dev/null 2>&1 &
 xvfb=$!
 sleep 1
 mkdir -p "$ziel"
-# the sample home is the whole world: its settings, its history, its Trash
+# the sample home is the whole world: its settings, its history, its Trash, its temp folder
 env -i PATH="$PATH" DISPLAY="$anzeige" HOME="$home" XDG_CONFIG_HOME="$home/.config" \
-  XDG_DATA_HOME="$home/.local/share" XDG_RUNTIME_DIR="$arbeit" LANG=de_DE.UTF-8 \
+  XDG_DATA_HOME="$home/.local/share" XDG_RUNTIME_DIR="$arbeit" TMPDIR="$arbeit/tmp" LANG=de_DE.UTF-8 \
   ASAN_OPTIONS=detect_leaks=0 QT_QPA_PLATFORM=xcb \
   "$app" -pruefen YES -scan YES -nurHome YES -fotos "$ziel"
 mkdir -p docs/bilder

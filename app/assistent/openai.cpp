@@ -69,10 +69,36 @@ std::optional<std::string> nurLokal(const QUrl& adresse) {
            "localhost – nichts geht über das Netz.";
 }
 
-std::string startHinweis() {
-    return "Starte eines auf diesem Gerät, etwa mit llama.cpp: „llama-server -m modell.gguf --port 8080 --jinja“ "
-           "(Adresse http://127.0.0.1:8080/v1) oder mit Ollama: „ollama serve“ (Adresse http://127.0.0.1:11434/v1).";
+const std::vector<Startbefehl>& startBefehle() {
+    static const std::vector<Startbefehl> befehle{
+        {"llama.cpp", "llama-server -m modell.gguf --port 8080 --jinja", "http://127.0.0.1:8080/v1"},
+        {"Ollama", "ollama serve", "http://127.0.0.1:11434/v1"}};
+    return befehle;
 }
+
+std::string startHinweis() {
+    std::string text = "Starte eines auf diesem Gerät, etwa";
+    const auto& befehle = startBefehle();
+    for (size_t i = 0; i < befehle.size(); ++i)
+        text += std::string(i == 0 ? "" : " oder") + " mit " + befehle[i].mit + ": „" + befehle[i].befehl +
+                "“ (Adresse " + befehle[i].adresse + ")";
+    return text + ".";
+}
+
+namespace {
+
+// No model: when the reason ends in how to start one, the commands come along on their own.
+Verfuegbarkeit ohneModell(std::string text) {
+    Verfuegbarkeit v{false, std::move(text)};
+    const std::string hinweis = " " + startHinweis();
+    if (v.text.ends_with(hinweis)) {
+        v.grund = v.text.substr(0, v.text.size() - hinweis.size());
+        v.start = startBefehle();
+    }
+    return v;
+}
+
+}  // namespace
 
 KiFehler serverFehler(const QByteArray& roh, int status) {
     const QString klein = QString::fromUtf8(roh).toLower();
@@ -256,12 +282,12 @@ void OpenAiModell::pruefe(std::function<void(Verfuegbarkeit)> fertig) {
         const auto v = w.lock();
         if (!v) return;  // replaced by another model meanwhile
         const std::string wo = s(v->adresse);
-        if (!m.erreichbar) return fertig({false, m.fehler});
+        if (!m.erreichbar) return fertig(ohneModell(m.fehler));
         if (m.status >= 300)
             return fertig({false, "Auf " + wo + " läuft ein Server, aber keiner, der wie OpenAI spricht (HTTP " +
                                       std::to_string(m.status) + "). Die Adresse endet meist auf /v1."});
         if (m.ids.isEmpty())
-            return fertig({false, "Der Server auf " + wo + " läuft, hat aber kein Modell geladen. " + startHinweis()});
+            return fertig(ohneModell("Der Server auf " + wo + " läuft, hat aber kein Modell geladen. " + startHinweis()));
         if (!v->modell.isEmpty() && !m.ids.contains(v->modell))
             return fertig({false, "Der Server auf " + wo + " läuft, hat aber kein Modell „" + s(v->modell) +
                                       "“. Vorhanden: " + s(m.ids.join(", ")) +

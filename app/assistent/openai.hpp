@@ -23,6 +23,7 @@ namespace hainbrem {
 std::optional<std::string> nurLokal(const QUrl& adresse);
 
 // How to get a local model going, for the availability texts and the README.
+const std::vector<Startbefehl>& startBefehle();
 std::string startHinweis();
 
 // An error the server sent (HTTP body or inside the stream): context overflow or German text.

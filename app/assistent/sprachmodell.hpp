@@ -13,9 +13,20 @@
 
 namespace hainbrem {
 
+// A command that starts a local model, for the page to show on a line of its own.
+struct Startbefehl {
+    std::string mit;      // "llama.cpp"
+    std::string befehl;   // "llama-server -m modell.gguf --port 8080 --jinja"
+    std::string adresse;  // where it then answers
+    bool operator==(const Startbefehl&) const = default;
+};
+
 struct Verfuegbarkeit {
     bool verfuegbar = false;
     std::string text;  // the availability line, or why there is no model and what to do
+    // When a model has to be started first: the reason alone, and the commands `text` names.
+    std::string grund = {};
+    std::vector<Startbefehl> start = {};
 };
 
 struct KiFehler {

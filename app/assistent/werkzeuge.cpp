@@ -216,7 +216,7 @@ Vorschlag vorschlagen(const std::vector<RegelErgebnis>& katalog, const std::map<
     }
     int64_t summe = 0;
     for (const auto& f : v.funde) summe = addiere(summe, f.bytes);
-    v.text = std::to_string(v.funde.size()) + " Funde ausgewählt (" + alsBytes(summe) +
+    v.text = anzahl(static_cast<int64_t>(v.funde.size()), "Fund", "Funde") + " ausgewählt (" + alsBytes(summe) +
              "). Der Nutzer sieht sie jetzt und bestätigt selbst.";
     if (!notizen.empty()) v.text += " Nicht ausgewählt: " + verbinde(notizen, "; ");
     return v;

@@ -40,6 +40,12 @@ int64_t summe(const std::vector<Fund>& funde) {
     return s;
 }
 
+int64_t ohneVolume(const Platte& platte) {
+    int64_t rest = subtrahiere(platte.gesamt, platte.frei);
+    for (const auto& v : platte.volumes) rest = subtrahiere(rest, v.bytes);
+    return std::max<int64_t>(rest, 0);
+}
+
 std::vector<Fund> gewaehlte(const std::vector<Fund>& funde, const std::set<std::string>& auswahl) {
     std::vector<Fund> r;
     for (const auto& f : funde)

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "kern/datensaetze.hpp"
+#include "kern/plattenstand.hpp"
 
 namespace hainbrem::anzeige {
 
@@ -20,6 +21,10 @@ std::string vorWann(std::optional<Zeitpunkt> t, Zeitpunkt jetzt);
 
 // Sum of the findings' bytes (overflow ends the process, as everywhere).
 int64_t summe(const std::vector<Fund>& funde);
+
+// What of the disk neither a volume nor the free space accounts for (other partitions, space
+// the file system keeps back); never below 0.
+int64_t ohneVolume(const Platte& platte);
 
 // The findings whose path is in `auswahl`, in their order.
 std::vector<Fund> gewaehlte(const std::vector<Fund>& funde, const std::set<std::string>& auswahl);

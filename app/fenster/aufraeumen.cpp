@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "app/fenster/anzeige.hpp"
 #include "app/fenster/design.hpp"
@@ -25,11 +26,11 @@ namespace {
 QString risikoFarbe(Risiko r) {
     switch (r) {
         case Risiko::sicher:
-            return design::farbe("gruen").name();
+            return design::flaeche("gruen").name();
         case Risiko::pruefen:
-            return design::farbe("orange").name();
+            return design::flaeche("orange").name();
         case Risiko::vorsicht:
-            return design::farbe("rot").name();
+            return design::flaeche("rot").name();
     }
     return {};
 }
@@ -57,10 +58,7 @@ public:
         });
         gruppe_->setEnabled(!funde_.empty());
         kopf->addWidget(gruppe_);
-        auto* bild = new QLabel;
-        bild->setPixmap(design::symbolBild(e.regel.symbol, palette().color(QPalette::WindowText), 22,
-                                           devicePixelRatioF()));
-        kopf->addWidget(bild);
+        kopf->addWidget(new design::Symbol(e.regel.symbol, "text", 22));
         kopf->addWidget(design::ueberschrift(qs(e.regel.titel), 13), 1);
         auto* risiko = new QLabel(qs(name(e.regel.risiko)));
         risiko->setStyleSheet(QStringLiteral("color: white; background: %1; border-radius: 8px; padding: 1px 8px;")
@@ -68,6 +66,7 @@ public:
         risiko->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
         kopf->addWidget(risiko, 0, Qt::AlignVCenter);
         auto* bytes = new QLabel(QStringLiteral("<b>%1</b>").arg(qs(alsBytes(e.bytes()))));
+        bytes->setToolTip(qs(anzahl(static_cast<int64_t>(e.funde.size()), "Fund", "Funde")));
         bytes->setMinimumWidth(80);
         bytes->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         kopf->addWidget(bytes);
@@ -91,7 +90,7 @@ public:
         }
         if (!e.uebersprungen.empty()) {
             auto* hinweis = new QLabel(QStringLiteral("Gehört zu laufenden Programmen und bleibt liegen:"));
-            hinweis->setStyleSheet(QStringLiteral("color: %1").arg(design::farbe("orange").name()));
+            design::faerbe(hinweis, "orange");
             l->addWidget(hinweis);
             auto* liste = new FundListe(modell_, home, this);
             liste->setzeWaehlbar([](const Fund&) { return false; });
@@ -125,7 +124,7 @@ AufraeumenSeite::AufraeumenSeite(AppModell& modell, const std::filesystem::path&
     auto* l = new QVBoxLayout(this);
     l->setContentsMargins(28, 22, 28, 18);
     kopf_ = new Seitenkopf(QStringLiteral("Aufräumen"), {});
-    auto* neu = new QPushButton(QStringLiteral("Neu prüfen"));
+    auto* neu = design::knopf(QStringLiteral("Neu prüfen"));
     connect(neu, &QPushButton::clicked, &modell_, &AppModell::pruefen);
     kopf_->knoepfe()->addWidget(neu);
     l->addWidget(kopf_);
@@ -151,7 +150,10 @@ AufraeumenSeite::AufraeumenSeite(AppModell& modell, const std::filesystem::path&
         {"leaf", QStringLiteral("Noch nicht geprüft"),
          QStringLiteral("Hainbrem sieht an 21 Orten nach, wo sich Caches, Protokolle, Installer und Entwicklerreste "
                         "sammeln. Nichts geht weg, bevor du es bestätigst."),
-         QStringLiteral("Jetzt prüfen"), [this] { modell_.pruefen(); }},
+         QStringLiteral("Jetzt prüfen"), [this] { modell_.pruefen(); },
+         QStringLiteral("Nichts zum Aufräumen"),
+         QStringLiteral("An keinem der 21 Orte liegt gerade etwas, das weg kann. Hainbrem passt weiter auf."),
+         QStringLiteral("Noch einmal prüfen")},
         [this] { modell_.anhalten(AppModell::Arbeit::katalog); }, inhalt);
     l->addWidget(zustaende_, 1);
 
@@ -168,23 +170,26 @@ void AufraeumenSeite::baue() {
         delete i;
     }
     int64_t alles = 0;
-    size_t anzahl = 0;
+    size_t zahl = 0;
     for (const auto& e : modell_.katalog()) {
         if (e.funde.empty() && e.uebersprungen.empty()) continue;
         karten_->addWidget(new RegelKarte(modell_, e, home_));
         alles = addiere(alles, e.bytes());
-        anzahl += e.funde.size();
+        zahl += e.funde.size();
     }
     karten_->addStretch();
-    kopf_->setzeUnter(QStringLiteral("%1 Funde mit %2. Vorgewählt ist, was sich gefahrlos von selbst neu bildet.")
-                          .arg(qs(alsZahl(static_cast<int64_t>(anzahl))), qs(alsBytes(alles))));
+    kopf_->setzeUnter(QStringLiteral("%1 mit %2. Vorgewählt ist, was sich gefahrlos von selbst neu bildet.")
+                          .arg(qs(anzahl(static_cast<int64_t>(zahl), "Fund", "Funde")), qs(alsBytes(alles))));
     leiste_->aktualisiere();
     status();
 }
 
 void AufraeumenSeite::status() {
-    zustaende_->zeige(modell_.katalogLaeuft(), modell_.katalogGeprueft().has_value(), modell_.katalogFortschritt(),
-                      QStringLiteral("Prüft 21 Orte …"));
+    const auto& k = modell_.katalog();
+    const bool etwas =
+        std::any_of(k.begin(), k.end(), [](const auto& e) { return !e.funde.empty() || !e.uebersprungen.empty(); });
+    zustaende_->zeige(modell_.katalogLaeuft(), modell_.katalogGeprueft().has_value(), etwas,
+                      modell_.katalogFortschritt(), QStringLiteral("Prüft 21 Orte …"));
 }
 
 }  // namespace hainbrem

@@ -3,6 +3,8 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QTimer>
 #include <QToolButton>
@@ -40,13 +42,11 @@ BestaetigungsAnsicht::BestaetigungsAnsicht(AppModell& modell, Auftrag auftrag, Q
     for (const auto& z : b.zeilen) {
         auto* zeile = new QGridLayout;
         zeile->setHorizontalSpacing(12);
-        auto* bild = new QLabel;
-        bild->setPixmap(design::symbolBild(z.symbol, design::farbe(z.farbe), 26, devicePixelRatioF()));
-        bild->setAlignment(Qt::AlignTop);
+        auto* bild = new design::Symbol(z.symbol, z.farbe, 26);
         auto* titel = new QLabel(QStringLiteral("<b>%1</b>").arg(qs(z.titel).toHtmlEscaped()));
         auto* bytes = new QLabel(QStringLiteral("<b>%1</b>").arg(qs(alsBytes(z.bytes))));
         bytes->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-        zeile->addWidget(bild, 0, 0, 2, 1);
+        zeile->addWidget(bild, 0, 0, 2, 1, Qt::AlignTop);
         zeile->addWidget(titel, 0, 1);
         zeile->addWidget(bytes, 0, 2);
         zeile->addWidget(design::leise(qs(z.text)), 1, 1, 1, 2);
@@ -55,17 +55,21 @@ BestaetigungsAnsicht::BestaetigungsAnsicht(AppModell& modell, Auftrag auftrag, Q
     }
     // 2. the total
     auto* summe = new QLabel(QStringLiteral("Zusammen <b>%1</b> %2").arg(qs(alsBytes(b.bytes)), qs(b.teile)));
-    l->addWidget(summe);
-    // 3. the note
-    l->addWidget(design::leise(qs(b.hinweis)));
+    // 3. the note, right under the total
+    auto* summeUndHinweis = new QVBoxLayout;
+    summeUndHinweis->setSpacing(4);
+    summeUndHinweis->addWidget(summe);
+    summeUndHinweis->addWidget(design::leise(qs(b.hinweis)));
+    l->addSpacing(2);
+    l->addLayout(summeUndHinweis);
     // 4. owners running now
     for (size_t i = 0; i < b.laufendeBesitzer.size(); ++i) {
         auto* zeile = new QHBoxLayout;
-        auto* bild = new QLabel;
-        bild->setPixmap(design::symbolBild("exclamationmark.circle", design::farbe("orange"), 20, devicePixelRatioF()));
-        zeile->addWidget(bild);
-        zeile->addWidget(new QLabel(qs(b.warnungen[i])), 1);
-        auto* beenden = new QPushButton(QStringLiteral("Beenden"));
+        zeile->addWidget(new design::Symbol("exclamationmark.circle", "orange", 20));
+        auto* warnung = new QLabel(qs(b.warnungen[i]));
+        warnung->setWordWrap(true);
+        zeile->addWidget(warnung, 1);
+        auto* beenden = design::knopf(QStringLiteral("Beenden"));
         beenden->setAutoDefault(false);
         connect(beenden, &QPushButton::clicked, this,
                 [this, name = b.laufendeBesitzer[i]] { teile_.beenden(name); });
@@ -75,19 +79,26 @@ BestaetigungsAnsicht::BestaetigungsAnsicht(AppModell& modell, Auftrag auftrag, Q
     // 5. the buttons
     auto* knoepfe = new QHBoxLayout;
     knoepfe->addStretch();
-    auto* abbrechen = new QPushButton(QStringLiteral("Abbrechen"));
+    auto* abbrechen = design::knopf(QStringLiteral("Abbrechen"));
     abbrechen->setAutoDefault(false);
+    abbrechen->setMinimumWidth(110);
     connect(abbrechen, &QPushButton::clicked, this, &QDialog::reject);
-    bestaetigen_ = new QPushButton(b.zeilen.size() == 1 && b.zeilen[0].art == Entsorgung::papierkorb
-                                       ? QStringLiteral("In den Papierkorb")
-                                       : QStringLiteral("Aufräumen"));
+    bestaetigen_ = design::knopf(b.zeilen.size() == 1 && b.zeilen[0].art == Entsorgung::papierkorb
+                                     ? QStringLiteral("In den Papierkorb")
+                                     : QStringLiteral("Aufräumen"),
+                                 design::Rolle::haupt);
+    bestaetigen_->setMinimumWidth(140);
     bestaetigen_->setAutoDefault(false);  // a held return key must not reach it
     bestaetigen_->setEnabled(false);
     connect(bestaetigen_, &QPushButton::clicked, this, &BestaetigungsAnsicht::bestaetigen);
     knoepfe->addWidget(abbrechen);
     knoepfe->addWidget(bestaetigen_);
-    l->addSpacing(4);
+    l->addStretch(1);
+    l->addSpacing(6);
     l->addLayout(knoepfe);
+    abbrechen->setFocus();  // the safe choice has the keyboard
+    // as tall as the wrapped texts need at this width, not as tall as their guesses
+    resize(minimumWidth(), heightForWidth(minimumWidth()));
 }
 
 void BestaetigungsAnsicht::showEvent(QShowEvent* e) {
@@ -114,11 +125,11 @@ ErgebnisLeiste::ErgebnisLeiste(AppModell& modell, QWidget* eltern) : QFrame(elte
     setObjectName(QStringLiteral("ergebnis"));
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::AlternateBase);
-    setStyleSheet(QStringLiteral("QFrame#ergebnis { border-bottom: 1px solid palette(mid); }"));
+    setFrameShape(QFrame::NoFrame);
     auto* l = new QHBoxLayout(this);
     l->setContentsMargins(16, 10, 10, 10);
     l->setSpacing(14);
-    symbol_ = new QLabel;
+    symbol_ = new design::Symbol("sun.max.fill", "orange", 28);
     l->addWidget(symbol_, 0, Qt::AlignTop);
     auto* texte = new QVBoxLayout;
     texte->setSpacing(2);
@@ -132,8 +143,15 @@ ErgebnisLeiste::ErgebnisLeiste(AppModell& modell, QWidget* eltern) : QFrame(elte
     texte->addLayout(zahlen);
     erklaerung_ = design::leise({});
     texte->addWidget(erklaerung_);
+    balken_ = new QProgressBar;
+    balken_->setRange(0, 0);
+    balken_->setTextVisible(false);
+    balken_->setMaximumWidth(360);
+    balken_->setFixedHeight(8);
+    texte->addWidget(balken_);
     l->addLayout(texte, 1);
-    rueckgaengig_ = new QPushButton(QStringLiteral("Rückgängig"));
+    rueckgaengig_ = design::knopf(QStringLiteral("Rückgängig"));
+    rueckgaengig_->setToolTip(QStringLiteral("Legt zurück, was diese Runde in den Papierkorb gelegt hat"));
     connect(rueckgaengig_, &QPushButton::clicked, this, [this] {
         if (modell_.letzteRunde()) modell_.rueckgaengig(modell_.letzteRunde()->id);
     });
@@ -141,21 +159,44 @@ ErgebnisLeiste::ErgebnisLeiste(AppModell& modell, QWidget* eltern) : QFrame(elte
     schliessen_ = new QToolButton;
     schliessen_->setAutoRaise(true);
     schliessen_->setToolTip(QStringLiteral("Schließen"));
+    schliessen_->setAccessibleName(QStringLiteral("Ergebnis schließen"));
     connect(schliessen_, &QToolButton::clicked, this, [this] { modell_.letzteRundeSchliessen(); });
     l->addWidget(schliessen_, 0, Qt::AlignVCenter);
 
     connect(&modell_, &AppModell::letzteRundeGeaendert, this, &ErgebnisLeiste::zeige);
     connect(&modell_, &AppModell::standGeaendert, this, &ErgebnisLeiste::zeige);
+    connect(&modell_, &AppModell::entsorgtGeradeGeaendert, this, &ErgebnisLeiste::zeige);
+    design::beiFarbwechsel(this, [this] { zeige(); });
     zeige();
+}
+
+void ErgebnisLeiste::paintEvent(QPaintEvent* e) {
+    QFrame::paintEvent(e);
+    // a line under the bar, in the mode's colours
+    QPainter p(this);
+    p.setPen(palette().color(QPalette::Mid));
+    p.drawLine(0, height() - 1, width(), height() - 1);
 }
 
 QString ErgebnisLeiste::erklaerung() const { return erklaerung_->text(); }
 
 void ErgebnisLeiste::zeige() {
+    const bool laeuft = modell_.entsorgtGerade();
+    balken_->setVisible(laeuft);
+    rueckgaengig_->setVisible(!laeuft);
+    schliessen_->setVisible(!laeuft);
+    if (laeuft) {
+        setVisible(true);
+        symbol_->setze("leaf.fill", "gruen");
+        frei_->setText(QStringLiteral("<b>Räumt auf …</b>"));
+        gewonnen_->clear();
+        erklaerung_->setText(QStringLiteral("Hainbrem prüft jeden Pfad unmittelbar vor dem Entfernen noch einmal."));
+        return;
+    }
     const auto& r = modell_.letzteRunde();
     setVisible(r.has_value());
     if (!r) return;
-    symbol_->setPixmap(design::symbolBild("sun.max.fill", design::farbe("orange"), 28, devicePixelRatioF()));
+    symbol_->setze("sun.max.fill", "orange");
     schliessen_->setIcon(design::symbol("xmark", palette().color(QPalette::WindowText)));
     frei_->setText(QStringLiteral("Freier Platz: <b>%1</b>").arg(qs(alsBytes(r->freiNachher))));
     gewonnen_->setText(QStringLiteral("Gewonnen: <b>%1</b> <span style='color:%2'>gemessen</span>%3")

@@ -10,12 +10,16 @@
 #include "kern/verlauf.hpp"
 
 class QLabel;
+class QProgressBar;
 class QPushButton;
 class QToolButton;
 
 namespace hainbrem {
 
 class AppModell;
+namespace design {
+class Symbol;
+}
 
 using Uhr = std::function<std::chrono::steady_clock::time_point()>;  // monotonic
 
@@ -54,8 +58,8 @@ private:
     QPushButton* bestaetigen_ = nullptr;
 };
 
-// Above the pages while a round is fresh: real free space, the measured gain, one line that
-// explains any shortfall, undo and close.
+// Above the pages while a round runs (with progress) and while it is fresh: real free space, the
+// measured gain, one line that explains any shortfall, undo and close.
 class ErgebnisLeiste : public QFrame {
     Q_OBJECT
 
@@ -66,11 +70,15 @@ public:
     QPushButton* rueckgaengigKnopf() const { return rueckgaengig_; }
     QToolButton* schliessenKnopf() const { return schliessen_; }
 
+protected:
+    void paintEvent(QPaintEvent* e) override;
+
 private:
     void zeige();
 
     AppModell& modell_;
-    QLabel* symbol_ = nullptr;
+    design::Symbol* symbol_ = nullptr;
+    QProgressBar* balken_ = nullptr;  // while a round runs
     QLabel* frei_ = nullptr;
     QLabel* gewonnen_ = nullptr;
     QLabel* erklaerung_ = nullptr;

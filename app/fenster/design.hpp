@@ -6,7 +6,11 @@
 #include <QIcon>
 #include <QLabel>
 #include <QPixmap>
+#include <QPushButton>
 #include <QString>
+#include <QStyledItemDelegate>
+#include <functional>
+#include <string>
 #include <string_view>
 
 class QApplication;
@@ -21,13 +25,54 @@ bool kenntSymbol(std::string_view symbol);
 QPixmap symbolBild(std::string_view symbol, const QColor& farbe, int groesse, qreal pixelVerhaeltnis = 1.0);
 QIcon symbol(std::string_view symbol, const QColor& farbe);
 
-// Named colours of the confirmation rows and states ("gruen", "orange", "rot", "blau", "grau").
+// Named colours of text and symbols ("gruen", "orange", "rot", "blau", "lila", "grau"), lighter
+// in dark mode; "text" is the window's text colour.
 QColor farbe(std::string_view name);
 QColor akzent();
+// The empty track under a gauge or ring, visible on light and dark cards.
+QColor spur();
+// Fills under white text (buttons, badges, ticked boxes): the same in light and dark.
+QColor flaeche(std::string_view name);
+
+// Text in a named colour that follows the switch between light and dark.
+void faerbe(QWidget* w, std::string_view farbname);
+// Calls `tun` whenever the colours of `w` change (light ↔ dark), for what is drawn with fixed
+// colours: item icons, rich text with colours.
+void beiFarbwechsel(QWidget* w, std::function<void()> tun);
 
 // "system", "hell" or "dunkel", applied at once to every open window.
 void erscheinungAnwenden(QApplication& app, const QString& art);
 bool istDunkel();
+
+// Push buttons in three roles: plain, the page's main action (green), an urgent one (orange).
+enum class Rolle { normal, haupt, warnung };
+QPushButton* knopf(const QString& text, Rolle rolle = Rolle::normal, QWidget* eltern = nullptr);
+void setzeRolle(QPushButton* knopf, Rolle rolle);
+
+// A symbol in a named colour (see `farbe`), drawn again when the colours change.
+class Symbol : public QLabel {
+public:
+    Symbol(std::string_view symbol, std::string_view farbname, int groesse, QWidget* eltern = nullptr);
+    void setze(std::string_view symbol, std::string_view farbname);
+
+protected:
+    void changeEvent(QEvent* e) override;
+
+private:
+    void male();
+    std::string symbol_, farbe_;
+    int groesse_;
+};
+
+// List rows of a bold title (the display text) and secondary lines under it (a QStringList in
+// `unterzeilenRolle`), each shortened with "…" to the list's width: no row needs a scroll bar.
+class ListenZeile : public QStyledItemDelegate {
+public:
+    static constexpr int unterzeilenRolle = Qt::UserRole + 20;
+    using QStyledItemDelegate::QStyledItemDelegate;
+    void paint(QPainter* p, const QStyleOptionViewItem& o, const QModelIndex& i) const override;
+    QSize sizeHint(const QStyleOptionViewItem& o, const QModelIndex& i) const override;
+};
 
 // A rounded card on the base colour, drawn by hand: style sheets would freeze the palette of
 // everything inside and break the live switch to dark.

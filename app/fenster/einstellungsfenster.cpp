@@ -38,7 +38,7 @@ EinstellungenAnsicht::EinstellungenAnsicht(Einstellungen& einstellungen, Anmeldu
     anmelden_ = new QCheckBox(QStringLiteral("Beim Anmelden starten"));
     form->addRow(QString(), anmelden_);
     anmeldeFehler_ = new QLabel;
-    anmeldeFehler_->setStyleSheet(QStringLiteral("color: %1").arg(design::farbe("orange").name()));
+    design::faerbe(anmeldeFehler_, "orange");
     anmeldeFehler_->hide();
     form->addRow(QString(), anmeldeFehler_);
 

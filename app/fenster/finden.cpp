@@ -62,7 +62,10 @@ GrosseSeite::GrosseSeite(AppModell& modell, const std::filesystem::path& home, Q
     zustaende_ = new Zustaende({"doc.richtext", QStringLiteral("Noch keine großen Dateien"),
                                 QStringLiteral("Große Dateien kommen aus dem Scan der Platte. Er dauert etwa 15 Sekunden "
                                                "und füllt auch die Speicherkarte."),
-                                QStringLiteral("Platte scannen"), [this] { modell_.tiefenscan(); }},
+                                QStringLiteral("Platte scannen"), [this] { modell_.tiefenscan(); },
+                                QStringLiteral("Keine großen Dateien"),
+                                QStringLiteral("Im letzten Scan ist keine Datei 50 MB oder größer. Gut so."),
+                                QStringLiteral("Neu scannen")},
                                [this] { modell_.anhalten(AppModell::Arbeit::scan); }, inhalt);
     l->addWidget(zustaende_, 1);
     auto fuelle = [this, tabelle, leiste] {
@@ -77,9 +80,11 @@ GrosseSeite::GrosseSeite(AppModell& modell, const std::filesystem::path& home, Q
         leiste->aktualisiere();
     };
     auto status = [this] {
-        zustaende_->zeige(modell_.scanLaeuft(), modell_.scan() != nullptr, -1,
-                          QStringLiteral("%1 Dateien · %2 gezählt")
-                              .arg(qs(alsZahl(modell_.scanDateien())), qs(alsBytes(modell_.scanBytes()))));
+        const auto& scan = modell_.scan();
+        zustaende_->zeige(modell_.scanLaeuft(), scan != nullptr, scan && !scan->grosse.empty(), -1,
+                          QStringLiteral("%1 · %2 gezählt")
+                              .arg(qs(anzahl(modell_.scanDateien(), "Datei", "Dateien")),
+                                   qs(alsBytes(modell_.scanBytes()))));
     };
     connect(&modell_, &AppModell::scanGeaendert, this, fuelle);
     for (auto s : {&AppModell::scanLaeuftGeaendert, &AppModell::scanDateienGeaendert, &AppModell::scanGeaendert})
@@ -94,14 +99,14 @@ DuplikateSeite::DuplikateSeite(AppModell& modell, const std::filesystem::path& h
     : QWidget(eltern), modell_(modell) {
     auto* l = seitenLayout(this);
     kopf_ = new Seitenkopf(QStringLiteral("Duplikate"), {});
-    auto* alle = new QPushButton(QStringLiteral("Alle Kopien auswählen"));
+    auto* alle = design::knopf(QStringLiteral("Alle Kopien auswählen"));
     connect(alle, &QPushButton::clicked, this, [this] {
         std::vector<Fund> kopien;
         for (const auto& g : modell_.duplikate())
             for (auto& f : kopienAlsFunde(g)) kopien.push_back(std::move(f));
         modell_.waehle(kopien, true);
     });
-    auto* neu = new QPushButton(QStringLiteral("Neu suchen"));
+    auto* neu = design::knopf(QStringLiteral("Neu suchen"));
     connect(neu, &QPushButton::clicked, &modell_, &AppModell::duplikateSuchen);
     kopf_->knoepfe()->addWidget(alle);
     kopf_->knoepfe()->addWidget(neu);
@@ -111,9 +116,11 @@ DuplikateSeite::DuplikateSeite(AppModell& modell, const std::filesystem::path& h
     auto* inhalt = mitLayout(il);
     auto* teiler = new QSplitter;
     gruppen_ = new QListWidget;
-    gruppen_->setMinimumWidth(220);
-    gruppen_->setMaximumWidth(300);
-    gruppen_->setAlternatingRowColors(true);
+    gruppen_->setMinimumWidth(240);
+    gruppen_->setMaximumWidth(320);
+    gruppen_->setItemDelegate(new design::ListenZeile(gruppen_));
+    gruppen_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    gruppen_->setAccessibleName(QStringLiteral("Gruppen gleicher Dateien"));
     teiler->addWidget(gruppen_);
     auto* rechts = new QWidget;
     auto* rl = new QVBoxLayout(rechts);
@@ -141,7 +148,10 @@ DuplikateSeite::DuplikateSeite(AppModell& modell, const std::filesystem::path& h
     zustaende_ = new Zustaende({"square.on.square", QStringLiteral("Noch keine Duplikate gesucht"),
                                 QStringLiteral("Hainbrem vergleicht Dateien ab 1 MB erst nach Größe, dann Anfang und Ende, "
                                                "zuletzt den ganzen Inhalt. Von jeder Gruppe bleibt eine Datei."),
-                                QStringLiteral("Duplikate suchen"), [this] { modell_.duplikateSuchen(); }},
+                                QStringLiteral("Duplikate suchen"), [this] { modell_.duplikateSuchen(); },
+                                QStringLiteral("Keine Duplikate"),
+                                QStringLiteral("Keine zwei Dateien ab 1 MB haben denselben Inhalt."),
+                                QStringLiteral("Neu suchen")},
                                [this] { modell_.anhalten(AppModell::Arbeit::duplikate); }, inhalt);
     l->addWidget(zustaende_, 1);
 
@@ -151,30 +161,35 @@ DuplikateSeite::DuplikateSeite(AppModell& modell, const std::filesystem::path& h
         gruppen_->clear();
         int64_t verschwendet = 0;
         for (const auto& g : modell_.duplikate()) {
-            const QString name = g.dateien.empty() ? QString() : qs(g.dateien.front().name());
-            auto* item = new QListWidgetItem(
-                QStringLiteral("%1\n%2 Dateien · %3%4")
-                    .arg(name, QString::number(g.dateien.size()), qs(alsBytes(g.wirklichFrei)),
-                         g.sindKlone() ? QStringLiteral(" · Klone") : QString()));
-            item->setIcon(design::symbol("square.on.square", palette().color(QPalette::Text)));
+            // the group goes by the file that stays
+            auto* item = new QListWidgetItem(qs(std::filesystem::path(g.behalten).filename().native()));
+            item->setData(design::ListenZeile::unterzeilenRolle,
+                          QStringList{QStringLiteral("%1 · %2 frei%3")
+                                          .arg(qs(anzahl(static_cast<int64_t>(g.dateien.size()), "Datei", "Dateien")),
+                                               qs(alsBytes(g.wirklichFrei)),
+                                               g.sindKlone() ? QStringLiteral(" · Klone") : QString())});
+            item->setToolTip(qs(g.behalten));
+            item->setIcon(design::symbol("square.on.square", design::akzent()));
             gruppen_->addItem(item);
             verschwendet += g.wirklichFrei;
         }
-        kopf_->setzeUnter(QStringLiteral("%1 Gruppen gleicher Dateien; ohne die Kopien wären %2 frei.")
-                              .arg(QString::number(modell_.duplikate().size()), qs(alsBytes(verschwendet))));
+        const auto gruppen = static_cast<int64_t>(modell_.duplikate().size());
+        kopf_->setzeUnter(QStringLiteral("%1 gleicher Dateien; ohne die Kopien wären %2 frei.")
+                              .arg(qs(anzahl(gruppen, "Gruppe", "Gruppen")), qs(alsBytes(verschwendet))));
         if (gruppen_->count() > 0) gruppen_->setCurrentRow(std::clamp(vorher, 0, gruppen_->count() - 1));
         else gruppeZeigen(-1);
         leiste->aktualisiere();
     };
     auto status = [this] {
         const bool wartetAufScan = modell_.duplikateLaeuft() && modell_.scanLaeuft();
-        zustaende_->zeige(modell_.duplikateLaeuft(), !modell_.duplikate().empty() || modell_.scan(),
-                          wartetAufScan ? -1 : modell_.duplikateFortschritt(),
-                          wartetAufScan ? QStringLiteral("Erst die Platte scannen: %1 Dateien")
-                                              .arg(qs(alsZahl(modell_.scanDateien())))
+        const bool etwas = !modell_.duplikate().empty();
+        zustaende_->zeige(modell_.duplikateLaeuft(), etwas, etwas, wartetAufScan ? -1 : modell_.duplikateFortschritt(),
+                          wartetAufScan ? QStringLiteral("Erst die Platte scannen: %1")
+                                              .arg(qs(anzahl(modell_.scanDateien(), "Datei", "Dateien")))
                                         : QStringLiteral("Vergleicht Inhalte …"));
     };
     connect(&modell_, &AppModell::duplikateGeaendert, this, fuelle);
+    design::beiFarbwechsel(this, [this, fuelle] { fuelle(); });
     for (auto s : {&AppModell::duplikateLaeuftGeaendert, &AppModell::duplikateFortschrittGeaendert,
                    &AppModell::scanDateienGeaendert, &AppModell::duplikateGeaendert})
         connect(&modell_, s, this, status);
@@ -186,7 +201,7 @@ void DuplikateSeite::gruppeZeigen(int zeile) {
     const auto& gruppen = modell_.duplikate();
     if (zeile < 0 || zeile >= static_cast<int>(gruppen.size())) {
         liste_->setzeFunde({});
-        gruppenText_->setText(modell_.duplikate().empty() ? QStringLiteral("Keine Duplikate gefunden.") : QString());
+        gruppenText_->setText({});
         return;
     }
     const DuplikatGruppe& g = gruppen[static_cast<size_t>(zeile)];
@@ -214,10 +229,14 @@ void DuplikateSeite::gruppeZeigen(int zeile) {
 ProgrammeSeite::ProgrammeSeite(AppModell& modell, const std::filesystem::path& home, QWidget* eltern)
     : QWidget(eltern), modell_(modell) {
     auto* l = seitenLayout(this);
-    auto* kopf = new Seitenkopf(QStringLiteral("Programme"),
-                                QStringLiteral("Installierte Programme mit allem, was sie in der Library ablegen, und Reste "
-                                               "von Programmen, die längst weg sind."));
-    auto* neu = new QPushButton(QStringLiteral("Neu laden"));
+    const bool linux = modell_.umgebung().profil == Katalogprofil::linuxDesktop;
+    auto* kopf = new Seitenkopf(
+        QStringLiteral("Programme"),
+        linux ? QStringLiteral("Programme als .app-Pakete mit allem, was sie ablegen, und Reste von Programmen, die "
+                               "längst weg sind.")
+              : QStringLiteral("Installierte Programme mit allem, was sie in der Library ablegen, und Reste von "
+                               "Programmen, die längst weg sind."));
+    auto* neu = design::knopf(QStringLiteral("Neu laden"));
     connect(neu, &QPushButton::clicked, &modell_, &AppModell::programmeLaden);
     kopf->knoepfe()->addWidget(neu);
     l->addWidget(kopf);
@@ -245,8 +264,7 @@ ProgrammeSeite::ProgrammeSeite(AppModell& modell, const std::filesystem::path& h
     programmText_ = new QLabel;
     programmText_->setWordWrap(true);
     mk->addWidget(programmText_, 1);
-    deinstallieren_ = new QPushButton(design::symbol("trash.fill", palette().color(QPalette::ButtonText)),
-                                      QStringLiteral("Deinstallieren …"));
+    deinstallieren_ = design::knopf(QStringLiteral("Deinstallieren …"));
     mk->addWidget(deinstallieren_);
     ml->addLayout(mk);
     reste_ = new FundListe(modell_, home, this);
@@ -269,7 +287,14 @@ ProgrammeSeite::ProgrammeSeite(AppModell& modell, const std::filesystem::path& h
     zustaende_ = new Zustaende({"app.dashed", QStringLiteral("Programme noch nicht geladen"),
                                 QStringLiteral("Hainbrem listet deine Programme mit ihren Caches, Einstellungen und "
                                                "Containern – und findet, was entfernte Programme zurückgelassen haben."),
-                                QStringLiteral("Programme laden"), [this] { modell_.programmeLaden(); }},
+                                QStringLiteral("Programme laden"), [this] { modell_.programmeLaden(); },
+                                QStringLiteral("Keine Programme gefunden"),
+                                linux ? QStringLiteral("Hainbrem kennt Programme als .app-Pakete, wie der Mac sie hat. "
+                                                       "Unter Linux verwaltet der Paketmanager die Programme; ihre Caches "
+                                                       "und Protokolle stehen unter „Aufräumen“.")
+                                      : QStringLiteral("In den Programme-Ordnern liegt kein Programm, und von entfernten "
+                                                       "Programmen ist nichts übrig."),
+                                QStringLiteral("Neu laden")},
                                [this] { modell_.anhalten(AppModell::Arbeit::programme); }, inhalt);
     l->addWidget(zustaende_, 1);
 
@@ -289,7 +314,7 @@ ProgrammeSeite::ProgrammeSeite(AppModell& modell, const std::filesystem::path& h
         for (const auto& p : modell_.programme()) {
             const int z = programme_->rowCount();
             programme_->insertRow(z);
-            auto* n = new QTableWidgetItem(design::symbol("app.dashed", palette().color(QPalette::Text)), qs(p.name));
+            auto* n = new QTableWidgetItem(design::symbol("app.dashed", design::akzent()), qs(p.name));
             n->setToolTip(qs(p.url.native()));
             programme_->setItem(z, 0, n);
             programme_->setItem(z, 1, new QTableWidgetItem(qs(p.version)));
@@ -316,10 +341,14 @@ ProgrammeSeite::ProgrammeSeite(AppModell& modell, const std::filesystem::path& h
         leiste->aktualisiere();
     };
     auto status = [this] {
-        zustaende_->zeige(modell_.programmeLaeuft(), !modell_.programme().empty() || !modell_.verwaist().empty(), -1,
-                          QStringLiteral("Sucht Programme und ihre Reste …"));
+        const bool etwas = !modell_.programme().empty() || !modell_.verwaist().empty();
+        zustaende_->zeige(modell_.programmeLaeuft(), etwas, etwas, -1, QStringLiteral("Sucht Programme und ihre Reste …"));
     };
     connect(&modell_, &AppModell::programmeGeaendert, this, fuelle);
+    design::beiFarbwechsel(this, [this, fuelle] {
+        deinstallieren_->setIcon(design::symbol("trash.fill", palette().color(QPalette::ButtonText)));
+        fuelle();
+    });
     connect(&modell_, &AppModell::verwaistGeaendert, this, fuelle);
     for (auto s : {&AppModell::programmeLaeuftGeaendert, &AppModell::programmeGeaendert, &AppModell::verwaistGeaendert})
         connect(&modell_, s, this, status);
@@ -336,10 +365,11 @@ void ProgrammeSeite::programmZeigen(int zeile) {
         return;
     }
     const Programm& p = programme[static_cast<size_t>(zeile)];
-    programmText_->setText(QStringLiteral("<b>%1</b> %2 · %3 Reste mit %4. Deinstallieren legt das Programm und "
+    programmText_->setText(QStringLiteral("<b>%1</b> %2 · %3 mit %4. Deinstallieren legt das Programm und "
                                           "seine Reste in den Papierkorb.")
                                .arg(qs(p.name).toHtmlEscaped(), qs(p.bundleID).toHtmlEscaped(),
-                                    QString::number(p.reste.size()), qs(alsBytes(p.resteBytes()))));
+                                    qs(anzahl(static_cast<int64_t>(p.reste.size()), "Rest", "Reste")),
+                                    qs(alsBytes(p.resteBytes()))));
     deinstallieren_->setEnabled(true);
     reste_->setzeFunde(p.reste);
 }
@@ -352,7 +382,7 @@ ProjekteSeite::ProjekteSeite(AppModell& modell, const std::filesystem::path& hom
     auto* kopf = new Seitenkopf(QStringLiteral("Projekte"),
                                 QStringLiteral("Abhängigkeiten, Bauausgaben und virtuelle Umgebungen deiner Projekte. Ein "
                                                "Befehl baut sie wieder; vorgewählt ist, was 30 Tage ruht."));
-    auto* neu = new QPushButton(QStringLiteral("Neu suchen"));
+    auto* neu = design::knopf(QStringLiteral("Neu suchen"));
     connect(neu, &QPushButton::clicked, &modell_, &AppModell::projekteSuchen);
     kopf->knoepfe()->addWidget(neu);
     l->addWidget(kopf);
@@ -367,33 +397,34 @@ ProjekteSeite::ProjekteSeite(AppModell& modell, const std::filesystem::path& hom
     il->addWidget(leiste);
     zustaende_ = new Zustaende({"hammer", QStringLiteral("Noch keine Projekte gesucht"),
                                 QStringLiteral("Hainbrem sucht in Projekte, Developer, Code und ähnlichen Ordnern nach "
-                                               "node_modules, target, build und .venv neben ihren Projektdateien."),
-                                QStringLiteral("Projekte suchen"), [this] { modell_.projekteSuchen(); }},
+                                               "node_modules, target, .venv und ähnlichen Ordnern neben ihren "
+                                               "Projektdateien."),
+                                QStringLiteral("Projekte suchen"), [this] { modell_.projekteSuchen(); },
+                                QStringLiteral("Kein Bauabfall gefunden"),
+                                QStringLiteral("In Projekte, Code und ähnlichen Ordnern liegt kein node_modules, target, "
+                                               ".venv oder ähnlicher Ordner neben seinen Projektdateien."),
+                                QStringLiteral("Neu suchen")},
                                [this] { modell_.anhalten(AppModell::Arbeit::projekte); }, inhalt);
     l->addWidget(zustaende_, 1);
-    auto fuelle = [this, leiste, home] {
+    auto fuelle = [this, leiste, tabelle] {
         std::vector<Fund> funde;
-        std::map<std::string, QString> projekt;
+        bool dienste = false;
         for (const auto& b : modell_.bauabfall()) {
             Fund f = b.fund;
             f.datum = b.zuletzt;  // the project's last change dates the row
-            // the service note rides on the title
-            projekt[f.url.native()] = qs(anzeige::kurzpfad(b.projekt.native(), home)) +
-                                      (f.titel ? QStringLiteral(" · ") + qs(*f.titel) : QString());
+            dienste = dienste || f.titel.has_value();  // a background service uses the project
             funde.push_back(std::move(f));
         }
-        liste_->setzeHinweis([projekt](const Fund& f) {
-            const auto it = projekt.find(f.url.native());
-            return it == projekt.end() ? QString() : it->second;
-        });
+        // the place is the project; the note column only when a service uses one
+        tabelle->horizontalHeader()->setSectionHidden(FundListe::hinweis, !dienste);
         liste_->setzeFunde(std::move(funde));
         leiste->aktualisiere();
     };
     tabelle->horizontalHeader()->resizeSection(FundListe::hinweis, 320);
     connect(&modell_, &AppModell::bauabfallGeaendert, this, fuelle);
     auto status = [this] {
-        zustaende_->zeige(modell_.bauLaeuft(), !modell_.bauabfall().empty(), -1,
-                          QStringLiteral("Sucht Bauordner in deinen Projekten …"));
+        const bool etwas = !modell_.bauabfall().empty();
+        zustaende_->zeige(modell_.bauLaeuft(), etwas, etwas, -1, QStringLiteral("Sucht Bauordner in deinen Projekten …"));
     };
     connect(&modell_, &AppModell::bauLaeuftGeaendert, this, status);
     connect(&modell_, &AppModell::bauabfallGeaendert, this, status);

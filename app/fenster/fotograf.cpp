@@ -54,25 +54,39 @@ void fotografieren(AppModell& m, Hauptfenster& f, EinstellungenAnsicht& e, Menue
         });
         s.push_back([&f, ordner, name] { return sichern(f, ordner, name); });
     };
-    for (const Seite x : alleSeiten) seite(x, QString::fromUtf8(id(x).data()));
-    s.push_back([&panel, ordner] {
-        panel.adjustSize();
-        return sichern(panel, ordner, QStringLiteral("panel"));
-    });
-    s.push_back([&e] {
-        e.show();
-        e.adjustSize();
-        return true;
-    });
-    s.push_back([&e, ordner] { return sichern(e, ordner, QStringLiteral("einstellungen")); });
-    // a mixed order: the selected catalog findings and the largest file
-    s.push_back([&m] {
-        auto funde = m.katalogAusgewaehlt();
-        if (m.scan() && !m.scan()->grosse.empty()) funde.push_back(alsFund(m.scan()->grosse.front()));
+    auto fenster = [&](QString zusatz) {
+        for (const Seite x : alleSeiten) seite(x, QString::fromUtf8(id(x).data()) + zusatz);
+        s.push_back([&panel, ordner, zusatz] {
+            panel.adjustSize();
+            return sichern(panel, ordner, QStringLiteral("panel") + zusatz);
+        });
+        s.push_back([&e] {
+            e.show();
+            e.adjustSize();
+            return true;
+        });
+        s.push_back([&e, ordner, zusatz] { return sichern(e, ordner, QStringLiteral("einstellungen") + zusatz); });
+    };
+    // only what lies in the sample home and its temp folder goes, never anything of the machine
+    auto bestellen = [&m] {
+        const auto u = m.umgebung();
+        auto drin = [&u](const Fund& x) {
+            for (const auto& ort : {u.home, u.temp})
+                if (!ort.empty() && x.url.native().starts_with(ort.native() + "/")) return true;
+            return false;
+        };
+        std::vector<Fund> funde;
+        for (const auto& x : m.katalogAusgewaehlt())
+            if (drin(x)) funde.push_back(x);
+        if (m.scan() && !m.scan()->grosse.empty() && drin(alsFund(m.scan()->grosse.front())))
+            funde.push_back(alsFund(m.scan()->grosse.front()));
         m.setzeSeite(Seite::aufraeumen);
         m.bitte(std::move(funde), "Aufräumen");
         return true;
-    });
+    };
+    fenster({});
+    // a mixed order: the selected catalog findings and the largest file
+    s.push_back(bestellen);
     s.push_back([&f] { return f.blatt() && f.blatt()->bereit(); });
     s.push_back([&f, ordner] { return sichern(*f.blatt(), ordner, QStringLiteral("blatt")); });
     s.push_back([&f] {
@@ -86,12 +100,32 @@ void fotografieren(AppModell& m, Hauptfenster& f, EinstellungenAnsicht& e, Menue
         return true;
     });
     s.push_back([&f, ordner] { return sichern(f, ordner, QStringLiteral("verlauf-runde")); });
+    // the same in dark, switched while everything is open, with the round's bar above each page
     s.push_back([] {
         design::erscheinungAnwenden(*qApp, QStringLiteral("dunkel"));
         return true;
     });
-    for (const Seite x : {Seite::uebersicht, Seite::aufraeumen, Seite::karte})
-        seite(x, QString::fromUtf8(id(x).data()) + QStringLiteral("-dunkel"));
+    fenster(QStringLiteral("-dunkel"));
+    s.push_back([&m] {  // only shown, then cancelled
+        std::vector<Fund> funde;
+        for (const auto& r : m.katalog()) funde.insert(funde.end(), r.funde.begin(), r.funde.end());
+        if (m.scan() && !m.scan()->grosse.empty()) funde.push_back(alsFund(m.scan()->grosse.front()));
+        m.bitte(std::move(funde), "Aufräumen");
+        return true;
+    });
+    s.push_back([&f] { return !f.blatt() || f.blatt()->bereit(); });
+    s.push_back([&f, ordner] { return !f.blatt() || sichern(*f.blatt(), ordner, QStringLiteral("blatt-dunkel")); });
+    s.push_back([&f] {
+        if (f.blatt()) f.blatt()->reject();
+        return true;
+    });
+    // and back to light
+    s.push_back([&m] {
+        design::erscheinungAnwenden(*qApp, QStringLiteral("hell"));
+        m.setzeSeite(Seite::uebersicht);
+        return true;
+    });
+    s.push_back([&f, ordner] { return sichern(f, ordner, QStringLiteral("uebersicht-wieder-hell")); });
     s.push_back([] {
         QApplication::quit();
         return true;

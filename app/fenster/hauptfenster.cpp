@@ -72,6 +72,14 @@ Hauptfenster::Hauptfenster(AppModell& modell, std::filesystem::path home, QWidge
         if (zeile >= 0 && zeile < static_cast<int>(alleSeiten.size()))
             modell_.setzeSeite(alleSeiten[static_cast<size_t>(zeile)]);
     });
+    // the symbols are drawn in the colours of the mode
+    design::beiFarbwechsel(this, [this] {
+        for (size_t i = 0; i < alleSeiten.size(); ++i)
+            leiste_->item(static_cast<int>(i))->setIcon(design::symbol(symbol(alleSeiten[i]), design::akzent()));
+        for (QAction* a : findChildren<QAction*>())
+            if (const QString s = a->property("hainbremSymbol").toString(); !s.isEmpty())
+                a->setIcon(design::symbol(s.toStdString(), palette().color(QPalette::WindowText)));
+    });
     connect(&modell_, &AppModell::seiteGeaendert, this, &Hauptfenster::seiteGewechselt);
     connect(&modell_, &AppModell::auftragGeaendert, this, &Hauptfenster::auftragGewechselt);
     baueMenue();
@@ -93,6 +101,7 @@ void Hauptfenster::baueMenue() {
     auto* aktionen = menuBar()->addMenu(QStringLiteral("&Hainbrem"));
     auto aktion = [&](QMenu* m, const char* symbol, const QString& text, const QKeySequence& taste, auto tun) {
         auto* a = m->addAction(symbol ? design::symbol(symbol, palette().color(QPalette::WindowText)) : QIcon(), text);
+        if (symbol) a->setProperty("hainbremSymbol", QString::fromUtf8(symbol));
         a->setShortcut(taste);
         connect(a, &QAction::triggered, this, tun);
         return a;

@@ -3,6 +3,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLocale>
 #include <QPushButton>
 #include <QSplitter>
 #include <QTableWidget>
@@ -24,7 +25,7 @@ KarteSeite::KarteSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), mo
     l->setContentsMargins(28, 22, 28, 18);
     auto* kopf = new Seitenkopf(QStringLiteral("Speicherkarte"),
                                 QStringLiteral("Die ganze Platte als Jahresringe – vom System bis zur letzten Datei."));
-    auto* neu = new QPushButton(QStringLiteral("Neu scannen"));
+    auto* neu = design::knopf(QStringLiteral("Neu scannen"));
     connect(neu, &QPushButton::clicked, &modell_, &AppModell::tiefenscan);
     kopf->knoepfe()->addWidget(neu);
     l->addWidget(kopf);
@@ -91,9 +92,10 @@ KarteSeite::KarteSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), mo
         if (zeile < static_cast<int>(kinder.size())) ringe_->setzeZeiger(kinder[static_cast<size_t>(zeile)]);
     });
     auto status = [this] {
-        zustaende_->zeige(modell_.scanLaeuft(), modell_.scan() != nullptr, -1,
-                          QStringLiteral("%1 Dateien · %2 gezählt")
-                              .arg(qs(alsZahl(modell_.scanDateien())), qs(alsBytes(modell_.scanBytes()))));
+        zustaende_->zeige(modell_.scanLaeuft(), modell_.scan() != nullptr, modell_.scan() != nullptr, -1,
+                          QStringLiteral("%1 · %2 gezählt")
+                              .arg(qs(anzahl(modell_.scanDateien(), "Datei", "Dateien")),
+                                   qs(alsBytes(modell_.scanBytes()))));
     };
     for (auto s : {&AppModell::scanLaeuftGeaendert, &AppModell::scanDateienGeaendert, &AppModell::scanBytesGeaendert})
         connect(&modell_, s, this, status);
@@ -102,6 +104,9 @@ KarteSeite::KarteSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), mo
         status();
     });
     connect(&modell_, &AppModell::kartenZielGeaendert, this, &KarteSeite::zielAnwenden);
+    design::beiFarbwechsel(liste_, [this] {
+        if (ringe_->mitte()) fuelleListe();  // the small rest is drawn in the secondary colour
+    });
     neuerScan();
     status();
 }
@@ -113,10 +118,11 @@ void KarteSeite::neuerScan() {
     if (!wurzel_) return;
     // a scan that only changed its file lists keeps the same tree: stay where the user was
     kopfText_->setText(QStringLiteral("%1%2. Klick auf einen Ring oder eine Zeile, um hineinzugehen.")
-                           .arg(scan->dauer >= 0.05 ? QStringLiteral("Gescannt in %1 s").arg(scan->dauer, 0, 'f', 1)
+                           .arg(scan->dauer >= 0.05 ? QStringLiteral("Gescannt in %1 s").arg(QLocale(QLocale::German).toString(scan->dauer, 'f', 1))
                                                     : QStringLiteral("Gescannt"),
                                 scan->unlesbar > 0
-                                    ? QStringLiteral(", %1 Einträge nicht lesbar").arg(qs(alsZahl(scan->unlesbar)))
+                                    ? QStringLiteral(", %1 nicht lesbar")
+                                          .arg(qs(anzahl(scan->unlesbar, "Eintrag", "Einträge")))
                                     : QString()));
     if (alt && Knoten::finde(wurzel_, alt->pfad) == alt) return;
     oeffne(wurzel_);
@@ -156,10 +162,16 @@ void KarteSeite::oeffne(Knoten::Zeiger knoten) {
         if (const auto weg = wurzel_->weg(knoten->pfad)) kette.insert(kette.end(), weg->begin(), weg->end());
     for (size_t i = 0; i < kette.size(); ++i) {
         if (i > 0) krume_->addWidget(new QLabel(QStringLiteral("›")));
+        if (i + 1 == kette.size()) {  // where the map is now: plain, bold text
+            auto* hier = new QLabel(QStringLiteral("<b>%1</b>").arg(qs(kette[i]->name).toHtmlEscaped()));
+            hier->setContentsMargins(4, 0, 4, 0);
+            krume_->addWidget(hier);
+            break;
+        }
         auto* k = new QToolButton;
         k->setText(qs(kette[i]->name));
         k->setAutoRaise(true);
-        k->setEnabled(i + 1 < kette.size());
+        k->setToolTip(QStringLiteral("Zurück zu %1").arg(qs(kette[i]->pfad)));
         connect(k, &QToolButton::clicked, this, [this, z = kette[i]] { oeffne(z); });
         krume_->addWidget(k);
     }
@@ -179,7 +191,7 @@ void KarteSeite::fuelleListe() {
         auto* b = new QTableWidgetItem(qs(alsBytes(bytes)));
         b->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
         const double anteil = m.bytes > 0 ? 100.0 * static_cast<double>(bytes) / static_cast<double>(m.bytes) : 0;
-        auto* a = new QTableWidgetItem(QStringLiteral("%1 %").arg(anteil, 0, 'f', 1));
+        auto* a = new QTableWidgetItem(QStringLiteral("%1 %").arg(QLocale(QLocale::German).toString(anteil, 'f', 1)));
         a->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
         for (auto* i : {n, b, a})
             if (leise) i->setForeground(palette().color(QPalette::PlaceholderText));

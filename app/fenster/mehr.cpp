@@ -1,5 +1,7 @@
 // iCloud & System and the history of rounds.
+#include <QDateTime>
 #include <QHBoxLayout>
+#include <QResizeEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QListWidget>
@@ -41,12 +43,31 @@ QTableWidgetItem* rechts(const QString& text) {
     return i;
 }
 
+// A table as tall as its rows, each with some air; measured again when its width changes,
+// since wrapped explanations then take more or fewer lines.
 void hoeheNachZeilen(QTableWidget* t) {
     t->resizeRowsToContents();
     int h = t->horizontalHeader()->sizeHint().height() + 2 * t->frameWidth() + 2;
-    for (int z = 0; z < t->rowCount(); ++z) h += t->rowHeight(z);
+    for (int z = 0; z < t->rowCount(); ++z) {
+        t->setRowHeight(z, t->rowHeight(z) + 8);
+        h += t->rowHeight(z);
+    }
     t->setFixedHeight(std::max(h, t->horizontalHeader()->sizeHint().height() + 30));
 }
+
+struct BreitenWache : QObject {
+    using QObject::QObject;
+    bool eventFilter(QObject* o, QEvent* e) override {
+        if (e->type() == QEvent::Resize) {
+            const auto* r = static_cast<QResizeEvent*>(e);
+            // after the table itself has laid out its columns for the new width
+            if (r->size().width() != r->oldSize().width())
+                QMetaObject::invokeMethod(
+                    o, [t = static_cast<QTableWidget*>(o)] { hoeheNachZeilen(t); }, Qt::QueuedConnection);
+        }
+        return false;
+    }
+};
 
 QString wann(std::optional<Zeitpunkt> t) { return qs(anzeige::vorWann(t, std::chrono::system_clock::now())); }
 
@@ -60,7 +81,7 @@ TricksSeite::TricksSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), 
     auto* kopf = new Seitenkopf(QStringLiteral("iCloud & System"),
                                 QStringLiteral("Platz, den kein Löschen erreicht: Cloud-Dateien, die ganz hier liegen, "
                                                "lokale Schnappschüsse und der Block „Systemdaten“."));
-    auto* neu = new QPushButton(QStringLiteral("Neu messen"));
+    auto* neu = design::knopf(QStringLiteral("Neu messen"));
     connect(neu, &QPushButton::clicked, &modell_, &AppModell::tricksLaden);
     kopf->knoepfe()->addWidget(neu);
     l->addWidget(kopf);
@@ -76,9 +97,7 @@ TricksSeite::TricksSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), 
 
     auto abschnitt = [&](const char* symbol, const QString& titel, const QString& text) {
         auto* k = new QHBoxLayout;
-        auto* b = new QLabel;
-        b->setPixmap(design::symbolBild(symbol, design::akzent(), 22, devicePixelRatioF()));
-        k->addWidget(b);
+        k->addWidget(new design::Symbol(symbol, "gruen", 22));
         k->addWidget(design::ueberschrift(titel, 14), 1);
         il->addSpacing(6);
         il->addLayout(k);
@@ -105,6 +124,7 @@ TricksSeite::TricksSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), 
     system_ = tabelle({QStringLiteral("Was"), QStringLiteral("Größe"), QStringLiteral("Erklärung")});
     il->addWidget(system_);
     il->addStretch();
+    for (QTableWidget* t : {icloud_, schnappschuesse_, system_}) t->installEventFilter(new BreitenWache(t));
 
     zustaende_ = new Zustaende({"icloud", QStringLiteral("Noch nicht gemessen"),
                                 QStringLiteral("Hainbrem sucht Cloud-Dateien, die ganz hier liegen, listet lokale "
@@ -119,15 +139,15 @@ TricksSeite::TricksSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), 
     connect(&modell_, &AppModell::ausgelagert, this, [this](const QString& ordner, const QString& fehler) {
         meldung_->setText(fehler.isEmpty() ? QStringLiteral("„%1“ liegt jetzt nur noch in der Cloud.").arg(ordner)
                                            : QStringLiteral("„%1“: %2").arg(ordner, fehler));
-        meldung_->setStyleSheet(
-            QStringLiteral("color: %1").arg(design::farbe(fehler.isEmpty() ? "gruen" : "orange").name()));
+        design::faerbe(meldung_, fehler.isEmpty() ? "gruen" : "orange");
         meldung_->show();
     });
+    design::beiFarbwechsel(this, [this] { fuelle(); });
     fuelle();
 }
 
 void TricksSeite::fuelle() {
-    zustaende_->zeige(modell_.tricksLaeuft(), !modell_.systemdaten().empty(), -1,
+    zustaende_->zeige(modell_.tricksLaeuft(), !modell_.systemdaten().empty(), !modell_.systemdaten().empty(), -1,
                       QStringLiteral("Misst Cloud-Dateien, Schnappschüsse und Systemdaten …"));
     const auto& o = modell_.optimieren();
     optimieren_->setText(!o   ? QStringLiteral("„Speicher optimieren“: nicht bekannt.")
@@ -137,11 +157,10 @@ void TricksSeite::fuelle() {
     for (const auto& ordner : modell_.icloud()) {
         const int z = icloud_->rowCount();
         icloud_->insertRow(z);
-        icloud_->setItem(z, 0, new QTableWidgetItem(design::symbol("icloud", palette().color(QPalette::Text)),
-                                                    qs(ordner.name)));
+        icloud_->setItem(z, 0, new QTableWidgetItem(design::symbol("icloud", design::akzent()), qs(ordner.name)));
         icloud_->setItem(z, 1, rechts(qs(alsBytes(ordner.bytes))));
         icloud_->setItem(z, 2, new QTableWidgetItem(wann(ordner.zuletztGeoeffnet)));
-        auto* k = new QPushButton(QStringLiteral("Auslagern"));
+        auto* k = design::knopf(QStringLiteral("Auslagern"));
         connect(k, &QPushButton::clicked, this, [this, ordner] { modell_.auslagern(ordner); });
         icloud_->setCellWidget(z, 3, k);
     }
@@ -186,11 +205,8 @@ VerlaufSeite::VerlaufSeite(AppModell& modell, const std::filesystem::path& home,
     auto* leer = new QWidget;
     {
         auto* ll = new QVBoxLayout(leer);
-        ll->addStretch();
-        auto* b = new QLabel;
-        b->setPixmap(design::symbolBild("clock.arrow.circlepath", design::akzent(), 56, devicePixelRatioF()));
-        b->setAlignment(Qt::AlignCenter);
-        ll->addWidget(b);
+        ll->addStretch(2);
+        ll->addWidget(new design::Symbol("clock.arrow.circlepath", "gruen", 56), 0, Qt::AlignHCenter);
         auto* t = design::ueberschrift(QStringLiteral("Noch keine Runde"), 17);
         t->setAlignment(Qt::AlignCenter);
         ll->addWidget(t);
@@ -198,13 +214,21 @@ VerlaufSeite::VerlaufSeite(AppModell& modell, const std::filesystem::path& home,
                                                "wirklich gebracht hat."));
         x->setAlignment(Qt::AlignCenter);
         ll->addWidget(x);
-        ll->addStretch();
+        auto* hin = design::knopf(QStringLiteral("Zum Aufräumen"), design::Rolle::haupt);
+        hin->setMinimumWidth(180);
+        connect(hin, &QPushButton::clicked, this, [this] { modell_.setzeSeite(Seite::aufraeumen); });
+        ll->addSpacing(8);
+        ll->addWidget(hin, 0, Qt::AlignHCenter);
+        ll->addStretch(3);
     }
     stapel_->addWidget(leer);
     auto* teiler = new QSplitter;
     runden_ = new QListWidget;
-    runden_->setMinimumWidth(280);
-    runden_->setAlternatingRowColors(true);
+    runden_->setMinimumWidth(300);
+    runden_->setMaximumWidth(380);
+    runden_->setItemDelegate(new design::ListenZeile(runden_));
+    runden_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    runden_->setAccessibleName(QStringLiteral("Runden"));
     teiler->addWidget(runden_);
     auto* rechts_ = new QWidget;
     auto* rl = new QVBoxLayout(rechts_);
@@ -213,9 +237,9 @@ VerlaufSeite::VerlaufSeite(AppModell& modell, const std::filesystem::path& home,
     rundenKopf_ = new QLabel;
     rundenKopf_->setWordWrap(true);
     rk->addWidget(rundenKopf_, 1);
-    rueckgaengig_ = new QPushButton(design::symbol("clock.arrow.circlepath", palette().color(QPalette::ButtonText)),
-                                    QStringLiteral("Rückgängig"));
-    rk->addWidget(rueckgaengig_);
+    rueckgaengig_ = design::knopf(QStringLiteral("Rückgängig"));
+    rueckgaengig_->setToolTip(QStringLiteral("Legt zurück, was diese Runde in den Papierkorb gelegt hat"));
+    rk->addWidget(rueckgaengig_, 0, Qt::AlignTop);
     rl->addLayout(rk);
     meldung_ = new QLabel;
     meldung_->setWordWrap(true);
@@ -226,6 +250,8 @@ VerlaufSeite::VerlaufSeite(AppModell& modell, const std::filesystem::path& home,
     posten_->horizontalHeader()->setStretchLastSection(false);
     posten_->setWordWrap(false);
     posten_->setTextElideMode(Qt::ElideMiddle);
+    posten_->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 10);
+    posten_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     rl->addWidget(posten_, 1);
     teiler->addWidget(rechts_);
     teiler->setStretchFactor(1, 2);
@@ -239,12 +265,13 @@ VerlaufSeite::VerlaufSeite(AppModell& modell, const std::filesystem::path& home,
             modell_.rueckgaengig(modell_.verlauf()[static_cast<size_t>(z)].id);
     });
     connect(&modell_, &AppModell::verlaufGeaendert, this, &VerlaufSeite::fuelle);
-    connect(&modell_, &AppModell::zurueckgelegt, this, [this](const QString&, int anzahl, const QStringList& fehler) {
-        meldung_->setText(QStringLiteral("%1 zurückgelegt.").arg(anzahl) +
+    connect(&modell_, &AppModell::zurueckgelegt, this, [this](const QString&, int zahl, const QStringList& fehler) {
+        meldung_->setText(QStringLiteral("%1 zurückgelegt.").arg(qs(anzahl(zahl, "Teil", "Teile"))) +
                           (fehler.isEmpty() ? QString() : QStringLiteral(" Nicht zurück: ") + fehler.join(QStringLiteral("; "))));
-        meldung_->setStyleSheet(QStringLiteral("color: %1").arg(design::farbe(fehler.isEmpty() ? "gruen" : "orange").name()));
+        design::faerbe(meldung_, fehler.isEmpty() ? "gruen" : "orange");
         meldung_->show();
     });
+    design::beiFarbwechsel(this, [this] { fuelle(); });
     fuelle();
 }
 
@@ -253,12 +280,20 @@ void VerlaufSeite::fuelle() {
     runden_->clear();
     const auto jetzt = std::chrono::system_clock::now();
     for (const auto& r : modell_.verlauf()) {
-        auto* item = new QListWidgetItem(QStringLiteral("%1%2\n%3 · %4 gewonnen · %5 Teile")
-                                             .arg(qs(r.titel), r.probelauf ? QStringLiteral(" (Probelauf)") : QString(),
-                                                  qs(anzeige::vorWann(r.datum, jetzt)), qs(alsBytes(r.gewonnen())),
-                                                  QString::number(r.posten.size())));
-        item->setIcon(design::symbol(r.fehlerAnzahl() > 0 ? "exclamationmark.circle" : "leaf.fill",
-                                     design::farbe(r.fehlerAnzahl() > 0 ? "orange" : "gruen")));
+        auto* item = new QListWidgetItem(qs(r.titel) + (r.probelauf ? QStringLiteral(" (Probelauf)") : QString()));
+        const QDateTime wann = QDateTime::fromSecsSinceEpoch(
+            std::chrono::duration_cast<std::chrono::seconds>(r.datum.time_since_epoch()).count());
+        const auto fehler = static_cast<int64_t>(r.fehlerAnzahl());
+        item->setData(design::ListenZeile::unterzeilenRolle,
+                      QStringList{qs(anzeige::vorWann(r.datum, jetzt)) + QStringLiteral(" · ") +
+                                      wann.toString(QStringLiteral("dd.MM.yyyy, HH:mm")),
+                                  QStringLiteral("%1 gewonnen · %2%3")
+                                      .arg(qs(alsBytes(r.gewonnen())),
+                                           qs(anzahl(static_cast<int64_t>(r.posten.size()), "Teil", "Teile")),
+                                           fehler > 0 ? QStringLiteral(" · %1 nicht entfernt").arg(fehler)
+                                                      : QString())});
+        item->setIcon(design::symbol(fehler > 0 ? "exclamationmark.circle" : "leaf.fill",
+                                     design::farbe(fehler > 0 ? "orange" : "gruen")));
         runden_->addItem(item);
     }
     stapel_->setCurrentIndex(modell_.verlauf().empty() ? 0 : 1);

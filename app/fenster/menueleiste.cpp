@@ -31,7 +31,7 @@ protected:
         const auto& s = modell_.stand();
         const double anteil = s.gesamt > 0 ? std::clamp(s.anteilFrei(), 0.0, 1.0) : 0.0;
         const QRectF bogen(30, 16, 180, 180);
-        p.setPen(QPen(palette().color(QPalette::Mid), 16, Qt::SolidLine, Qt::RoundCap));
+        p.setPen(QPen(design::spur(), 16, Qt::SolidLine, Qt::RoundCap));
         p.drawArc(bogen, 180 * 16, -180 * 16);
         const auto lage = s.lage(modell_.warnGrenze());
         const QColor farbe = design::farbe(lage == Plattenstand::Lage::gut     ? "gruen"
@@ -69,13 +69,9 @@ MenueleistenAnsicht::MenueleistenAnsicht(AppModell& modell, QWidget* eltern)
     frei_ = new QLabel;
     frei_->setAlignment(Qt::AlignCenter);
     l->addWidget(frei_);
-    aufraeumen_ = new QPushButton;
-    aufraeumen_->setStyleSheet(QStringLiteral("QPushButton { background: %1; color: white; padding: 8px 14px; "
-                                              "border-radius: 6px; font-weight: bold; }"
-                                              "QPushButton:disabled { background: palette(mid); color: palette(dark); }")
-                                   .arg(design::akzent().name()));
-    pruefen_ = new QPushButton(QStringLiteral("Prüfen, was weg kann"));
-    oeffnen_ = new QPushButton(QStringLiteral("Hainbrem öffnen"));
+    aufraeumen_ = design::knopf({}, design::Rolle::haupt);
+    pruefen_ = design::knopf(QStringLiteral("Prüfen, was weg kann"));
+    oeffnen_ = design::knopf(QStringLiteral("Hainbrem öffnen"));
     for (auto* k : {aufraeumen_, pruefen_, oeffnen_}) {
         k->setMinimumWidth(260);
         l->addWidget(k);
@@ -100,9 +96,12 @@ MenueleistenAnsicht::MenueleistenAnsicht(AppModell& modell, QWidget* eltern)
 void MenueleistenAnsicht::aktualisiere() {
     frei_->setText(QStringLiteral("<b>%1</b> wirklich frei").arg(qs(alsBytes(modell_.stand().echtFrei))));
     const auto sicher = modell_.katalogSicher();
-    aufraeumen_->setText(QStringLiteral("Sichere Caches aufräumen · ") + qs(alsBytes(anzeige::summe(sicher))));
+    aufraeumen_->setText(sicher.empty() ? QStringLiteral("Keine sicheren Caches zum Aufräumen")
+                                        : QStringLiteral("Sichere Caches aufräumen · ") +
+                                              qs(alsBytes(anzeige::summe(sicher))));
     aufraeumen_->setEnabled(!sicher.empty());
     pruefen_->setEnabled(!modell_.katalogLaeuft());
+    pruefen_->setText(modell_.katalogLaeuft() ? QStringLiteral("Prüft …") : QStringLiteral("Prüfen, was weg kann"));
     anzeige_->update();
 }
 

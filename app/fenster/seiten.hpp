@@ -1,7 +1,7 @@
 #pragma once
-// The pages of the main window. Each reads the model, calls its actions and shows three
-// states: nothing found yet (with the button that starts its finder), its finder at work
-// (with progress), and what was found.
+// The pages of the main window. Each reads the model, calls its actions and shows four
+// states: not searched yet (with the button that starts its finder), its finder at work (with
+// progress), what was found, and that nothing was found (with the button to look again).
 #include <QStackedWidget>
 #include <QWidget>
 #include <filesystem>
@@ -26,7 +26,7 @@ class FundListe;
 class FundTabelle;
 class Jahresringe;
 
-// Empty, running, found: one of three faces.
+// Not searched, running, found, nothing found: one of four faces.
 class Zustaende : public QStackedWidget {
     Q_OBJECT
 
@@ -35,19 +35,26 @@ public:
         const char* symbol;
         QString titel, text, knopf;
         std::function<void()> starten;
+        // after a search that found nothing; empty: the content shows its own emptiness
+        QString nichtsTitel = {}, nichtsText = {}, nichtsKnopf = {};
     };
     Zustaende(Leer leer, std::function<void()> anhalten, QWidget* inhalt, QWidget* eltern = nullptr);
-    // `anteil` < 0: no fraction known.
-    void zeige(bool laeuft, bool hatInhalt, double anteil = -1, const QString& detail = {});
+    // `fertig`: the finder has a result; `hatInhalt`: the result holds something. `anteil` < 0:
+    // no fraction known.
+    void zeige(bool laeuft, bool fertig, bool hatInhalt, double anteil = -1, const QString& detail = {});
+    void setzeNichtsText(const QString& text);
     QPushButton* startKnopf() const { return start_; }
 
 private:
     QWidget* leer_;
     QWidget* laeuft_;
+    QWidget* inhalt_;
+    QWidget* nichts_ = nullptr;
+    QLabel* nichtsText_ = nullptr;
     QProgressBar* balken_;
     QLabel* detail_;
     QPushButton* start_;
-    bool gelaufen_ = false;  // once the finder ran here, an empty result is a result
+    bool gelaufen_ = false;  // once the finder ran here, it has a result
 };
 
 // Title, a line under it and room for buttons on the right.

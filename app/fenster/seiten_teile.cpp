@@ -15,30 +15,42 @@ namespace hainbrem {
 
 using design::qs;
 
+namespace {
+
+// A symbol, a title, a line and a button, in the middle of the page.
+QWidget* mitte(const char* symbol, const QString& titel, const QString& text, QPushButton* knopf, QLabel** textFeld) {
+    auto* w = new QWidget;
+    auto* l = new QVBoxLayout(w);
+    l->addStretch(2);
+    l->addWidget(new design::Symbol(symbol, "gruen", 56), 0, Qt::AlignHCenter);
+    l->addSpacing(4);
+    auto* t = design::ueberschrift(titel, 17);
+    t->setAlignment(Qt::AlignCenter);
+    l->addWidget(t);
+    auto* x = design::leise(text);
+    x->setAlignment(Qt::AlignCenter);
+    // centred by stretches, not by alignment: so the wrapped lines get the height they need
+    x->setFixedWidth(520);
+    auto* reihe = new QHBoxLayout;
+    reihe->addStretch();
+    reihe->addWidget(x);
+    reihe->addStretch();
+    l->addLayout(reihe);
+    if (textFeld) *textFeld = x;
+    knopf->setMinimumWidth(180);
+    l->addSpacing(8);
+    l->addWidget(knopf, 0, Qt::AlignHCenter);
+    l->addStretch(3);
+    return w;
+}
+
+}  // namespace
+
 Zustaende::Zustaende(Leer leer, std::function<void()> anhalten, QWidget* inhalt, QWidget* eltern)
-    : QStackedWidget(eltern) {
-    leer_ = new QWidget;
-    {
-        auto* l = new QVBoxLayout(leer_);
-        l->addStretch(2);
-        auto* bild = new QLabel;
-        bild->setPixmap(design::symbolBild(leer.symbol, design::akzent(), 56, devicePixelRatioF()));
-        bild->setAlignment(Qt::AlignCenter);
-        l->addWidget(bild);
-        auto* titel = design::ueberschrift(leer.titel, 17);
-        titel->setAlignment(Qt::AlignCenter);
-        l->addWidget(titel);
-        auto* text = design::leise(leer.text);
-        text->setAlignment(Qt::AlignCenter);
-        text->setMaximumWidth(520);
-        l->addWidget(text, 0, Qt::AlignHCenter);
-        start_ = new QPushButton(leer.knopf);
-        start_->setMinimumWidth(180);
-        connect(start_, &QPushButton::clicked, this, [s = std::move(leer.starten)] { s(); });
-        l->addSpacing(6);
-        l->addWidget(start_, 0, Qt::AlignHCenter);
-        l->addStretch(3);
-    }
+    : QStackedWidget(eltern), inhalt_(inhalt) {
+    start_ = design::knopf(leer.knopf, design::Rolle::haupt);
+    connect(start_, &QPushButton::clicked, this, [s = leer.starten] { s(); });
+    leer_ = mitte(leer.symbol, leer.titel, leer.text, start_, nullptr);
     laeuft_ = new QWidget;
     {
         auto* l = new QVBoxLayout(laeuft_);
@@ -47,13 +59,14 @@ Zustaende::Zustaende(Leer leer, std::function<void()> anhalten, QWidget* inhalt,
         titel->setAlignment(Qt::AlignCenter);
         l->addWidget(titel);
         balken_ = new QProgressBar;
-        balken_->setMaximumWidth(420);
+        balken_->setFixedWidth(420);
         balken_->setTextVisible(false);
         l->addWidget(balken_, 0, Qt::AlignHCenter);
         detail_ = design::leise({});
         detail_->setAlignment(Qt::AlignCenter);
         l->addWidget(detail_);
-        auto* halt = new QPushButton(QStringLiteral("Anhalten"));
+        auto* halt = design::knopf(QStringLiteral("Anhalten"));
+        halt->setMinimumWidth(120);
         connect(halt, &QPushButton::clicked, this, [a = std::move(anhalten)] { a(); });
         l->addWidget(halt, 0, Qt::AlignHCenter);
         l->addStretch(3);
@@ -61,18 +74,30 @@ Zustaende::Zustaende(Leer leer, std::function<void()> anhalten, QWidget* inhalt,
     addWidget(leer_);
     addWidget(laeuft_);
     addWidget(inhalt);
+    if (!leer.nichtsTitel.isEmpty()) {
+        auto* nochmal = design::knopf(leer.nichtsKnopf.isEmpty() ? leer.knopf : leer.nichtsKnopf);
+        connect(nochmal, &QPushButton::clicked, this, [s = std::move(leer.starten)] { s(); });
+        nichts_ = mitte(leer.symbol, leer.nichtsTitel, leer.nichtsText, nochmal, &nichtsText_);
+        addWidget(nichts_);
+    }
 }
 
-void Zustaende::zeige(bool laeuft, bool hatInhalt, double anteil, const QString& detail) {
-    gelaufen_ = gelaufen_ || laeuft;
+void Zustaende::zeige(bool laeuft, bool fertig, bool hatInhalt, double anteil, const QString& detail) {
+    gelaufen_ = gelaufen_ || laeuft || fertig;
     if (laeuft) {
         balken_->setRange(0, anteil < 0 ? 0 : 1000);
         if (anteil >= 0) balken_->setValue(static_cast<int>(anteil * 1000));
         detail_->setText(detail);
         setCurrentWidget(laeuft_);
+    } else if (!gelaufen_ && !hatInhalt) {
+        setCurrentWidget(leer_);
     } else {
-        setCurrentIndex(hatInhalt || gelaufen_ ? 2 : 0);
+        setCurrentWidget(!hatInhalt && nichts_ ? nichts_ : inhalt_);
     }
+}
+
+void Zustaende::setzeNichtsText(const QString& text) {
+    if (nichtsText_) nichtsText_->setText(text);
 }
 
 Seitenkopf::Seitenkopf(const QString& titel, const QString& unter, QWidget* eltern) : QWidget(eltern) {
@@ -97,11 +122,8 @@ AuswahlLeiste::AuswahlLeiste(AppModell& modell, const QString& knopf, std::funct
     l->setContentsMargins(0, 4, 0, 0);
     text_ = new QLabel;
     l->addWidget(text_, 1);
-    knopf_ = new QPushButton(design::symbol("leaf.fill", Qt::white), knopf);
-    knopf_->setStyleSheet(QStringLiteral("QPushButton { background: %1; color: white; padding: 6px 16px; "
-                                         "border-radius: 6px; font-weight: bold; }"
-                                         "QPushButton:disabled { background: palette(mid); color: palette(dark); }")
-                              .arg(design::akzent().name()));
+    knopf_ = design::knopf(knopf, design::Rolle::haupt);
+    knopf_->setMinimumWidth(160);
     connect(knopf_, &QPushButton::clicked, this, [this, t = std::move(titel)] {
         auto funde = gewaehlte_();
         if (!funde.empty()) modell_.bitte(std::move(funde), t());
@@ -115,7 +137,7 @@ void AuswahlLeiste::aktualisiere() {
     const auto funde = gewaehlte_();
     text_->setText(funde.empty() ? QStringLiteral("Nichts ausgewählt")
                                  : QStringLiteral("%1 ausgewählt · <b>%2</b>")
-                                       .arg(qs(alsZahl(static_cast<int64_t>(funde.size()))),
+                                       .arg(qs(anzahl(static_cast<int64_t>(funde.size()), "Teil", "Teile")),
                                             qs(alsBytes(anzeige::summe(funde)))));
     knopf_->setEnabled(!funde.empty() && !modell_.entsorgtGerade());
 }
@@ -123,10 +145,7 @@ void AuswahlLeiste::aktualisiere() {
 AssistentPlatzhalter::AssistentPlatzhalter(QWidget* eltern) : QWidget(eltern) {
     auto* l = new QVBoxLayout(this);
     l->addStretch();
-    auto* bild = new QLabel;
-    bild->setPixmap(design::symbolBild("sparkles", design::akzent(), 56, devicePixelRatioF()));
-    bild->setAlignment(Qt::AlignCenter);
-    l->addWidget(bild);
+    l->addWidget(new design::Symbol("sparkles", "gruen", 56), 0, Qt::AlignHCenter);
     auto* t = design::ueberschrift(QStringLiteral("Assistent"), 17);
     t->setAlignment(Qt::AlignCenter);
     l->addWidget(t);

@@ -37,6 +37,9 @@ public:
         static const char* namen[] = {"blau", "lila", "orange", "rot", "gruen"};
         return design::farbe(namen[i % 5]);
     }
+    // what no volume accounts for, between the volumes and the free part
+    static QColor andereFarbe() { return design::farbe("grau"); }
+    static QColor freiFarbe() { return design::spur(); }
 
 protected:
     void paintEvent(QPaintEvent*) override {
@@ -55,11 +58,12 @@ protected:
         if (platte && platte->gesamt > 0) {
             gesamt = platte->gesamt;
             for (size_t i = 0; i < platte->volumes.size(); ++i) teile.push_back({platte->volumes[i].bytes, farbeFuer(i)});
+            teile.push_back({anzeige::ohneVolume(*platte), andereFarbe()});
         } else if (stand.gesamt > 0) {
             gesamt = stand.gesamt;
             teile.push_back({stand.belegt(), farbeFuer(0)});
         }
-        const QColor leer = palette().color(QPalette::Mid);
+        const QColor leer = freiFarbe();
         p.setPen(QPen(leer, 18, Qt::SolidLine, Qt::FlatCap));
         const QRectF aussen(m.x() - r + 9, m.y() - r + 9, 2 * r - 18, 2 * r - 18);
         p.drawArc(aussen, 0, 360 * 16);
@@ -97,15 +101,6 @@ protected:
 private:
     AppModell& modell_;
 };
-
-QPushButton* knopfMitAkzent(const QString& text, const QColor& farbe) {
-    auto* k = new QPushButton(text);
-    k->setStyleSheet(QStringLiteral("QPushButton { background: %1; color: white; padding: 7px 16px; "
-                                    "border-radius: 6px; font-weight: bold; }"
-                                    "QPushButton:disabled { background: palette(mid); }")
-                         .arg(farbe.name()));
-    return k;
-}
 
 }  // namespace
 
@@ -155,9 +150,7 @@ UebersichtSeite::UebersichtSeite(AppModell& modell, QWidget* eltern) : QWidget(e
     pruefKarte_ = pruef;
     auto* pk = design::karteLayout(pruef);
     auto* pz = new QHBoxLayout;
-    auto* pbild = new QLabel;
-    pbild->setPixmap(design::symbolBild("checklist", design::akzent(), 32, devicePixelRatioF()));
-    pz->addWidget(pbild, 0, Qt::AlignTop);
+    pz->addWidget(new design::Symbol("checklist", "gruen", 32), 0, Qt::AlignTop);
     auto* ptexte = new QVBoxLayout;
     ptexte->addWidget(design::ueberschrift(QStringLiteral("Was kann weg?"), 14));
     pruefText_ = design::leise({});
@@ -167,7 +160,8 @@ UebersichtSeite::UebersichtSeite(AppModell& modell, QWidget* eltern) : QWidget(e
     pruefBalken_->setTextVisible(false);
     ptexte->addWidget(pruefBalken_);
     pz->addLayout(ptexte, 1);
-    pruefKnopf_ = knopfMitAkzent({}, design::akzent());
+    pruefKnopf_ = design::knopf({}, design::Rolle::haupt);
+    pruefKnopf_->setMinimumWidth(150);
     connect(pruefKnopf_, &QPushButton::clicked, this, [this] {
         if (modell_.katalogGeprueft())
             modell_.setzeSeite(Seite::aufraeumen);
@@ -185,15 +179,12 @@ UebersichtSeite::UebersichtSeite(AppModell& modell, QWidget* eltern) : QWidget(e
     notfall_ = not_;
     auto* nl = design::karteLayout(not_);
     auto* nkopf = new QHBoxLayout;
-    auto* nbild = new QLabel;
-    nbild->setPixmap(design::symbolBild("exclamationmark.triangle.fill", design::farbe("orange"), 26,
-                                        devicePixelRatioF()));
-    nkopf->addWidget(nbild);
+    nkopf->addWidget(new design::Symbol("exclamationmark.triangle.fill", "orange", 26));
     nkopf->addWidget(design::ueberschrift(QStringLiteral("Platz in Not"), 14), 1);
     nl->addLayout(nkopf);
     notfallText_ = design::leise({});
     nl->addWidget(notfallText_);
-    auto* nknopf = knopfMitAkzent(QStringLiteral("Sichere Caches freigeben"), design::farbe("orange"));
+    auto* nknopf = design::knopf(QStringLiteral("Sichere Caches freigeben"), design::Rolle::warnung);
     connect(nknopf, &QPushButton::clicked, &modell_, &AppModell::notfall);
     nl->addStretch();
     nl->addWidget(nknopf, 0, Qt::AlignLeft);
@@ -202,14 +193,12 @@ UebersichtSeite::UebersichtSeite(AppModell& modell, QWidget* eltern) : QWidget(e
     auto* frage = design::karte();
     auto* fl = design::karteLayout(frage);
     auto* fkopf = new QHBoxLayout;
-    auto* fbild = new QLabel;
-    fbild->setPixmap(design::symbolBild("sparkles", design::farbe("lila"), 26, devicePixelRatioF()));
-    fkopf->addWidget(fbild);
+    fkopf->addWidget(new design::Symbol("sparkles", "lila", 26));
     fkopf->addWidget(design::ueberschrift(QStringLiteral("Warum ist meine Platte so voll?"), 14), 1);
     fl->addLayout(fkopf);
     fl->addWidget(design::leise(QStringLiteral(
         "Der Assistent sieht sich die Platte an und erklärt dir in Ruhe, wo der Platz geblieben ist.")));
-    auto* fknopf = new QPushButton(QStringLiteral("Assistent fragen"));
+    auto* fknopf = design::knopf(QStringLiteral("Assistent fragen"));
     connect(fknopf, &QPushButton::clicked, this,
             [this] { modell_.frageStellen("Warum ist meine Platte so voll?"); });
     fl->addStretch();
@@ -223,6 +212,7 @@ UebersichtSeite::UebersichtSeite(AppModell& modell, QWidget* eltern) : QWidget(e
                         &AppModell::katalogGeprueftGeaendert, &AppModell::auswahlGeaendert})
         connect(&modell_, signal, this, &UebersichtSeite::aktualisiere);
     connect(&modell_.einstellungen(), &Einstellungen::warnGrenzeGBGeaendert, this, &UebersichtSeite::aktualisiere);
+    design::beiFarbwechsel(this, [this] { aktualisiere(); });  // the volumes' coloured dots
     aktualisiere();
 }
 
@@ -233,19 +223,19 @@ void UebersichtSeite::aktualisiere() {
         case Plattenstand::Lage::gut:
             lage_->setText(QStringLiteral("Alles gut"));
             lageText_->setText(QStringLiteral("Es ist genug Platz frei. Hainbrem passt weiter auf."));
-            lage_->setStyleSheet(QStringLiteral("color: %1").arg(design::farbe("gruen").name()));
+            design::faerbe(lage_, "gruen");
             break;
         case Plattenstand::Lage::knapp:
             lage_->setText(QStringLiteral("Wird knapp"));
             lageText_->setText(QStringLiteral("Weniger als %1 wirklich frei. Ein Blick ins Aufräumen lohnt sich.")
                                    .arg(qs(alsBytes(modell_.warnGrenze()))));
-            lage_->setStyleSheet(QStringLiteral("color: %1").arg(design::farbe("orange").name()));
+            design::faerbe(lage_, "orange");
             break;
         case Plattenstand::Lage::kritisch:
             lage_->setText(QStringLiteral("Kritisch"));
             lageText_->setText(
                 QStringLiteral("Unter 2 GB wirklich frei: Programme können bald abstürzen. Gib sofort Platz frei."));
-            lage_->setStyleSheet(QStringLiteral("color: %1").arg(design::farbe("rot").name()));
+            design::faerbe(lage_, "rot");
             break;
     }
     const QString zeile = QStringLiteral("<tr><td style='padding-right:18px'>%1</td><td align='right'><b>%2</b></td></tr>");
@@ -260,8 +250,11 @@ void UebersichtSeite::aktualisiere() {
             vol += QStringLiteral("<span style='color:%1'>●</span> %2 <b>%3</b><br>")
                        .arg(PlattenRinge::farbeFuer(i).name(), qs(v.titel()).toHtmlEscaped(), qs(alsBytes(v.bytes)));
         }
+        if (const int64_t rest = anzeige::ohneVolume(*p); rest > 0)
+            vol += QStringLiteral("<span style='color:%1'>●</span> Andere Bereiche der Platte <b>%2</b><br>")
+                       .arg(PlattenRinge::andereFarbe().name(), qs(alsBytes(rest)));
         vol += QStringLiteral("<span style='color:%1'>●</span> Frei <b>%2</b>")
-                   .arg(palette().color(QPalette::Mid).name(), qs(alsBytes(p->frei)));
+                   .arg(PlattenRinge::freiFarbe().name(), qs(alsBytes(p->frei)));
     }
     volumes_->setText(vol);
     ringe_->update();
@@ -280,17 +273,17 @@ void UebersichtSeite::aktualisiere() {
             "Entwicklerreste sammeln, und erklärt jeden Fund, bevor etwas weggeht."));
         pruefKnopf_->setText(QStringLiteral("Jetzt prüfen"));
     } else {
-        size_t anzahl = 0;
+        size_t zahl = 0;
         int64_t alles = 0;
         for (const auto& e : modell_.katalog()) {
-            anzahl += e.funde.size();
+            zahl += e.funde.size();
             alles = addiere(alles, e.bytes());
         }
         const auto gewaehlt = modell_.katalogAusgewaehlt();
         pruefText_->setText(
-            QStringLiteral("Geprüft %1: %2 Funde mit %3. Ausgewählt sind %4.")
+            QStringLiteral("Geprüft %1: %2 mit %3. Ausgewählt sind %4.")
                 .arg(qs(anzeige::vorWann(modell_.katalogGeprueft(), std::chrono::system_clock::now())),
-                     qs(alsZahl(static_cast<int64_t>(anzahl))), qs(alsBytes(alles)),
+                     qs(anzahl(static_cast<int64_t>(zahl), "Fund", "Funde")), qs(alsBytes(alles)),
                      qs(alsBytes(anzeige::summe(gewaehlt)))));
         pruefKnopf_->setText(QStringLiteral("Zum Aufräumen"));
     }

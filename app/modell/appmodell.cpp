@@ -402,7 +402,14 @@ void AppModell::projekteSuchen() {
     imHintergrund<std::vector<Bauabfall>>(
         faeden_, lauf, [this](Steuerung& st) { return arbeiten::projekte(umgebung(), st); },
         [this, lauf](std::vector<Bauabfall>&& r) {
-            if (schliesse(Arbeit::projekte, lauf)) setze(bauabfall_, std::move(r), &AppModell::bauabfallGeaendert);
+            if (schliesse(Arbeit::projekte, lauf)) {
+                // projects resting long enough come ticked, as the catalog's findings do
+                auto neu = auswahl_;
+                for (const auto& b : r)
+                    if (b.fund.vorgewaehlt) neu.insert(b.fund.url.native());
+                setze(bauabfall_, std::move(r), &AppModell::bauabfallGeaendert);
+                setzeAuswahl(std::move(neu));
+            }
             setze(bauLaeuft_, false, &AppModell::bauLaeuftGeaendert);
         });
 }
@@ -445,6 +452,7 @@ void AppModell::ausfuehren(Auftrag auftrag) {
             setze(verlauf_, verlaufDatei_->runden(), &AppModell::verlaufGeaendert);
             setze(letzteRunde_, std::optional<Runde>(std::move(runde)), &AppModell::letzteRundeGeaendert);
             standAktualisieren();
+            platteLesen();  // the volumes' free part, as fresh as the free space above it
             if (--offeneEntsorgungen_ == 0) setze(entsorgtGerade_, false, &AppModell::entsorgtGeradeGeaendert);
         });
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "kern/format.hpp"
+
 namespace hainbrem {
 
 namespace {
@@ -46,6 +48,10 @@ std::vector<Fund> Auftrag::papierkorb() const {
     std::copy_if(funde.begin(), funde.end(), std::back_inserter(r),
                  [](const Fund& f) { return f.art == Entsorgung::papierkorb; });
     return r;
+}
+
+std::string anzahl(int64_t n, std::string_view eins, std::string_view viele) {
+    return alsZahl(n) + " " + std::string(n == 1 ? eins : viele);
 }
 
 Fund alsFund(const DateiInfo& datei, bool vorgewaehlt) {

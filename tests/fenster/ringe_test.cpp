@@ -5,6 +5,7 @@
 #include <random>
 
 #include "app/fenster/anzeige.hpp"
+#include "app/modell/typen.hpp"
 #include "app/fenster/jahresringe.hpp"
 
 namespace hainbrem::test {
@@ -87,7 +88,7 @@ TEST(Jahresringe, JedeSegmentmitteTrifftIhrSegment) {
     EXPECT_EQ(beschriftung(*knoten("Library", 1'500'000)), "Speicherkarte von Library, 1,5 MB");
 }
 
-TEST(Anzeige, KurzpfadUndVorWann) {
+TEST(Anzeige, KurzpfadVorWannUndAnzahl) {
     for (const auto& [pfad, home, kurz] : std::vector<std::tuple<std::string, std::string, std::string>>{
              {"/home/anna/Library/Caches", "/home/anna", "~/Library/Caches"},
              {"/home/anna", "/home/anna/", "~"},
@@ -101,6 +102,16 @@ TEST(Anzeige, KurzpfadUndVorWann) {
              {15 * 86'400, "vor 2 Wochen"}, {90 * 86'400, "vor 3 Monaten"}, {800 * 86'400, "vor 2 Jahren"}})
         EXPECT_EQ(anzeige::vorWann(jetzt - std::chrono::seconds(sekunden), jetzt), text) << sekunden;
     EXPECT_EQ(anzeige::vorWann(std::nullopt, jetzt), "–");
+    for (const auto& [n, text] : std::vector<std::pair<int64_t, std::string>>{
+             {0, "0 Funde"}, {1, "1 Fund"}, {2, "2 Funde"}, {1204, "1.204 Funde"}})
+        EXPECT_EQ(anzahl(n, "Fund", "Funde"), text) << n;
+    Platte p;
+    p.gesamt = 100;
+    p.frei = 30;
+    for (const int64_t bytes : {50, 5}) p.volumes.emplace_back().bytes = bytes;
+    EXPECT_EQ(anzeige::ohneVolume(p), 15);
+    p.volumes.emplace_back().bytes = 40;  // volumes that overlap the free space leave no rest
+    EXPECT_EQ(anzeige::ohneVolume(p), 0);
 }
 
 }  // namespace

@@ -106,6 +106,7 @@ TEST(Modell, NachDemAufraeumenIstNichtsEntferntesMehrGewaehltOderGelistet) {
     ASSERT_EQ(m.duplikate().size(), 1u);
     ASSERT_TRUE(m.scan() && !m.scan()->grosse.empty());
     ASSERT_FALSE(m.bauabfall().empty());
+    EXPECT_TRUE(m.istGewaehlt(m.bauabfall().front().fund.url.native()));  // resting 40 days: ticked
     ASSERT_FALSE(m.verwaist().empty());
     const auto spotify = std::find_if(m.programme().begin(), m.programme().end(),
                                       [](const Programm& p) { return p.name == "Spotify" && !p.reste.empty(); });

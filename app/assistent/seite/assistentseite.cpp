@@ -1,28 +1,54 @@
 #include "app/assistent/seite/assistentseite.hpp"
 
+#include <QApplication>
+#include <QClipboard>
+#include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QScrollBar>
 #include <QShowEvent>
 
 #include "app/assistent/seite/flowlayout.hpp"
+#include "app/fenster/design.hpp"
+#include "app/fenster/seiten.hpp"
 
 namespace hainbrem {
 
 namespace {
 
-// Stand-ins for the system symbols on platforms that have none.
-constexpr const char* funkeln = "✦";    // sparkles
-constexpr const char* pfeilHoch = "↑";  // arrow.up.circle.fill
-constexpr const char* liste = "☑";      // checklist
-constexpr const char* kreuz = "✕";      // xmark
-
 QString q(const char* t) { return QString::fromUtf8(t); }
 
+// secondary text, in the secondary colour of whichever mode is on
 QLabel* zweitrangig(QLabel* l) {
-    QPalette p = l->palette();
-    p.setColor(QPalette::WindowText, p.color(QPalette::PlaceholderText));
-    l->setPalette(p);
+    l->setForegroundRole(QPalette::PlaceholderText);
     return l;
+}
+
+// A command to type into a terminal: monospace, selectable, with a button that copies it.
+QWidget* befehlsZeile(const Startbefehl& b, QWidget* eltern) {
+    auto* karte = new design::Karte(eltern);
+    auto* l = new QVBoxLayout(karte);
+    l->setContentsMargins(14, 10, 10, 10);
+    l->setSpacing(4);
+    auto* kopf = new QLabel(QStringLiteral("<b>%1</b>  ·  danach unter %2")
+                                .arg(QString::fromStdString(b.mit).toHtmlEscaped(),
+                                     QString::fromStdString(b.adresse).toHtmlEscaped()),
+                            karte);
+    kopf->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    l->addWidget(kopf);
+    auto* zeile = new QHBoxLayout;
+    auto* befehl = new QLabel(QString::fromStdString(b.befehl), karte);
+    befehl->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    befehl->setTextFormat(Qt::PlainText);
+    befehl->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    befehl->setCursor(Qt::IBeamCursor);
+    zeile->addWidget(befehl, 1);
+    auto* kopieren = design::knopf(QStringLiteral("Kopieren"), design::Rolle::normal, karte);
+    kopieren->setToolTip(QStringLiteral("Den Befehl in die Zwischenablage legen"));
+    QObject::connect(kopieren, &QPushButton::clicked, befehl,
+                     [befehl] { QApplication::clipboard()->setText(befehl->text()); });
+    zeile->addWidget(kopieren);
+    l->addLayout(zeile);
+    return karte;
 }
 
 }  // namespace
@@ -32,11 +58,7 @@ QLabel* zweitrangig(QLabel* l) {
 Blase::Blase(const Nachricht& nachricht, bool denkt, QWidget* eltern) : QFrame(eltern), text_(new QLabel(this)) {
     auto* zeile = new QHBoxLayout(this);
     zeile->setContentsMargins(12, 8, 12, 8);
-    if (!nachricht.vonMir) {
-        auto* symbol = new QLabel(q(funkeln), this);
-        symbol->setAlignment(Qt::AlignTop);
-        zeile->addWidget(symbol);
-    }
+    if (!nachricht.vonMir) zeile->addWidget(new design::Symbol("sparkles", "lila", 16, this), 0, Qt::AlignTop);
     text_->setWordWrap(true);
     text_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     text_->setTextFormat(Qt::PlainText);
@@ -54,9 +76,7 @@ void Blase::setze(const Nachricht& nachricht, bool denkt) {
     denkt_ = denkt;
     const bool wartet = nachricht.text.empty() && denkt && !nachricht.vonMir;
     text_->setText(angezeigt());
-    QPalette p = text_->palette();
-    p.setColor(QPalette::WindowText, palette().color(wartet ? QPalette::PlaceholderText : QPalette::WindowText));
-    text_->setPalette(p);
+    text_->setForegroundRole(wartet ? QPalette::PlaceholderText : QPalette::WindowText);
     passeBreiteAn();
 }
 
@@ -85,7 +105,7 @@ VorschlagKarte::VorschlagKarte(AppModell& modell, QWidget* eltern)
     : QFrame(eltern),
       modell_(modell),
       titel_(new QLabel(this)),
-      ansehen_(new QPushButton(q(liste) + " Ansehen …", this)),
+      ansehen_(design::knopf(QStringLiteral("Ansehen …"), design::Rolle::haupt, this)),
       schliessen_(new QToolButton(this)) {
     setObjectName("vorschlagKarte");
     setStyleSheet("#vorschlagKarte { border: 1px solid palette(highlight); border-radius: 10px; }");
@@ -98,10 +118,10 @@ VorschlagKarte::VorschlagKarte(AppModell& modell, QWidget* eltern)
     auto* erkl = zweitrangig(new QLabel(q(erklaerung), this));
     erkl->setWordWrap(true);
     texte->addWidget(erkl);
-    zeile->addWidget(new QLabel(q(funkeln), this), 0, Qt::AlignTop);
+    zeile->addWidget(new design::Symbol("sparkles", "lila", 20, this), 0, Qt::AlignTop);
     zeile->addLayout(texte, 1);
     zeile->addWidget(ansehen_);
-    schliessen_->setText(q(kreuz));
+    schliessen_->setIcon(design::symbol("xmark", palette().color(QPalette::WindowText)));
     schliessen_->setAutoRaise(true);
     schliessen_->setToolTip("Vorschlag verwerfen");
     zeile->addWidget(schliessen_, 0, Qt::AlignTop);
@@ -114,7 +134,8 @@ VorschlagKarte::VorschlagKarte(AppModell& modell, QWidget* eltern)
 
 void VorschlagKarte::aktualisiere() {
     const auto n = modell_.kiVorschlag().size();
-    titel_->setText(QStringLiteral("Vorschlag des Assistenten: %1 Teile").arg(n));
+    titel_->setText(QStringLiteral("Vorschlag des Assistenten: %1")
+                        .arg(QString::fromStdString(anzahl(static_cast<int64_t>(n), "Teil", "Teile"))));
     setVisible(n > 0);
 }
 
@@ -123,21 +144,18 @@ void VorschlagKarte::aktualisiere() {
 AssistentSeite::AssistentSeite(AppModell& modell, QWidget* eltern)
     : QWidget(eltern), modell_(modell), assistent_(Assistent::von(modell)) {
     auto* haupt = new QVBoxLayout(this);
-    haupt->setContentsMargins(24, 20, 24, 16);
+    haupt->setContentsMargins(28, 22, 28, 18);
     haupt->setSpacing(10);
 
-    auto* titel = new QLabel(QString::fromUtf8(hainbrem::titel(Seite::assistent).data()), this);
-    QFont tf = titel->font();
-    tf.setPointSizeF(tf.pointSizeF() * 1.6);
-    tf.setBold(true);
-    titel->setFont(tf);
-    haupt->addWidget(titel);
-    auto* kopf = new QLabel(q(kopfText), this);
-    kopf->setWordWrap(true);
-    haupt->addWidget(kopf);
+    haupt->addWidget(new Seitenkopf(QString::fromUtf8(hainbrem::titel(Seite::assistent).data()), q(kopfText), this));
+    auto* zeile = new QHBoxLayout;
+    zeile->setSpacing(6);
+    verfuegbarkeitSymbol_ = new design::Symbol("sparkles", "lila", 16, this);
+    zeile->addWidget(verfuegbarkeitSymbol_, 0, Qt::AlignTop);
     verfuegbarkeit_ = zweitrangig(new QLabel(this));
     verfuegbarkeit_->setWordWrap(true);
-    haupt->addWidget(verfuegbarkeit_);
+    zeile->addWidget(verfuegbarkeit_, 1);
+    haupt->addLayout(zeile);
 
     stapel_ = new QStackedWidget(this);
     haupt->addWidget(stapel_, 1);
@@ -149,8 +167,12 @@ AssistentSeite::AssistentSeite(AppModell& modell, QWidget* eltern)
     vorschlagBereich_ = new QWidget(gespraech);
     auto* fluss = new FlowLayout(vorschlagBereich_, 8);
     for (const char* v : vorschlaege) {
-        auto* knopf = new QPushButton(q(v), vorschlagBereich_);
-        connect(knopf, &QPushButton::clicked, this, [this, v] { assistent_.fragen(v); });
+        // on Linux the big hidden folder is ~/.cache, not ~/Library
+        const QString frage = modell_.umgebung().profil == Katalogprofil::linuxDesktop
+                                  ? q(v).replace(QStringLiteral("~/Library"), QStringLiteral("~/.cache"))
+                                  : q(v);
+        auto* knopf = design::knopf(frage, design::Rolle::normal, vorschlagBereich_);
+        connect(knopf, &QPushButton::clicked, this, [this, frage] { assistent_.fragen(frage.toStdString()); });
         fluss->addWidget(knopf);
     }
     spalte->addWidget(vorschlagBereich_);
@@ -174,8 +196,11 @@ AssistentSeite::AssistentSeite(AppModell& modell, QWidget* eltern)
     eingabe_->setPlaceholderText(q(eingabeHinweis));
     eingabe_->setClearButtonEnabled(true);
     senden_ = new QToolButton(gespraech);
-    senden_->setText(q(pfeilHoch));
-    senden_->setToolTip("Senden");
+    senden_->setIcon(design::symbol("arrow.up.circle.fill", design::akzent()));
+    senden_->setIconSize(QSize(24, 24));
+    senden_->setAutoRaise(true);
+    senden_->setToolTip("Senden (Eingabetaste)");
+    senden_->setAccessibleName("Senden");
     eingabeZeile->addWidget(eingabe_, 1);
     eingabeZeile->addWidget(senden_);
     spalte->addLayout(eingabeZeile);
@@ -183,27 +208,35 @@ AssistentSeite::AssistentSeite(AppModell& modell, QWidget* eltern)
     connect(senden_, &QToolButton::clicked, this, &AssistentSeite::senden);
     stapel_->addWidget(gespraech);
 
-    // no model
+    // no model: why, and the commands that start one, each on a line of its own
     auto* fehlt = new QWidget(stapel_);
     auto* fehltSpalte = new QVBoxLayout(fehlt);
+    fehltSpalte->setSpacing(10);
     fehltSpalte->addStretch(1);
-    auto* fehltTitel = new QLabel(q(nichtVerfuegbarTitel), fehlt);
-    QFont ff = fehltTitel->font();
-    ff.setBold(true);
-    ff.setPointSizeF(ff.pointSizeF() * 1.25);
-    fehltTitel->setFont(ff);
+    fehltSpalte->addWidget(new design::Symbol("sparkles", "lila", 48, fehlt), 0, Qt::AlignHCenter);
+    auto* fehltTitel = design::ueberschrift(q(nichtVerfuegbarTitel), 17, fehlt);
     fehltTitel->setAlignment(Qt::AlignCenter);
-    nichtVerfuegbarText_ = new QLabel(fehlt);
-    nichtVerfuegbarText_->setWordWrap(true);
-    nichtVerfuegbarText_->setAlignment(Qt::AlignCenter);
-    nichtVerfuegbarText_->setTextInteractionFlags(Qt::TextSelectableByMouse);  // the start commands
-    auto* nochmal = new QPushButton("Noch einmal prüfen", fehlt);
-    connect(nochmal, &QPushButton::clicked, this, [this] { assistent_.verfuegbarkeitPruefen(); });
     fehltSpalte->addWidget(fehltTitel);
+    nichtVerfuegbarText_ = design::leise({}, fehlt);
+    nichtVerfuegbarText_->setAlignment(Qt::AlignCenter);
+    nichtVerfuegbarText_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     fehltSpalte->addWidget(nichtVerfuegbarText_);
+    auto* befehle = new QWidget(fehlt);
+    befehle->setMaximumWidth(620);
+    befehle_ = new QVBoxLayout(befehle);
+    befehle_->setContentsMargins(0, 4, 0, 4);
+    befehle_->setSpacing(8);
+    fehltSpalte->addWidget(befehle, 0, Qt::AlignHCenter);
+    auto* nochmal = design::knopf("Noch einmal prüfen", design::Rolle::normal, fehlt);
+    nochmal->setMinimumWidth(180);
+    connect(nochmal, &QPushButton::clicked, this, [this] { assistent_.verfuegbarkeitPruefen(); });
     fehltSpalte->addWidget(nochmal, 0, Qt::AlignCenter);
     fehltSpalte->addStretch(2);
     stapel_->addWidget(fehlt);
+    design::beiFarbwechsel(this, [this] {
+        senden_->setIcon(design::symbol("arrow.up.circle.fill", design::akzent()));
+        karte_->schliessenKnopf()->setIcon(design::symbol("xmark", palette().color(QPalette::WindowText)));
+    });
 
     connect(&assistent_, &Assistent::verfuegbarkeitGeaendert, this, &AssistentSeite::zeigeVerfuegbarkeit);
     connect(&modell_, &AppModell::unterhaltungGeaendert, this, &AssistentSeite::zeigeUnterhaltung);
@@ -214,12 +247,23 @@ AssistentSeite::AssistentSeite(AppModell& modell, QWidget* eltern)
 
 void AssistentSeite::zeigeVerfuegbarkeit() {
     const auto& v = assistent_.verfuegbarkeit();
-    verfuegbarkeit_->setText(q(funkeln) + " " +
-                             (v ? QString::fromStdString(v->text) : QStringLiteral("Suche das Sprachmodell …")));
-    nichtVerfuegbarText_->setText(v ? QString::fromStdString(v->text) : QString());
+    verfuegbarkeit_->setText(v ? QString::fromStdString(v->text) : QStringLiteral("Suche das Sprachmodell …"));
+    const bool mitBefehlen = v && !v->start.empty();
+    nichtVerfuegbarText_->setText(!v ? QString()
+                                  : mitBefehlen
+                                      ? QString::fromStdString(v->grund) +
+                                            QStringLiteral("\nStarte eines auf diesem Gerät, zum Beispiel so:")
+                                      : QString::fromStdString(v->text));
+    while (QLayoutItem* i = befehle_->takeAt(0)) {
+        delete i->widget();
+        delete i;
+    }
+    if (mitBefehlen)
+        for (const auto& b : v->start) befehle_->addWidget(befehlsZeile(b, befehle_->parentWidget()));
     // a conversation already going on stays in view, with the reason in the line above it
     stapel_->setCurrentIndex(v && !v->verfuegbar && modell_.unterhaltung().empty() ? 1 : 0);
     verfuegbarkeit_->setVisible(stapel_->currentIndex() == 0);
+    verfuegbarkeitSymbol_->setVisible(stapel_->currentIndex() == 0);
 }
 
 void AssistentSeite::zeigeUnterhaltung() {

@@ -97,9 +97,11 @@ private:
 
     AppModell& modell_;
     Assistent& assistent_;
+    QLabel* verfuegbarkeitSymbol_;
     QLabel* verfuegbarkeit_;
     QStackedWidget* stapel_;
     QLabel* nichtVerfuegbarText_;
+    QVBoxLayout* befehle_;  // the start commands while no model answers
     QWidget* vorschlagBereich_;
     QScrollArea* liste_;
     QVBoxLayout* blasenSpalte_;
