@@ -368,8 +368,7 @@ TEST(WaechterLinux, NebenDenLoeschbarenOrtenBleibtDerRest) {
         {"var/crash/unter/x.crash", L, "Nur einzelne Absturzberichte"},
     };
     for (const auto& f : linuxFaelle)
-        EXPECT_EQ(w.pruefe(t / f.pfad, f.art), f.erwartet.empty() ? Urteil::erlaubt() : Urteil::abgelehnt(f.erwartet))
-            << f.pfad;
+        EXPECT_EQ(anzeige(w.pruefe(t / f.pfad, f.art)), f.erwartet.empty() ? "erlaubt" : f.erwartet) << f.pfad;
     if (::geteuid() == 0) {
         EXPECT_EQ(w.pruefe(h.absturzOrdner() / "_usr_bin_fremd.1000.crash", L),
                   Urteil::abgelehnt(Ablehnung::fremderEintrag));
@@ -378,7 +377,7 @@ TEST(WaechterLinux, NebenDenLoeschbarenOrtenBleibtDerRest) {
     const SafetyGuard mac(h.home(), h.temp(), h.programme(), std::string(SafetyGuard::standardKennung),
                           Katalogprofil::macos, h.absturzOrdner());
     EXPECT_EQ(mac.pruefe(h.absturzOrdner() / "_usr_bin_eigen.0.crash", L),
-              Urteil::abgelehnt("Liegt außerhalb deines Benutzerordners"));
+              Urteil::abgelehnt(Ablehnung::ausserhalb));
 }
 
 }  // namespace
