@@ -25,18 +25,22 @@ unsigned Arbeiter::kerne(unsigned wenigstens, unsigned hoechstens) {
     return std::clamp(std::thread::hardware_concurrency(), wenigstens, hoechstens);
 }
 
-Arbeiter::Arbeiter(unsigned faeden, Reihenfolge reihenfolge) : reihenfolge_(reihenfolge) {
+Arbeiter::Arbeiter(unsigned faeden, Reihenfolge reihenfolge) : reihenfolge_(reihenfolge) { wachse(faeden); }
+
+void Arbeiter::wachse(unsigned faeden) {
     if (faeden <= 1) return;
     Starter starter;
     {
         std::lock_guard lock(starterSperre);
         starter = starterPlatz();
     }
+    std::lock_guard lock(helferSperre_);
     try {
         helfer_.reserve(faeden - 1);  // so no started thread is ever lost to a failing push
-        for (unsigned i = 1; i < faeden; ++i) {
+        while (helfer_.size() + 1 < faeden) {
             auto schleife = [this] { warte([this] { return ende_; }); };
             helfer_.push_back(starter ? starter(schleife) : std::thread(schleife));
+            anzahl_.store(static_cast<unsigned>(helfer_.size()), std::memory_order_relaxed);
         }
     } catch (const std::exception&) {
         // no more threads to be had: the ones running, and the caller, do the work
@@ -45,6 +49,7 @@ Arbeiter::Arbeiter(unsigned faeden, Reihenfolge reihenfolge) : reihenfolge_(reih
 
 Arbeiter::~Arbeiter() {
     melde([this] { ende_ = true; });
+    std::lock_guard lock(helferSperre_);
     for (auto& t : helfer_) t.join();
 }
 

@@ -29,7 +29,11 @@ public:
     Arbeiter& operator=(const Arbeiter&) = delete;
 
     // Threads that really work: the helpers that could be started and the caller.
-    unsigned faeden() const { return static_cast<unsigned>(helfer_.size()) + 1; }
+    unsigned faeden() const { return anzahl_.load(std::memory_order_relaxed) + 1; }
+
+    // Starts helpers until `faeden` threads work in all, from any thread while work runs: for a
+    // walk that turns out to wait on the disk. A failed start ends the growing, as in the start.
+    void wachse(unsigned faeden);
 
     void gib(std::function<void()> arbeit);
 
@@ -96,7 +100,9 @@ private:
     std::deque<std::function<void()>> schlange_;
     std::atomic<int> hungrig_{0};
     bool ende_ = false;
+    std::mutex helferSperre_;
     std::vector<std::thread> helfer_;
+    std::atomic<unsigned> anzahl_{0};
 };
 
 }  // namespace hainbrem

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <ctime>
 #include <functional>
 
 #include "basis/pfade.hpp"
@@ -199,6 +200,7 @@ private:
     void gibFortschritt() {
         if (lokaleDateien_ == 0 && lokaleBytes_ == 0) return;
         k_.steuerung.dazu(lokaleDateien_, lokaleBytes_);
+        k_.zuwachs.pruefe();
         lokaleDateien_ = 0;
         lokaleBytes_ = 0;
     }
@@ -472,12 +474,65 @@ void sortiereGrosse(std::vector<DateiInfo>& g) {
 
 }  // namespace
 
+namespace {
+
+std::mutex messSperre;
+Zuwachs::Messung& messPlatz() {
+    static Zuwachs::Messung m;
+    return m;
+}
+
+}  // namespace
+
+Zuwachs::Messung Zuwachs::setzeMessung(Messung messung) {
+    std::lock_guard lock(messSperre);
+    std::swap(messPlatz(), messung);
+    return messung;
+}
+
+Zuwachs::Zuwachs(Arbeiter& arbeiter)
+    : arbeiter_(arbeiter),
+      messung_([] {
+          std::lock_guard lock(messSperre);
+          return messPlatz();
+      }()),
+      kerne_(Arbeiter::kerne(1, 256)),
+      obergrenze_(std::clamp(4 * kerne_, 16u, 32u)),
+      wand_(std::chrono::steady_clock::now()),
+      zeit_(cpu()) {
+    naechste_.store((wand_ + messung_.takt).time_since_epoch().count(), std::memory_order_relaxed);
+}
+
+std::chrono::nanoseconds Zuwachs::cpu() const {
+    if (messung_.prozessorZeit) return messung_.prozessorZeit();
+    // processor time of all threads of the process; std::clock counts in CLOCKS_PER_SEC
+    return std::chrono::nanoseconds(static_cast<int64_t>(std::clock()) * (1'000'000'000 / CLOCKS_PER_SEC));
+}
+
+void Zuwachs::pruefe() {
+    const auto jetzt = std::chrono::steady_clock::now();
+    if (jetzt.time_since_epoch().count() < naechste_.load(std::memory_order_relaxed)) return;
+    std::unique_lock lock(sperre_, std::try_to_lock);
+    if (!lock || jetzt.time_since_epoch().count() < naechste_.load(std::memory_order_relaxed)) return;
+    const std::chrono::nanoseconds zeit = cpu();
+    const double beschaeftigt = std::chrono::duration<double>(zeit - zeit_).count() /
+                                std::max(std::chrono::duration<double>(jetzt - wand_).count(), 1e-9);
+    wand_ = jetzt;
+    zeit_ = zeit;
+    naechste_.store((jetzt + messung_.takt).time_since_epoch().count(), std::memory_order_relaxed);
+    const unsigned f = arbeiter_.faeden();
+    if (f >= obergrenze_ || arbeiter_.hungrig()) return;
+    // every thread working, yet the processors are mostly idle: the threads wait on the disk
+    if (beschaeftigt < 0.75 * std::min(f, kerne_)) arbeiter_.wachse(std::min(obergrenze_, 2 * f));
+}
+
 unsigned Scan::faeden() { return Arbeiter::kerne(2, 8); }
 
 Scan::Scan(const Lauf& lauf, const std::set<std::string, std::less<>>& aufteilen, Steuerung* steuerung)
     : s_(steuerung ? *steuerung : ersatz_),
       arbeiter_(faeden()),
-      kontext_{lauf, aufteilen, sammler_, s_, arbeiter_, lauf.kandidatenWurzel + "/Library"} {}
+      zuwachs_(arbeiter_),
+      kontext_{lauf, aufteilen, sammler_, s_, arbeiter_, zuwachs_, lauf.kandidatenWurzel + "/Library"} {}
 
 std::vector<Knoten::Zeiger> Scan::lauf(const std::vector<std::string>& wurzeln) {
     std::vector<Knoten::Zeiger> ergebnisse(wurzeln.size());
@@ -506,7 +561,8 @@ TiefenscanErgebnis Scan::ergebnis(Knoten::Zeiger wurzel, std::chrono::steady_clo
 Knoten::Zeiger scanne(const std::string& pfad, const std::set<std::string, std::less<>>& aufteilen,
                       const Lauf& lauf, Sammler& sammler, Steuerung& steuerung) {
     Arbeiter arbeiter(Scan::faeden());
-    Kontext k{lauf, aufteilen, sammler, steuerung, arbeiter, lauf.kandidatenWurzel + "/Library"};
+    Zuwachs zuwachs(arbeiter);
+    Kontext k{lauf, aufteilen, sammler, steuerung, arbeiter, zuwachs, lauf.kandidatenWurzel + "/Library"};
     return teile(k, pfad);
 }
 

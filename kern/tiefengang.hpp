@@ -1,7 +1,10 @@
 #pragma once
 // Inside the deep scan: the walk that the entry points and disk layouts (kern/tiefenscan.cpp)
 // run over their roots. Not for other users.
+#include <atomic>
 #include <chrono>
+#include <functional>
+#include <mutex>
 #include <set>
 #include <string>
 #include <string_view>
@@ -12,6 +15,38 @@
 
 namespace hainbrem::Tiefenscan {
 
+// A walk on a cold cache waits on the disk more than it works: then more threads keep more
+// directory reads in flight. Judged from the process's processor time against the wall clock,
+// at most every 20 ms and only while no thread of the pool is idle (an idle thread means too
+// little work, not a slow disk). A warm walk keeps the threads it started with.
+class Zuwachs {
+public:
+    explicit Zuwachs(Arbeiter& arbeiter);
+    // Cheap enough for every few thousand entries.
+    void pruefe();
+
+    // How the load is judged: the processor time of the process (empty: the process clock)
+    // and how often. Tests put in a clock that stands still and no pause, to grow every walk
+    // at every look. Returns what was set before.
+    struct Messung {
+        std::function<std::chrono::nanoseconds()> prozessorZeit;
+        std::chrono::nanoseconds takt = std::chrono::milliseconds(20);
+    };
+    static Messung setzeMessung(Messung messung);
+
+private:
+    std::chrono::nanoseconds cpu() const;
+
+    Arbeiter& arbeiter_;
+    const Messung messung_;
+    const unsigned kerne_;
+    const unsigned obergrenze_;
+    std::mutex sperre_;
+    std::atomic<int64_t> naechste_;  // steady clock, ns
+    std::chrono::steady_clock::time_point wand_;
+    std::chrono::nanoseconds zeit_;
+};
+
 // What every walker of one scan shares.
 struct Kontext {
     const Lauf& lauf;
@@ -19,6 +54,7 @@ struct Kontext {
     Sammler& sammler;
     Steuerung& steuerung;
     Arbeiter& arbeiter;
+    Zuwachs& zuwachs;
     std::string bibliothek;  // kandidatenWurzel + "/Library"
 };
 
@@ -33,7 +69,8 @@ public:
     TiefenscanErgebnis ergebnis(Knoten::Zeiger wurzel, std::chrono::steady_clock::time_point start,
                                 std::vector<std::string> ausgelassen, bool ganzePlatte);
 
-    // Threads per scan: walking warm caches is processor work.
+    // Threads a scan starts with: walking warm caches is processor work (Zuwachs adds more
+    // when it is not).
     static unsigned faeden();
 
 private:
@@ -41,6 +78,7 @@ private:
     Steuerung& s_;
     Sammler sammler_;
     Arbeiter arbeiter_;
+    Zuwachs zuwachs_;
     Kontext kontext_;
 };
 

@@ -15,6 +15,7 @@
 #include "kern/programme.hpp"
 #include "kern/projekte.hpp"
 #include "kern/speichertricks.hpp"
+#include "kern/tiefengang.hpp"
 #include "kern/tiefenscan.hpp"
 
 namespace hainbrem {
@@ -120,6 +121,42 @@ TEST(Arbeiter, OhneHelferWirdJederVorgangGanzFertig) {
     for (int i = 0; i < 50; ++i) w.t.datei("weg/o" + std::to_string(i % 7) + "/u" + std::to_string(i) + "/f", 10);
     EXPECT_TRUE(loescheBaum(w.t / "weg", 4).ok());
     EXPECT_FALSE(fs::exists(w.t / "weg"));
+}
+
+// A pool grows while its work runs, from inside that work, and stops growing where starts fail.
+TEST(Arbeiter, WaechstWaehrendDerArbeit) {
+    for (const auto& [erlaubt, soll] : std::vector<std::pair<int, unsigned>>{{99, 6}, {2, 3}, {0, 1}}) {
+        const FadenGrenze grenze(erlaubt);
+        Arbeiter a(1);
+        std::atomic<int> summe{0};
+        EXPECT_NO_THROW(a.fuerAlle(200, [&](size_t i) {
+            if (i == 0) a.wachse(6);
+            summe += static_cast<int>(i);
+        }));
+        EXPECT_EQ(summe.load(), 199 * 200 / 2) << erlaubt;
+        EXPECT_EQ(a.faeden(), soll) << erlaubt;
+    }
+}
+
+// A scan that believes the disk is slow grows its pool at every look, mid-walk; the tree it
+// returns is the same as without growing.
+TEST(Arbeiter, TiefenscanWaechstOhneZuVerlieren) {
+    test::Testordner t;
+    for (int i = 0; i < 9000; ++i)
+        t.datei("baum/t" + std::to_string(i % 5) + "/u" + std::to_string(i % 37) + "/f" + std::to_string(i), 1);
+    const auto soll = Tiefenscan::scanneOrdner(t / "baum", "");
+    ASSERT_TRUE(soll.wurzel);
+    const auto alt = Tiefenscan::Zuwachs::setzeMessung({[] { return std::chrono::nanoseconds(0); }, {}});
+    for (int lauf = 0; lauf < 3; ++lauf) {
+        const auto ist = Tiefenscan::scanneOrdner(t / "baum", "");
+        ASSERT_TRUE(ist.wurzel);
+        EXPECT_EQ(ist.wurzel->dateien, soll.wurzel->dateien);
+        EXPECT_EQ(ist.wurzel->bytes, soll.wurzel->bytes);
+        ASSERT_EQ(ist.wurzel->kinder.size(), soll.wurzel->kinder.size());
+        for (size_t i = 0; i < ist.wurzel->kinder.size(); ++i)
+            EXPECT_EQ(ist.wurzel->kinder[i]->bytes, soll.wurzel->kinder[i]->bytes) << ist.wurzel->kinder[i]->pfad;
+    }
+    Tiefenscan::Zuwachs::setzeMessung(alt);
 }
 
 TEST(Steuerung, JederVorgangHaeltAnUndLiefertEinenTeil) {
