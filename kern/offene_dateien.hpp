@@ -22,7 +22,10 @@ struct Auffrischtakt {
 
 class OffeneDateien {
 public:
-    using Quelle = std::function<std::vector<plattform::OffeneDateienRoh>(const std::vector<int>& bekannt)>;
+    // Asked for shares of the processes on the pool's threads at once; what a source gives
+    // outside the share it was asked for is left out.
+    using Quelle = std::function<std::vector<plattform::OffeneDateienRoh>(const std::vector<int>& bekannt,
+                                                                          plattform::Anteil anteil)>;
     // The name of a process while it runs; none once it has ended.
     using Nachfrage = std::function<std::optional<std::string>(int pid)>;
     using Takt = Auffrischtakt;

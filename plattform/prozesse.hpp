@@ -33,10 +33,18 @@ struct OffeneDateienRoh {
     std::vector<std::string> pfade;
 };
 
-// The current user's processes except this one, in any order. Those in `bekannt` (sorted) are
-// listed but not read, so a refresh costs little. Linux: /proc/<pid>/fd, maps and cwd; macOS:
-// the process information calls.
-std::vector<OffeneDateienRoh> offeneDateien(const std::vector<int>& bekannt = {});
+// A share of the processes, so that several threads can read at once: those whose id modulo
+// `von` is `nummer`.
+struct Anteil {
+    unsigned nummer = 0;
+    unsigned von = 1;
+    bool umfasst(int pid) const { return von <= 1 || static_cast<unsigned>(pid) % von == nummer; }
+};
+
+// The current user's processes except this one (of the share), in any order. Those in `bekannt`
+// (sorted) are listed but not read, so a refresh costs little. Linux: /proc/<pid>/fd, maps and
+// cwd; macOS: the process information calls.
+std::vector<OffeneDateienRoh> offeneDateien(const std::vector<int>& bekannt = {}, Anteil anteil = {});
 
 // The name of a process that has not ended (a zombie has); none otherwise.
 std::optional<std::string> prozessName(int pid);

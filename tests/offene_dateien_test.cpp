@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <mutex>
 #include <thread>
 
 #include "kern/entsorger.hpp"
@@ -18,7 +19,7 @@ using Roh = std::vector<plattform::OffeneDateienRoh>;
 
 TEST(OffeneDateien, NachGanzenPfadteilenUndEinmalGelesen) {
     const Roh roh{{7, true, {"/h/.cache/mozilla/p/cache2/eintrag", "/h/.cache/mozilla-alt"}}, {8, true, {"/h/frei.txt"}}};
-    OffeneDateien offen([&](const std::vector<int>&) { return roh; },
+    OffeneDateien offen([&](const std::vector<int>&, plattform::Anteil) { return roh; },
                         [](int pid) { return std::optional<std::string>(pid == 7 ? "firefox" : ""); });
     const struct {
         const char* item;
@@ -36,8 +37,10 @@ TEST(OffeneDateien, NachGanzenPfadteilenUndEinmalGelesen) {
 TEST(OffeneDateien, NurNeueProzesseWerdenNachgelesenUndBeendeteHaltenNichts) {
     bool altLaeuft = true;
     std::vector<std::vector<int>> gefragt;
-    const auto quelle = [&](const std::vector<int>& bekannt) {
-        gefragt.push_back(bekannt);
+    std::mutex sperre;
+    const auto quelle = [&](const std::vector<int>& bekannt, plattform::Anteil anteil) {
+        std::lock_guard lock(sperre);
+        if (anteil.nummer == 0) gefragt.push_back(bekannt);
         Roh roh;
         if (altLaeuft && bekannt.empty()) roh.push_back({7, true, {"/h/a/x"}});
         if (altLaeuft && !bekannt.empty()) roh.push_back({7, false, {}});

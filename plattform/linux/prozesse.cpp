@@ -129,7 +129,7 @@ std::vector<LaufendesProgrammRoh> laufendeProgramme() {
 
 bool beenden(int pid) { return pid > 0 && pid != ::getpid() && ::kill(pid, SIGTERM) == 0; }
 
-std::vector<OffeneDateienRoh> offeneDateien(const std::vector<int>& bekannt) {
+std::vector<OffeneDateienRoh> offeneDateien(const std::vector<int>& bekannt, Anteil anteil) {
     std::vector<OffeneDateienRoh> liste;
     const int procFd = ::open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (procFd < 0) return liste;
@@ -139,7 +139,7 @@ std::vector<OffeneDateienRoh> offeneDateien(const std::vector<int>& bekannt) {
     std::string karte;
     jederProzess(procFd, [&](const char* name) {
         const int pid = std::atoi(name);
-        if (pid == selbst) return;
+        if (pid == selbst || !anteil.umfasst(pid)) return;
         const int pidFd = ::openat(procFd, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         if (pidFd < 0) return;
         struct stat st;

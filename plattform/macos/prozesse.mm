@@ -35,13 +35,13 @@ bool beenden(int pid) {
     }
 }
 
-std::vector<OffeneDateienRoh> offeneDateien(const std::vector<int>& bekannt) {
+std::vector<OffeneDateienRoh> offeneDateien(const std::vector<int>& bekannt, Anteil anteil) {
     std::vector<OffeneDateienRoh> liste;
     std::vector<pid_t> pids(static_cast<size_t>(proc_listpids(PROC_UID_ONLY, getuid(), nullptr, 0)) + 64);
     const int bytes = proc_listpids(PROC_UID_ONLY, getuid(), pids.data(), static_cast<int>(pids.size() * sizeof(pid_t)));
     pids.resize(bytes > 0 ? static_cast<size_t>(bytes) / sizeof(pid_t) : 0);
     for (pid_t pid : pids) {
-        if (pid <= 0 || pid == getpid()) continue;
+        if (pid <= 0 || pid == getpid() || !anteil.umfasst(pid)) continue;
         OffeneDateienRoh p;
         p.pid = pid;
         p.gelesen = !std::binary_search(bekannt.begin(), bekannt.end(), pid);
