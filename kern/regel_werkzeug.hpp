@@ -25,6 +25,9 @@ bool istOrdner(const fs::path& p);
 bool istDatei(const fs::path& p);
 bool gibtEs(const fs::path& p);
 
+// Where installers are left: Downloads, and the Desktop when it is another folder.
+std::vector<fs::path> installerOrdner(const fs::path& home);
+
 // Every entry of `ordner` as one finding with the same properties.
 std::vector<Fund> jederEintrag(const fs::path& ordner, Entsorgung art, const std::optional<std::string>& besitzer,
                                bool vorgewaehlt, bool mitDatum = false);

@@ -51,6 +51,15 @@ bool gibtEs(const fs::path& p) {
     return ::lstat(p.c_str(), &st) == 0;
 }
 
+std::vector<fs::path> installerOrdner(const fs::path& home) {
+    const auto profil = plattform::profil(home);
+    std::vector<fs::path> liste{profil.downloads};
+    // user-dirs.dirs may point both at the same folder; its installers are found once
+    if (profil.schreibtisch.lexically_normal() != profil.downloads.lexically_normal())
+        liste.push_back(profil.schreibtisch);
+    return liste;
+}
+
 std::vector<Fund> jederEintrag(const fs::path& ordner, Entsorgung art, const std::optional<std::string>& besitzer,
                                bool vorgewaehlt, bool mitDatum) {
     std::vector<Fund> funde;
@@ -336,12 +345,7 @@ namespace {
 std::vector<Fund> findeInstaller(const Umgebung& u) {
     std::vector<Fund> funde;
     const auto jetzt = std::chrono::system_clock::now();
-    const auto profil = plattform::profil(u.home);
-    std::vector<fs::path> ordnerListe{profil.downloads};
-    // user-dirs.dirs may point both at the same folder; its installers are found once
-    if (profil.schreibtisch.lexically_normal() != profil.downloads.lexically_normal())
-        ordnerListe.push_back(profil.schreibtisch);
-    for (const auto& ordner : ordnerListe)
+    for (const auto& ordner : installerOrdner(u.home))
         for (const auto& e : kinder(ordner)) {
             if (!istMacInstaller(e)) continue;
             const auto d = datum(e);

@@ -288,11 +288,7 @@ std::vector<Fund> findeProtokolle(const Umgebung& u) {
 std::vector<Fund> findeInstaller(const Umgebung& u) {
     std::vector<Fund> funde;
     const auto jetzt = std::chrono::system_clock::now();
-    const auto profil = plattform::profil(u.home);
-    std::vector<fs::path> ordnerListe{profil.downloads};
-    if (profil.schreibtisch.lexically_normal() != profil.downloads.lexically_normal())
-        ordnerListe.push_back(profil.schreibtisch);
-    for (const auto& ordner : ordnerListe)
+    for (const auto& ordner : installerOrdner(u.home))
         for (const auto& e : kinder(ordner)) {
             if (!istLinuxInstaller(e)) continue;
             const auto d = datum(e);
