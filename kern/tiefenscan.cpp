@@ -81,7 +81,7 @@ void ergaenzeVolumes(Knoten& wurzel, const std::optional<Platte>& platte,
 TiefenscanErgebnis scanneLinuxPlatte(const fs::path& homePfad, bool vollzugriff, Steuerung* steuerung) {
     const auto start = std::chrono::steady_clock::now();
     const std::string home = normiert(homePfad);
-    const auto einhaengungen = einhaengungenAus(plattform::einhaengTabelle());
+    const auto einhaengungen = plattform::einhaengTabelle();
     std::string wurzelQuelle;
     for (const auto& e : einhaengungen)
         if (e.punkt == "/") wurzelQuelle = e.quelle;

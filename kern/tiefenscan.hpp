@@ -135,14 +135,6 @@ Knoten::Zeiger walk(const std::string& pfad, const Lauf& lauf, Sammler& sammler,
 
 // ---- the disk layout, separated from the walking so it can be tested with made-up systems ----
 
-struct Einhaengung {
-    std::string punkt;   // mount point
-    std::string typ;     // file system type
-    std::string quelle;  // source device
-};
-// Lines of /proc/self/mountinfo.
-std::vector<Einhaengung> einhaengungenAus(std::string_view text);
-
 // macOS: the firmlinks file ("<path>\t<name in the data volume>" per line).
 std::vector<std::pair<std::string, std::string>> firmlinksAus(std::string_view text);
 

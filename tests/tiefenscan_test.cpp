@@ -5,10 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <thread>
+#include <tuple>
 
+#include "plattform/scan.hpp"
 #include "testordner.hpp"
 
 namespace hainbrem {
@@ -342,19 +345,33 @@ TEST(Tiefenscan, PaketEndungen) {
         EXPECT_FALSE(Tiefenscan::istPaketName(n)) << n;
 }
 
+// Mount tables read through the platform: escaped blanks, tabs, backslashes and UTF-8 bytes,
+// optional fields, broken lines skipped. A file that does not start with an entry, a missing file
+// and a folder give no table.
 TEST(Tiefenscan, EinhaengeTabelle) {
-    const std::string text =
-        "22 27 0:21 / /proc rw,relatime - proc proc rw\n"
-        "27 1 254:0 / / rw,relatime - ext4 /dev/vda rw\n"
-        "40 27 8:2 / /mnt/mein\\040Stick rw shared:5 master:1 - vfat /dev/sdb1 rw\n"
-        "kaputt\n";
-    const auto e = Tiefenscan::einhaengungenAus(text);
-    ASSERT_EQ(e.size(), 3u);
-    EXPECT_EQ(e[1].punkt, "/");
-    EXPECT_EQ(e[1].typ, "ext4");
-    EXPECT_EQ(e[1].quelle, "/dev/vda");
-    EXPECT_EQ(e[2].punkt, "/mnt/mein Stick");
-    EXPECT_EQ(e[2].quelle, "/dev/sdb1");
+    using E = std::tuple<std::string, std::string, std::string>;
+    const std::string ordner = std::string(HAINBREM_FIXTURES) + "/einhaengungen/";
+    const std::pair<std::string, std::vector<E>> faelle[] = {
+        {"maskiert.mountinfo",
+         {{"/proc", "proc", "proc"},
+          {"/", "ext4", "/dev/vda"},
+          {"/mnt/mein Stick", "vfat", "/dev/sdb1"},
+          {"/mnt/tab\tx", "tmpfs", "none"},
+          {"/media/rück\\weg", "ext4", "/dev/sdc 1"}}},
+        {"optionale_felder.mountinfo",
+         {{"/", "ext4", "/dev/vda"}, {"/home", "btrfs", "/dev/vdb"}, {"/srv", "xfs", "/dev/vdc1"}}},
+        {"kaputt.mountinfo", {{"/", "ext4", "/dev/vda"}, {"/data", "ext4", "/dev/vdd"}}},
+        {"kaputt_vorn.mountinfo", {}},
+        {"fehlt.mountinfo", {}},
+        {"", {}},
+    };
+    for (const auto& [datei, soll] : faelle) {
+        std::vector<E> ist;
+        for (const auto& e : plattform::einhaengTabelleAus(ordner + datei)) ist.emplace_back(e.punkt, e.typ, e.quelle);
+        EXPECT_EQ(ist, soll) << datei;
+    }
+    const auto eigene = plattform::einhaengTabelle();
+    EXPECT_TRUE(std::any_of(eigene.begin(), eigene.end(), [](const auto& e) { return e.punkt == "/"; }));
 }
 
 // The macOS layout, rebuilt below a test folder: firmlinked roots, the data volume's own

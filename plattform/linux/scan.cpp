@@ -1,23 +1,35 @@
-// Linux: mount table from procfs, the disk of a block device from sysfs.
+// Linux: mount table from procfs through libmount, the disk of a block device from sysfs.
 #include <fcntl.h>
+#include <libmount.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
 #include <climits>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
+#include <memory>
 
 #include "plattform/scan.hpp"
 
 namespace hainbrem::plattform {
 
-std::string einhaengTabelle() {
-    std::ifstream ein("/proc/self/mountinfo");
-    if (!ein) return {};
-    std::ostringstream s;
-    s << ein.rdbuf();
-    return s.str();
+std::vector<Einhaengung> einhaengTabelle() { return einhaengTabelleAus("/proc/self/mountinfo"); }
+
+std::vector<Einhaengung> einhaengTabelleAus(const std::string& datei) {
+    const std::unique_ptr<libmnt_table, decltype(&mnt_unref_table)> tabelle(mnt_new_table(), mnt_unref_table);
+    const std::unique_ptr<libmnt_iter, decltype(&mnt_free_iter)> iter(mnt_new_iter(MNT_ITER_FORWARD), mnt_free_iter);
+    if (!tabelle || !iter) return {};
+    // Broken lines are skipped by libmount itself; a failed read keeps what was read before it.
+    mnt_table_parse_file(tabelle.get(), datei.c_str());
+    std::vector<Einhaengung> liste;
+    libmnt_fs* fs = nullptr;
+    while (mnt_table_next_fs(tabelle.get(), iter.get(), &fs) == 0) {
+        const char* punkt = mnt_fs_get_target(fs);
+        if (!punkt) continue;
+        const char* typ = mnt_fs_get_fstype(fs);
+        const char* quelle = mnt_fs_get_source(fs);
+        liste.push_back({punkt, typ ? typ : "", quelle ? quelle : ""});
+    }
+    return liste;
 }
 
 std::optional<std::string> plattenName(const std::string& geraetePfad) {

@@ -6,7 +6,8 @@
 
 namespace hainbrem::plattform {
 
-std::string einhaengTabelle() { return {}; }
+std::vector<Einhaengung> einhaengTabelle() { return {}; }
+std::vector<Einhaengung> einhaengTabelleAus(const std::string&) { return {}; }
 
 std::optional<std::string> plattenName(const std::string&) { return std::nullopt; }
 
