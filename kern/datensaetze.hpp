@@ -159,6 +159,8 @@ struct Umgebung {
     Katalogprofil profil = standardProfil;
     // Linux: where the system leaves crash reports (apport); only the user's own are taken.
     fs::path absturzOrdner = Namen::absturzOrdner;
+    // Linux: systemd's persistent journal, measured but never touched.
+    fs::path journalOrdner = Namen::journalOrdner;
 };
 
 namespace Zugriff {

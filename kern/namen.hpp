@@ -115,6 +115,8 @@ inline constexpr std::array<std::string_view, 6> linuxVersionsOrdner{
 
 // Where a Linux system leaves crash reports; only the user's own may be deleted.
 inline constexpr std::string_view absturzOrdner = "/var/crash";
+// Where systemd keeps its journal across restarts.
+inline constexpr std::string_view journalOrdner = "/var/log/journal";
 
 // A name that plainly belongs to a log: "log", "logs", "x.log", rotated "x.log.1", "x.log.gz".
 constexpr bool istProtokollName(std::string_view name) {

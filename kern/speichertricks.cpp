@@ -8,6 +8,7 @@
 
 #include "basis/pfade.hpp"
 #include "kern/befehl.hpp"
+#include "kern/format.hpp"
 #include "kern/groesse.hpp"
 #include "kern/plattenstand.hpp"
 #include "kern/rechnen.hpp"
@@ -264,46 +265,32 @@ std::optional<int64_t> swapAusSwapusage(std::string_view ausgabe) {
     return bytes / teiler;
 }
 
-std::optional<int64_t> swapAusProcSwaps(std::string_view tabelle) {
-    const auto z = zeilen(tabelle);
-    if (z.empty() || !ohneRand(z.front()).starts_with("Filename")) return std::nullopt;
-    int64_t summe = 0;
-    for (size_t n = 1; n < z.size(); ++n) {
-        std::vector<std::string_view> felder;
-        std::string_view rest = z[n];
-        while (true) {
-            rest = ohneRand(rest);
-            if (rest.empty()) break;
-            size_t ende = 0;
-            while (ende < rest.size() && !std::isspace(static_cast<unsigned char>(rest[ende]))) ++ende;
-            felder.push_back(rest.substr(0, ende));
-            rest.remove_prefix(ende);
-        }
-        if (felder.empty()) continue;
-        // Filename Type Size Used Priority; the size is in KiB
-        if (felder.size() < 3) return std::nullopt;
-        const auto kib = ganzzahl(felder[2]);
-        int64_t bytes;
-        if (!kib || __builtin_mul_overflow(*kib, 1024, &bytes) || __builtin_add_overflow(summe, bytes, &summe))
+std::optional<Swap> swapSumme(const std::vector<plattform::SwapBereich>& bereiche) {
+    Swap summe;
+    for (const auto& b : bereiche) {
+        // the kernel's figures, never trusted to fit: a bad table must not abort the process
+        int64_t bytes, belegt;
+        if (b.kib < 0 || b.belegtKib < 0 || __builtin_mul_overflow(b.kib, 1024, &bytes) ||
+            __builtin_mul_overflow(b.belegtKib, 1024, &belegt) || __builtin_add_overflow(summe.bytes, bytes, &summe.bytes) ||
+            __builtin_add_overflow(summe.belegt, belegt, &summe.belegt))
             return std::nullopt;
     }
     return summe;
 }
 
 std::optional<int64_t> swapGesamt(const Ausfuehrer& ausfuehren) {
-    if (const auto tabelle = plattform::swapTabelle()) return swapAusProcSwaps(*tabelle);
+    if (const auto bereiche = plattform::swapBereiche()) {
+        const auto summe = swapSumme(*bereiche);
+        return summe ? std::optional(summe->bytes) : std::nullopt;
+    }
     const auto aus = ausfuehren("/usr/sbin/sysctl", {"vm.swapusage"});
     return aus ? swapAusSwapusage(*aus) : std::nullopt;
 }
 
-std::vector<SystemdatenPosten> messen(const Umgebung& umgebung, const Ausfuehrer& ausfuehren, Steuerung* steuerung) {
-    Steuerung ersatz;  // when the caller passed none
-    Steuerung& s = steuerung ? *steuerung : ersatz;
-    s.gesamt.store(4, std::memory_order_relaxed);
-    // only the temp area takes long: stopped, it stays unmeasured
-    Steuerung innen(s.halt);
-    const Groesse::Messung temp = Groesse::miss(plattform::tempBereich(umgebung.temp), 2, &innen);
-    s.dazu(1, temp.bytes);
+namespace {
+
+std::vector<SystemdatenPosten> macZeilen(const Umgebung& umgebung, const Ausfuehrer& ausfuehren,
+                                         const Groesse::Messung& temp) {
     std::vector<SystemdatenPosten> zeilen;
     zeilen.push_back({std::string(swapTitel), swapGesamt(ausfuehren),
                       "Wird der Arbeitsspeicher knapp, lagert macOS Teile davon auf die Platte aus. Mit 8 GB RAM "
@@ -319,7 +306,65 @@ std::vector<SystemdatenPosten> messen(const Umgebung& umgebung, const Ausfuehrer
                       std::nullopt,
                       "Time Machine hält stündliche Stände auf der internen Platte, bis zu 24 Stunden lang. Solange "
                       "es sie gibt, macht Löschen keinen Platz frei, denn der Schnappschuss hält die Daten fest."});
-    s.dazu(3);
+    return zeilen;
+}
+
+SystemdatenPosten linuxSwap(const std::optional<std::vector<plattform::SwapBereich>>& bereiche) {
+    // the full size, not the part in use: a swap file holds all of it on the disk
+    const auto summe = bereiche ? swapSumme(*bereiche) : std::nullopt;
+    SystemdatenPosten p{std::string(swapTitel), summe ? std::optional(summe->bytes) : std::nullopt,
+                        "Wird der Arbeitsspeicher knapp, lagert Linux Teile davon in Swap-Dateien oder "
+                        "-Partitionen aus. Die Zahl ist ihre volle Größe, so viel Platz halten sie fest"};
+    if (!summe)
+        p.erklaerung += ". Die Swap-Tabelle (/proc/swaps) ließ sich nicht lesen.";
+    else if (bereiche->empty())
+        p.erklaerung += ". Gerade ist kein Swap eingeschaltet.";
+    else
+        p.erklaerung += "; davon belegt: " + alsBytes(summe->belegt) + ".";
+    return p;
+}
+
+SystemdatenPosten linuxJournal(const fs::path& ordner, const Groesse::Messung& m, bool da) {
+    SystemdatenPosten p{std::string(journalTitel), da && !m.angehalten ? std::optional(m.bytes) : std::nullopt,
+                        "Das Systemprotokoll von systemd (" + ordner.native() +
+                            "). Es wächst bis zu seiner eingestellten Grenze; „journalctl --vacuum-size=500M“ "
+                            "als root verkleinert es. Hainbrem fasst es nicht an."};
+    if (!da)
+        p.erklaerung += " Hier gibt es kein dauerhaftes Journal.";
+    else if (m.unlesbar > 0)
+        p.erklaerung += " Ein Teil war nicht lesbar, die Zahl ist eine Untergrenze.";
+    return p;
+}
+
+}  // namespace
+
+std::vector<SystemdatenPosten> messen(const Umgebung& umgebung, const Ausfuehrer& ausfuehren, Steuerung* steuerung) {
+    Steuerung ersatz;  // when the caller passed none
+    Steuerung& s = steuerung ? *steuerung : ersatz;
+    const bool istLinux = umgebung.profil == Katalogprofil::linuxDesktop;
+    const int64_t anzahl = istLinux ? 3 : 4;
+    s.gesamt.store(anzahl, std::memory_order_relaxed);
+    // only the folders take long: stopped, they stay unmeasured
+    Steuerung innen(s.halt);
+    const fs::path tempOrdner = plattform::tempBereich(umgebung.temp);
+    const Groesse::Messung temp = Groesse::miss(tempOrdner, 2, &innen);
+    s.dazu(1, temp.bytes);
+    if (!istLinux) {
+        auto zeilen = macZeilen(umgebung, ausfuehren, temp);
+        s.dazu(anzahl - 1);
+        return zeilen;
+    }
+    std::vector<SystemdatenPosten> zeilen;
+    zeilen.push_back(linuxSwap(plattform::swapBereiche()));
+    zeilen.push_back({std::string(tempTitel), temp.angehalten ? std::nullopt : std::optional(temp.bytes),
+                      "Zwischenablagen von Programmen (" + tempOrdner.native() +
+                          "). Gezählt wird alles darin, nicht nur deine Dateien; deine alten räumt Hainbrem unter "
+                          "„Aufräumen“ weg."});
+    std::error_code f;
+    const bool da = fs::is_directory(umgebung.journalOrdner, f);
+    const Groesse::Messung journal = da ? Groesse::miss(umgebung.journalOrdner, 2, &innen) : Groesse::Messung{};
+    zeilen.push_back(linuxJournal(umgebung.journalOrdner, journal, da));
+    s.dazu(anzahl - 1, journal.bytes);
     return zeilen;
 }
 

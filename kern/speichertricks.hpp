@@ -10,6 +10,7 @@
 
 #include "kern/datensaetze.hpp"
 #include "kern/steuerung.hpp"
+#include "plattform/tricks.hpp"
 
 namespace hainbrem {
 
@@ -89,16 +90,26 @@ inline constexpr std::string_view swapTitel = "Auslagerungsspeicher (Swap)";
 inline constexpr std::string_view tempTitel = "Temporäre Ordner deines Benutzers";
 inline constexpr std::string_view loeschbarTitel = "Löschbarer Speicher";
 inline constexpr std::string_view schnappschussTitel = "Lokale Schnappschüsse: ";
+inline constexpr std::string_view journalTitel = "Systemprotokoll (Journal)";
 
-// Always four rows in this order: swap, temp area, purgeable, snapshots (count only). The
-// control counts rows; stopped, the temp area stays unmeasured.
+// The rows for the environment's profile. macOS: four rows in this order: swap, temp area,
+// purgeable, snapshots (count only). Linux: swap, temp area, system journal; there are no
+// snapshots to count and no purgeable space. The control counts rows; stopped, the measured
+// folders stay unmeasured.
 std::vector<SystemdatenPosten> messen(const Umgebung& umgebung, const Ausfuehrer& ausfuehren = standardAusfuehrer(),
                                       Steuerung* steuerung = nullptr);
 
+struct Swap {
+    int64_t bytes = 0;   // full size of the active areas
+    int64_t belegt = 0;  // of which in use
+    bool operator==(const Swap&) const = default;
+};
+// The swap areas added up in bytes; nothing when a figure is negative or the sum overflows.
+std::optional<Swap> swapSumme(const std::vector<plattform::SwapBereich>& bereiche);
+
 // Total swap in bytes. macOS: `sysctl vm.swapusage` ("vm.swapusage: total = 2048.00M  used
-// = …"); Linux: /proc/swaps (sizes in KiB). Nothing on malformed text.
+// = …"); Linux: the kernel's swap table. Nothing on malformed text.
 std::optional<int64_t> swapAusSwapusage(std::string_view ausgabe);
-std::optional<int64_t> swapAusProcSwaps(std::string_view tabelle);
 std::optional<int64_t> swapGesamt(const Ausfuehrer& ausfuehren = standardAusfuehrer());
 
 }  // namespace Systemdaten

@@ -1,6 +1,7 @@
 #pragma once
 // System facilities behind the storage tricks: cloud files held locally, Time Machine's local
-// snapshots and the swap the kernel keeps. Parsing of tool output happens in the core.
+// snapshots and the swap the kernel keeps. Parsing of tool output happens in the core; the
+// kernel's swap table is decoded by the platform's own library.
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -26,8 +27,19 @@ bool cloudAuslagern(const std::filesystem::path& datei);
 // Whether tmutil, osascript, sysctl's "vm.swapusage" and the "defaults" reader exist (macOS).
 bool hatMacWerkzeuge();
 
-// The kernel's swap table as text (Linux: /proc/swaps); absent where there is none.
-std::optional<std::string> swapTabelle();
+struct SwapBereich {
+    std::string pfad;  // swap file or partition
+    std::string typ;   // "file", "partition"
+    int64_t kib = 0;   // size and use as the kernel counts them, in KiB
+    int64_t belegtKib = 0;
+    bool operator==(const SwapBereich&) const = default;
+};
+
+// The active swap areas (Linux: /proc/swaps); absent where the system keeps no such table or it
+// cannot be read, empty when no swap is on.
+std::optional<std::vector<SwapBereich>> swapBereiche();
+// The same from any file in that format. Lines that are not swap entries are left out.
+std::optional<std::vector<SwapBereich>> swapBereicheAus(const std::string& datei);
 
 // The user's area of temporary files for a given temp folder: macOS the parent of the
 // per-user temp folder (…/var/folders/xx/yyyy), Linux the temp folder itself.

@@ -126,12 +126,33 @@ TEST(Schnappschuesse, FeindlicheNamenErreichenDieShellNie) {
 }
 
 TEST(Systemdaten, SwapLesen) {
-    EXPECT_EQ(Systemdaten::swapAusProcSwaps(lies("tricks/proc_swaps.txt")), (2097148 + 8388604) * int64_t{1024});
-    EXPECT_EQ(Systemdaten::swapAusProcSwaps("Filename\tType\tSize\tUsed\tPriority\n"), 0);
-    EXPECT_EQ(Systemdaten::swapAusProcSwaps(""), std::nullopt);
-    EXPECT_EQ(Systemdaten::swapAusProcSwaps("Filename Type Size\n/x file viel 0 -2\n"), std::nullopt);
-    EXPECT_EQ(Systemdaten::swapAusProcSwaps("Filename Type Size\n/x file 99999999999999999999 0 -2\n"), std::nullopt);
-    EXPECT_EQ(Systemdaten::swapAusProcSwaps("Filename Type Size\n/x file 9007199254740993 0 -2\n"), std::nullopt);
+    using B = plattform::SwapBereich;
+    const std::string kopf = "Filename\t\t\t\tType\t\tSize\t\tUsed\t\tPriority\n";
+    struct {
+        std::string text;
+        std::vector<B> bereiche;
+    } tabellen[] = {
+        {lies("tricks/proc_swaps.txt"),
+         {{"/swap.img", "file", 2097148, 1024}, {"/dev/nvme0n1p3", "partition", 8388604, 0}}},
+        {kopf, {}},
+        // the kernel writes blanks in names octal-escaped
+        {kopf + "/mnt/mein\\040swap file 1024 512 -2\n", {{"/mnt/mein swap", "file", 1024, 512}}},
+        {kopf + "/x file viel 0 -2\n/k file 12\n/y file 8 4 -3\n", {{"/y", "file", 8, 4}}},
+    };
+    test::Testordner t;
+    for (const auto& f : tabellen) {
+        const fs::path datei = t.datei("swaps");
+        std::ofstream(datei, std::ios::trunc) << f.text;
+        EXPECT_EQ(plattform::swapBereicheAus(datei), f.bereiche) << f.text;
+    }
+    EXPECT_EQ(plattform::swapBereicheAus(t / "fehlt"), std::nullopt);
+
+    EXPECT_EQ(Systemdaten::swapSumme(*plattform::swapBereicheAus(std::string(HAINBREM_FIXTURES) + "/tricks/proc_swaps.txt")),
+              (Systemdaten::Swap{(2097148 + 8388604) * int64_t{1024}, 1024 * 1024}));
+    for (const auto& kaputt : std::vector<std::vector<B>>{{{"/x", "file", int64_t{1} << 54, 0}},
+                                                          {{"/x", "file", 1L << 52, 0}, {"/y", "file", 1L << 52, 0}},
+                                                          {{"/x", "file", -1, 0}}})
+        EXPECT_EQ(Systemdaten::swapSumme(kaputt), std::nullopt);
 
     EXPECT_EQ(Systemdaten::swapAusSwapusage(lies("tricks/vm_swapusage.txt")), int64_t{2048} << 20);
     struct {
@@ -155,7 +176,8 @@ TEST(Systemdaten, VierZeilenInFesterReihenfolge) {
     test::Testordner t;
     const fs::path temp = t.ordner("tmp");
     t.datei("tmp/a/b.bin", 50'000);
-    const Umgebung u{t.ordner("home"), temp, false, nullptr, {}};
+    Umgebung u{t.ordner("home"), temp, false, nullptr, {}};
+    u.profil = Katalogprofil::macos;
     Aufzeichnung a;
     a.antwort = lies("tricks/tmutil_listlocalsnapshots.txt");
     const auto zeilen = Systemdaten::messen(u, a.ausfuehrer());
@@ -169,11 +191,53 @@ TEST(Systemdaten, VierZeilenInFesterReihenfolge) {
     EXPECT_GE(*zeilen[1].bytes, 50'000);
     EXPECT_EQ(zeilen[2].bytes, 0);  // nothing purgeable without the system's accounting
     EXPECT_FALSE(zeilen[3].bytes);  // snapshots cannot be sized
-    for (const auto& z : zeilen) EXPECT_FALSE(z.erklaerung.empty());
-    EXPECT_TRUE(zeilen[1].erklaerung.ends_with("unter „Aufräumen“ weg."));
+    // a Mac's texts stay word for word
+    EXPECT_EQ(zeilen[0].erklaerung + zeilen[1].erklaerung + zeilen[2].erklaerung + zeilen[3].erklaerung,
+              "Wird der Arbeitsspeicher knapp, lagert macOS Teile davon auf die Platte aus. Mit 8 GB RAM wächst das "
+              "schnell. Es verschwindet nach einem Neustart oder wenn weniger Programme offen sind."
+              "Zwischenablagen von Programmen (…/var/folders). Dort liegen auch die Chrome-Kopien. Alte Teile räumt "
+              "Hainbrem unter „Aufräumen“ weg."
+              "Schnappschüsse, iCloud-Kopien und System-Caches, die macOS bei Bedarf selbst freigibt. Der Finder "
+              "zählt das als „frei“, Programme können es aber nicht sofort nutzen."
+              "Time Machine hält stündliche Stände auf der internen Platte, bis zu 24 Stunden lang. Solange es sie "
+              "gibt, macht Löschen keinen Platz frei, denn der Schnappschuss hält die Daten fest.");
 
     a.antwort.reset();
     EXPECT_EQ(Systemdaten::messen(u, a.ausfuehrer())[3].titel, "Lokale Schnappschüsse: 0");
+}
+
+TEST(Systemdaten, LinuxZeilenOhneMacWorte) {
+    test::Testordner t;
+    t.datei("tmp/a/b.bin", 50'000);
+    t.datei("journal/abc/system.journal", 80'000);
+    Umgebung u{t.ordner("home"), t / "tmp", false, nullptr, {}};
+    u.profil = Katalogprofil::linuxDesktop;
+    u.journalOrdner = t / "journal";
+    Aufzeichnung a;
+    a.antwort = lies("tricks/tmutil_listlocalsnapshots.txt");
+    Steuerung s;
+    auto zeilen = Systemdaten::messen(u, a.ausfuehrer(), &s);
+    EXPECT_TRUE(a.laeufe.empty());  // no Mac tool is asked
+    EXPECT_EQ(s.gesamt.load(), 3);
+    EXPECT_EQ(s.erledigt.load(), 3);
+    ASSERT_EQ(zeilen.size(), 3u);
+    EXPECT_EQ(zeilen[0].bytes.has_value(), plattform::swapBereiche().has_value());
+    EXPECT_EQ(zeilen[1].bytes, Groesse::belegt(t / "tmp"));
+    EXPECT_NE(zeilen[1].erklaerung.find((t / "tmp").native()), std::string::npos);
+    EXPECT_EQ(zeilen[2].titel, "Systemprotokoll (Journal)");
+    EXPECT_EQ(zeilen[2].bytes, Groesse::belegt(t / "journal"));
+    EXPECT_GE(*zeilen[2].bytes, 80'000);
+    EXPECT_NE(zeilen[2].erklaerung.find("journalctl --vacuum-size="), std::string::npos);
+
+    u.journalOrdner = t / "fehlt";  // journal kept in memory only
+    const auto ohne = Systemdaten::messen(u, a.ausfuehrer());
+    EXPECT_FALSE(ohne[2].bytes);
+    zeilen.push_back(ohne[2]);
+    for (const auto& z : zeilen)
+        for (const char* wort : {"macOS", "Time Machine", "Finder", "/var/folders"}) {
+            EXPECT_EQ(z.titel.find(wort), std::string::npos) << z.titel;
+            EXPECT_EQ(z.erklaerung.find(wort), std::string::npos) << z.erklaerung;
+        }
 }
 
 TEST(ICloud, AnzeigeNamenUndGruppen) {

@@ -49,7 +49,8 @@ bool cloudAuslagern(const std::filesystem::path& datei) {
 
 bool hatMacWerkzeuge() { return true; }
 
-std::optional<std::string> swapTabelle() { return std::nullopt; }
+std::optional<std::vector<SwapBereich>> swapBereiche() { return std::nullopt; }
+std::optional<std::vector<SwapBereich>> swapBereicheAus(const std::string&) { return std::nullopt; }
 
 std::filesystem::path tempBereich(const std::filesystem::path& temp) {
     std::filesystem::path t = temp;
