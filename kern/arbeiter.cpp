@@ -3,22 +3,22 @@
 #include <algorithm>
 #include <exception>
 
+#include "kern/eingriff.hpp"
+
 namespace hainbrem {
 
 namespace {
 
-std::mutex starterSperre;
-Arbeiter::Starter& starterPlatz() {
-    static Arbeiter::Starter s;
-    return s;
+// a function's own static, so it is there even for a use during static initialisation
+Eingriff<Arbeiter::Starter>& starterEingriff() {
+    static Eingriff<Arbeiter::Starter> e;
+    return e;
 }
 
 }  // namespace
 
 Arbeiter::Starter Arbeiter::setzeStarter(Starter starter) {
-    std::lock_guard lock(starterSperre);
-    std::swap(starterPlatz(), starter);
-    return starter;
+    return starterEingriff().setze(std::move(starter));
 }
 
 unsigned Arbeiter::kerne(unsigned wenigstens, unsigned hoechstens) {
@@ -29,11 +29,7 @@ Arbeiter::Arbeiter(unsigned faeden, Reihenfolge reihenfolge) : reihenfolge_(reih
 
 void Arbeiter::wachse(unsigned faeden) {
     if (faeden <= 1) return;
-    Starter starter;
-    {
-        std::lock_guard lock(starterSperre);
-        starter = starterPlatz();
-    }
+    const Starter starter = starterEingriff().lies();
     std::lock_guard lock(helferSperre_);
     try {
         helfer_.reserve(faeden - 1);  // so no started thread is ever lost to a failing push

@@ -15,6 +15,7 @@
 #include <functional>
 
 #include "basis/pfade.hpp"
+#include "kern/eingriff.hpp"
 #include "kern/rechnen.hpp"
 #include "kern/wanderer.hpp"
 #include "plattform/plattform.hpp"
@@ -476,26 +477,21 @@ void sortiereGrosse(std::vector<DateiInfo>& g) {
 
 namespace {
 
-std::mutex messSperre;
-Zuwachs::Messung& messPlatz() {
-    static Zuwachs::Messung m;
-    return m;
+// a function's own static, so it is there even for a use during static initialisation
+Eingriff<Zuwachs::Messung>& messEingriff() {
+    static Eingriff<Zuwachs::Messung> e;
+    return e;
 }
 
 }  // namespace
 
 Zuwachs::Messung Zuwachs::setzeMessung(Messung messung) {
-    std::lock_guard lock(messSperre);
-    std::swap(messPlatz(), messung);
-    return messung;
+    return messEingriff().setze(std::move(messung));
 }
 
 Zuwachs::Zuwachs(Arbeiter& arbeiter)
     : arbeiter_(arbeiter),
-      messung_([] {
-          std::lock_guard lock(messSperre);
-          return messPlatz();
-      }()),
+      messung_(messEingriff().lies()),
       kerne_(Arbeiter::kerne(1, 256)),
       obergrenze_(std::clamp(4 * kerne_, 16u, 32u)),
       wand_(std::chrono::steady_clock::now()),
