@@ -34,7 +34,7 @@ void Arbeiter::wachse(unsigned faeden) {
     try {
         helfer_.reserve(faeden - 1);  // so no started thread is ever lost to a failing push
         while (helfer_.size() + 1 < faeden) {
-            auto schleife = [this] { warte([this] { return ende_; }); };
+            auto schleife = [this] { arbeite([this] { return ende_; }, true); };
             helfer_.push_back(starter ? starter(schleife) : std::thread(schleife));
             anzahl_.store(static_cast<unsigned>(helfer_.size()), std::memory_order_relaxed);
         }
@@ -44,17 +44,29 @@ void Arbeiter::wachse(unsigned faeden) {
 }
 
 Arbeiter::~Arbeiter() {
-    melde([this] { ende_ = true; });
+    {
+        std::lock_guard lock(sperre_);
+        ende_ = true;
+    }
+    cvFrei_.notify_all();
+    cvBedingt_.notify_all();
     std::lock_guard lock(helferSperre_);
     for (auto& t : helfer_) t.join();
 }
 
 void Arbeiter::gib(std::function<void()> arbeit) {
+    bool helfer = false;
     {
         std::lock_guard lock(sperre_);
         schlange_.push_back(std::move(arbeit));
+        // a helper already woken for earlier work is not counted twice
+        if (frei_ > geweckt_) {
+            ++geweckt_;
+            helfer = true;
+        }
     }
-    cv_.notify_one();
+    // no idle helper: perhaps a thread waiting for its parts takes it meanwhile
+    (helfer ? cvFrei_ : cvBedingt_).notify_one();
 }
 
 std::function<void()> Arbeiter::nimm() {

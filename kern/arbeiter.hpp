@@ -37,32 +37,21 @@ public:
 
     void gib(std::function<void()> arbeit);
 
-    // Changes what a waiter tests, under the pool's lock, and wakes every waiter.
+    // Changes what a waiter tests, under the pool's lock, and wakes every thread that waits for
+    // a condition (idle helpers wait only for work and sleep on).
     template <typename F>
     void melde(F&& aenderung) {
         {
             std::lock_guard lock(sperre_);
             aenderung();
         }
-        cv_.notify_all();
+        cvBedingt_.notify_all();
     }
 
     // Runs queued work until `fertig()` holds (tested under the lock): a thread that waits helps.
     template <typename F>
     void warte(F&& fertig) {
-        std::unique_lock lock(sperre_);
-        while (!fertig()) {
-            if (!schlange_.empty()) {
-                std::function<void()> arbeit = nimm();
-                lock.unlock();
-                arbeit();
-                lock.lock();
-                continue;
-            }
-            hungrig_.fetch_add(1, std::memory_order_relaxed);
-            cv_.wait(lock);
-            hungrig_.fetch_sub(1, std::memory_order_relaxed);
-        }
+        arbeite(std::forward<F>(fertig), false);
     }
 
     // Someone is idle: worth handing over a piece of one's own work.
@@ -94,9 +83,38 @@ public:
 private:
     std::function<void()> nimm();
 
+    // A helper (`leerlauf`) sleeps until work comes; a waiter with a condition also wakes on
+    // every report. Kept apart, a finished piece of a walk does not wake thirty idle helpers.
+    template <typename F>
+    void arbeite(F&& fertig, bool leerlauf) {
+        std::unique_lock lock(sperre_);
+        while (!fertig()) {
+            if (!schlange_.empty()) {
+                std::function<void()> arbeit = nimm();
+                lock.unlock();
+                arbeit();
+                lock.lock();
+                continue;
+            }
+            hungrig_.fetch_add(1, std::memory_order_relaxed);
+            if (leerlauf) {
+                ++frei_;
+                cvFrei_.wait(lock);
+                --frei_;
+                if (geweckt_ > 0) --geweckt_;
+            } else {
+                cvBedingt_.wait(lock);
+            }
+            hungrig_.fetch_sub(1, std::memory_order_relaxed);
+        }
+    }
+
     const Reihenfolge reihenfolge_;
     std::mutex sperre_;
-    std::condition_variable cv_;
+    std::condition_variable cvFrei_;
+    std::condition_variable cvBedingt_;
+    int frei_ = 0;     // helpers asleep for want of work
+    int geweckt_ = 0;  // of them, woken for a piece of work and not yet up
     std::deque<std::function<void()>> schlange_;
     std::atomic<int> hungrig_{0};
     bool ende_ = false;
