@@ -493,7 +493,7 @@ Zuwachs::Zuwachs(Arbeiter& arbeiter)
     : arbeiter_(arbeiter),
       messung_(messEingriff().lies()),
       kerne_(Arbeiter::kerne(1, 256)),
-      obergrenze_(std::clamp(4 * kerne_, 16u, 32u)),
+      obergrenze_(std::clamp(8 * kerne_, 32u, 64u)),
       wand_(std::chrono::steady_clock::now()),
       zeit_(cpu()) {
     naechste_.store((wand_ + messung_.takt).time_since_epoch().count(), std::memory_order_relaxed);
