@@ -2,7 +2,7 @@
 // Moving items to the Trash and back. Linux: the freedesktop.org Trash (home trash, or the
 // trash at the top of the item's own file system; never a copy across devices). macOS: the
 // file manager's Trash call.
-#include <expected>
+#include "basis/ergebnis.hpp"
 #include <filesystem>
 #include <string>
 
@@ -19,18 +19,18 @@ struct Papierkorbplatz {
 };
 
 // Chooses the Trash for `pfad` and reserves a unique name there. German error text on failure.
-std::expected<Papierkorbplatz, std::string> reservierePapierkorb(const fs::path& pfad, const fs::path& home);
+Ergebnis<Papierkorbplatz> reservierePapierkorb(const fs::path& pfad, const fs::path& home);
 
 // Moves the item into the reserved place and returns where it lies now. On failure the
 // reservation is given up again and the item stays where it was.
-std::expected<fs::path, std::string> verschiebeInPapierkorb(const fs::path& pfad, const Papierkorbplatz& platz);
+Ergebnis<fs::path> verschiebeInPapierkorb(const fs::path& pfad, const Papierkorbplatz& platz);
 
 // Reserve and move in one step.
-std::expected<fs::path, std::string> inDenPapierkorb(const fs::path& pfad, const fs::path& home);
+Ergebnis<fs::path> inDenPapierkorb(const fs::path& pfad, const fs::path& home);
 
 // Moves an item from the Trash back to `ziel` (whose parent must exist) and drops its
 // .trashinfo. Never overwrites: an occupied `ziel` is an error.
-std::expected<void, std::string> ausDemPapierkorb(const fs::path& imPapierkorb, const fs::path& ziel);
+Ergebnis<void> ausDemPapierkorb(const fs::path& imPapierkorb, const fs::path& ziel);
 
 // The .trashinfo belonging to an entry of a Trash's files folder; empty when `eintrag` does not
 // lie directly in a Trash's files folder.

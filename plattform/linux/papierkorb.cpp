@@ -92,18 +92,18 @@ struct Ziel {
     fs::path echt;           // the item with its parent resolved
 };
 
-std::expected<Ziel, std::string> waehleTrash(const fs::path& pfad, const fs::path& home) {
+Ergebnis<Ziel> waehleTrash(const fs::path& pfad, const fs::path& home) {
     struct stat st;
-    if (::lstat(pfad.c_str(), &st) != 0) return std::unexpected(text(errno));
+    if (::lstat(pfad.c_str(), &st) != 0) return Fehlschlag{text(errno)};
     // The parent as the kernel resolves it when moving ("lnk/.." after following lnk); text
     // operations would collapse "lnk/.." first and record a different place.
     const std::string& roh = pfad.native();
     const size_t schnitt = roh.rfind('/');
     const std::string name = schnitt == std::string::npos ? roh : roh.substr(schnitt + 1);
-    if (name.empty() || name == "." || name == "..") return std::unexpected("Kein gültiger Pfad");
+    if (name.empty() || name == "." || name == "..") return Fehlschlag{"Kein gültiger Pfad"};
     const std::string elternRoh = schnitt == std::string::npos ? "." : schnitt == 0 ? "/" : roh.substr(0, schnitt);
     std::unique_ptr<char, decltype(&std::free)> elternReal(::realpath(elternRoh.c_str(), nullptr), &std::free);
-    if (!elternReal) return std::unexpected("Ordner existiert nicht");
+    if (!elternReal) return Fehlschlag{"Ordner existiert nicht"};
     const fs::path eltern = elternReal.get();
     const fs::path echt = eltern / name;
     std::error_code e;
@@ -116,7 +116,7 @@ std::expected<Ziel, std::string> waehleTrash(const fs::path& pfad, const fs::pat
     if (heimGeraet == st.st_dev) {
         fs::create_directories(heimTrash.parent_path(), e);
         if (!eigenerOrdner(heimTrash) || !eigenerOrdner(heimTrash / "files") || !eigenerOrdner(heimTrash / "info"))
-            return std::unexpected("Der Papierkorb lässt sich nicht anlegen");
+            return Fehlschlag{"Der Papierkorb lässt sich nicht anlegen"};
         return Ziel{heimTrash, echt.native(), echt};
     }
 
@@ -131,23 +131,23 @@ std::expected<Ziel, std::string> waehleTrash(const fs::path& pfad, const fs::pat
     }
     if (trash.empty()) {
         trash = oben / (".Trash-" + std::to_string(uid));
-        if (!eigenerOrdner(trash)) return std::unexpected("Auf diesem Datenträger gibt es keinen Papierkorb");
+        if (!eigenerOrdner(trash)) return Fehlschlag{"Auf diesem Datenträger gibt es keinen Papierkorb"};
     }
     dev_t trashGeraet;
     if (!eigenerOrdner(trash / "files") || !eigenerOrdner(trash / "info") || !geraetVon(trash / "files", trashGeraet) ||
         trashGeraet != st.st_dev)
-        return std::unexpected("Auf diesem Datenträger gibt es keinen Papierkorb");
+        return Fehlschlag{"Auf diesem Datenträger gibt es keinen Papierkorb"};
     return Ziel{trash, echt.lexically_relative(oben).native(), echt};
 }
 
 }  // namespace
 
-std::expected<Papierkorbplatz, std::string> reservierePapierkorb(const fs::path& pfad, const fs::path& home) {
+Ergebnis<Papierkorbplatz> reservierePapierkorb(const fs::path& pfad, const fs::path& home) {
     auto ziel = waehleTrash(pfad, home);
-    if (!ziel) return std::unexpected(ziel.error());
+    if (!ziel) return Fehlschlag{ziel.error()};
     std::error_code e;
     if (liegtInOderIst(ziel->echt.native(), fs::weakly_canonical(ziel->trash, e).native()))
-        return std::unexpected("Liegt schon im Papierkorb");
+        return Fehlschlag{"Liegt schon im Papierkorb"};
 
     const std::string inhalt = "[Trash Info]\nPath=" + prozentKodiert(ziel->pfadEintrag) +
                                "\nDeletionDate=" + lokaleZeit() + "\n";
@@ -161,18 +161,18 @@ std::expected<Papierkorbplatz, std::string> reservierePapierkorb(const fs::path&
         const int fd = ::open(info.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
         if (fd < 0) {
             if (errno == EEXIST) continue;
-            if (errno == ENAMETOOLONG) return std::unexpected("Name zu lang für den Papierkorb");
-            return std::unexpected("Der Papierkorb ist nicht beschreibbar: " + text(errno));
+            if (errno == ENAMETOOLONG) return Fehlschlag{"Name zu lang für den Papierkorb"};
+            return Fehlschlag{"Der Papierkorb ist nicht beschreibbar: " + text(errno)};
         }
         const bool geschrieben = ::write(fd, inhalt.data(), inhalt.size()) == static_cast<ssize_t>(inhalt.size());
         ::close(fd);
         if (!geschrieben) {
             ::unlink(info.c_str());
-            return std::unexpected("Der Papierkorb ist nicht beschreibbar");
+            return Fehlschlag{"Der Papierkorb ist nicht beschreibbar"};
         }
         return Papierkorbplatz{datei, info};
     }
-    return std::unexpected("Kein freier Name im Papierkorb");
+    return Fehlschlag{"Kein freier Name im Papierkorb"};
 }
 
 namespace {
@@ -187,30 +187,30 @@ int verschiebeOhneErsetzen(const fs::path& von, const fs::path& nach) {
 }
 }  // namespace
 
-std::expected<fs::path, std::string> verschiebeInPapierkorb(const fs::path& pfad, const Papierkorbplatz& platz) {
+Ergebnis<fs::path> verschiebeInPapierkorb(const fs::path& pfad, const Papierkorbplatz& platz) {
     const int nummer = verschiebeOhneErsetzen(pfad, platz.datei);
     if (nummer == 0) return platz.datei;
     ::unlink(platz.info.c_str());
-    if (nummer == EEXIST) return std::unexpected("Der Name im Papierkorb wurde gerade vergeben");
-    return std::unexpected(text(nummer));
+    if (nummer == EEXIST) return Fehlschlag{"Der Name im Papierkorb wurde gerade vergeben"};
+    return Fehlschlag{text(nummer)};
 }
 
-std::expected<fs::path, std::string> inDenPapierkorb(const fs::path& pfad, const fs::path& home) {
+Ergebnis<fs::path> inDenPapierkorb(const fs::path& pfad, const fs::path& home) {
     auto platz = reservierePapierkorb(pfad, home);
-    if (!platz) return std::unexpected(platz.error());
+    if (!platz) return Fehlschlag{platz.error()};
     return verschiebeInPapierkorb(pfad, *platz);
 }
 
-std::expected<void, std::string> ausDemPapierkorb(const fs::path& imPapierkorb, const fs::path& ziel) {
+Ergebnis<void> ausDemPapierkorb(const fs::path& imPapierkorb, const fs::path& ziel) {
     struct stat st;
-    if (::lstat(ziel.c_str(), &st) == 0) return std::unexpected(zielBelegtText);
+    if (::lstat(ziel.c_str(), &st) == 0) return Fehlschlag{zielBelegtText};
     if (::lstat(imPapierkorb.c_str(), &st) != 0) {
-        if (errno == ENOENT) return std::unexpected(nichtImPapierkorbText);
-        return std::unexpected(text(errno));
+        if (errno == ENOENT) return Fehlschlag{nichtImPapierkorbText};
+        return Fehlschlag{text(errno)};
     }
     const int nummer = verschiebeOhneErsetzen(imPapierkorb, ziel);
-    if (nummer == EEXIST) return std::unexpected(zielBelegtText);
-    if (nummer != 0) return std::unexpected(text(nummer));
+    if (nummer == EEXIST) return Fehlschlag{zielBelegtText};
+    if (nummer != 0) return Fehlschlag{text(nummer)};
     if (const fs::path info = trashinfoZu(imPapierkorb); !info.empty()) ::unlink(info.c_str());
     return {};
 }

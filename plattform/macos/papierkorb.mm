@@ -31,34 +31,34 @@ fs::path aufgeloest(const fs::path& p) {
 }
 }  // namespace
 
-std::expected<Papierkorbplatz, std::string> reservierePapierkorb(const fs::path&, const fs::path&) {
+Ergebnis<Papierkorbplatz> reservierePapierkorb(const fs::path&, const fs::path&) {
     return Papierkorbplatz{};
 }
 
-std::expected<fs::path, std::string> verschiebeInPapierkorb(const fs::path& pfad, const Papierkorbplatz&) {
+Ergebnis<fs::path> verschiebeInPapierkorb(const fs::path& pfad, const Papierkorbplatz&) {
     @autoreleasepool {
         NSURL* ergebnis = nil;
         NSError* fehler = nil;
         const fs::path echt = aufgeloest(pfad);
-        if (echt.empty()) return std::unexpected("Kein gültiger Pfad");
+        if (echt.empty()) return Fehlschlag{"Kein gültiger Pfad"};
         if (![NSFileManager.defaultManager trashItemAtURL:url(echt) resultingItemURL:&ergebnis error:&fehler])
-            return std::unexpected(grund(fehler));
+            return Fehlschlag{grund(fehler)};
         if (!ergebnis) return fs::path{};
         return fs::path(ergebnis.fileSystemRepresentation);
     }
 }
 
-std::expected<fs::path, std::string> inDenPapierkorb(const fs::path& pfad, const fs::path& home) {
+Ergebnis<fs::path> inDenPapierkorb(const fs::path& pfad, const fs::path& home) {
     return verschiebeInPapierkorb(pfad, *reservierePapierkorb(pfad, home));
 }
 
-std::expected<void, std::string> ausDemPapierkorb(const fs::path& imPapierkorb, const fs::path& ziel) {
+Ergebnis<void> ausDemPapierkorb(const fs::path& imPapierkorb, const fs::path& ziel) {
     @autoreleasepool {
-        if ([NSFileManager.defaultManager fileExistsAtPath:@(ziel.c_str())]) return std::unexpected(zielBelegtText);
+        if ([NSFileManager.defaultManager fileExistsAtPath:@(ziel.c_str())]) return Fehlschlag{zielBelegtText};
         NSError* fehler = nil;
         if (![NSFileManager.defaultManager moveItemAtURL:url(imPapierkorb) toURL:url(ziel) error:&fehler])
-            return std::unexpected(fehler.localizedDescription ? std::string(fehler.localizedDescription.UTF8String)
-                                                               : std::string(nichtImPapierkorbText));
+            return Fehlschlag{fehler.localizedDescription ? std::string(fehler.localizedDescription.UTF8String)
+                                                               : std::string(nichtImPapierkorbText)};
         return {};
     }
 }
