@@ -34,13 +34,10 @@ TEST(TricksBefehl, LinuxOhneMacWorteMacUnveraendert) {
     }
 
     // the same keys as on a Mac, the parts Linux lacks as empty lists
-    int status = -1;
-    const auto j = nlohmann::json::parse(test::laufe(vorn + "--json --profil linux tricks 2>/dev/null", &status));
-    EXPECT_EQ(status, 0);
+    auto j = nlohmann::json::parse(test::laufe(vorn + "--json --profil linux tricks 2>/dev/null"));
     EXPECT_EQ(j.at("systemdaten").size(), 3u);
-    EXPECT_EQ(j.at("schnappschuesse"), nlohmann::json::array());
-    EXPECT_EQ(j.at("icloud"), nlohmann::json::array());
-    EXPECT_TRUE(j.at("optimierenAn").is_null());
+    j.erase("systemdaten");
+    EXPECT_EQ(j, nlohmann::json::parse(R"({"schnappschuesse": [], "icloud": [], "optimierenAn": null})"));
 }
 
 }  // namespace
