@@ -279,14 +279,20 @@ const bool programmeRegistriert = registriere({
 // ---------------------------------------------------------------- tricks
 
 int tricks(const Kontext& k) {
-    const Umgebung u{k.home, k.temp, false, nullptr, {}};
+    const Umgebung u{k.home, k.temp, false, nullptr, {}, k.profil};
+    const TricksTexte texte = tricksTexte(k.profil);
     Fortschritt fortschritt;
     fortschritt.zeige("Messe Systemdaten …");
     const auto zeilen = Systemdaten::messen(u);
-    const auto schnappschuesse = Schnappschuesse::alle();
-    fortschritt.zeige("Suche iCloud-Dateien, die auf dem Mac liegen …");
-    const auto cloud = ICloud::geladen(u);
-    const auto optimieren = ICloud::optimierenAn();
+    std::vector<Schnappschuss> schnappschuesse;
+    if (texte.mitSchnappschuessen) schnappschuesse = Schnappschuesse::alle();
+    std::vector<ICloudOrdner> cloud;
+    std::optional<bool> optimieren;
+    if (texte.mitCloud) {
+        fortschritt.zeige("Suche iCloud-Dateien, die auf dem Mac liegen …");
+        cloud = ICloud::geladen(u);
+        optimieren = ICloud::optimierenAn();
+    }
     fortschritt.fertig();
 
     if (k.json) {
@@ -313,21 +319,28 @@ int tricks(const Kontext& k) {
         std::printf("%12s  %s\n", p.bytes ? alsBytes(*p.bytes).c_str() : "", p.titel.c_str());
         std::printf("              %s\n", p.erklaerung.c_str());
     }
-    std::printf("\nLokale Schnappschüsse\n");
-    if (schnappschuesse.empty()) std::printf("  keine\n");
-    for (const auto& x : schnappschuesse) std::printf("  %s  %s\n", tag(x.datum).c_str(), x.name.c_str());
-    std::printf("\niCloud-Ordner, die vollständig auf dem Mac liegen\n");
-    if (cloud.empty()) std::printf("  keine\n");
-    for (const auto& o : cloud)
-        std::printf("%12s  %s (%zu Dateien, zuletzt geöffnet %s)\n", alsBytes(o.bytes).c_str(), o.name.c_str(),
-                    o.dateien.size(), tag(o.zuletztGeoeffnet).c_str());
-    if (optimieren) std::printf("Mac-Speicher optimieren: %s\n", *optimieren ? "an" : "aus");
+    if (texte.mitSchnappschuessen) {
+        std::printf("\nLokale Schnappschüsse\n");
+        if (schnappschuesse.empty()) std::printf("  keine\n");
+        for (const auto& x : schnappschuesse) std::printf("  %s  %s\n", tag(x.datum).c_str(), x.name.c_str());
+    }
+    if (texte.mitCloud) {
+        std::printf("\niCloud-Ordner, die vollständig auf dem Mac liegen\n");
+        if (cloud.empty()) std::printf("  keine\n");
+        for (const auto& o : cloud)
+            std::printf("%12s  %s (%zu Dateien, zuletzt geöffnet %s)\n", alsBytes(o.bytes).c_str(), o.name.c_str(),
+                        o.dateien.size(), tag(o.zuletztGeoeffnet).c_str());
+        if (optimieren) std::printf("Mac-Speicher optimieren: %s\n", *optimieren ? "an" : "aus");
+    }
+    if (!texte.hinweis.empty()) std::printf("\n%s\n", texte.hinweis.c_str());
     return 0;
 }
 
 const bool tricksRegistriert = registriere({
     .name = "tricks",
-    .beschreibung = "Systemdaten aufschlüsseln, lokale Schnappschüsse und iCloud-Dateien auf dem Mac zeigen",
+    .beschreibung = standardProfil == Katalogprofil::macos
+                        ? "Systemdaten aufschlüsseln, lokale Schnappschüsse und iCloud-Dateien auf dem Mac zeigen"
+                        : "Systemdaten aufschlüsseln: Swap, temporäre Dateien, Systemprotokoll",
     .reihenfolge = 52,
     .optionen = nullptr,
     .ausfuehren = tricks,

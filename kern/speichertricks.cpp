@@ -338,6 +338,20 @@ SystemdatenPosten linuxJournal(const fs::path& ordner, const Groesse::Messung& m
 
 }  // namespace
 
+SystemdatenPosten linuxTemp(const fs::path& ordner, const Groesse::Messung& messung, std::optional<bool> imSpeicher) {
+    const bool speicher = imSpeicher.value_or(false);
+    SystemdatenPosten p{std::string(tempTitel), messung.angehalten ? std::nullopt : std::optional(messung.bytes),
+                        "Zwischenablagen von Programmen (" + ordner.native() + ")."};
+    if (speicher) {
+        p.titel += " (im Arbeitsspeicher)";
+        p.erklaerung += " Der Ordner liegt auf einem tmpfs: Die Zahl ist Arbeitsspeicher (oder Swap), kein "
+                        "Plattenplatz, und ein Neustart leert ihn.";
+    }
+    p.erklaerung += " Gezählt wird alles darin, nicht nur deine Dateien; deine alten räumt Hainbrem unter "
+                    "„Aufräumen“ weg.";
+    return p;
+}
+
 std::vector<SystemdatenPosten> messen(const Umgebung& umgebung, const Ausfuehrer& ausfuehren, Steuerung* steuerung) {
     Steuerung ersatz;  // when the caller passed none
     Steuerung& s = steuerung ? *steuerung : ersatz;
@@ -356,10 +370,7 @@ std::vector<SystemdatenPosten> messen(const Umgebung& umgebung, const Ausfuehrer
     }
     std::vector<SystemdatenPosten> zeilen;
     zeilen.push_back(linuxSwap(plattform::swapBereiche()));
-    zeilen.push_back({std::string(tempTitel), temp.angehalten ? std::nullopt : std::optional(temp.bytes),
-                      "Zwischenablagen von Programmen (" + tempOrdner.native() +
-                          "). Gezählt wird alles darin, nicht nur deine Dateien; deine alten räumt Hainbrem unter "
-                          "„Aufräumen“ weg."});
+    zeilen.push_back(linuxTemp(tempOrdner, temp, plattform::imArbeitsspeicher(tempOrdner)));
     std::error_code f;
     const bool da = fs::is_directory(umgebung.journalOrdner, f);
     const Groesse::Messung journal = da ? Groesse::miss(umgebung.journalOrdner, 2, &innen) : Groesse::Messung{};
@@ -369,4 +380,25 @@ std::vector<SystemdatenPosten> messen(const Umgebung& umgebung, const Ausfuehrer
 }
 
 }  // namespace Systemdaten
+
+TricksTexte tricksTexte(Katalogprofil profil) {
+    if (profil == Katalogprofil::macos)
+        return {true, true,
+                "Platz, den kein Löschen erreicht: Cloud-Dateien, die ganz hier liegen, lokale Schnappschüsse und der "
+                "Block „Systemdaten“.",
+                "Hainbrem sucht Cloud-Dateien, die ganz hier liegen, listet lokale Schnappschüsse und schlüsselt die "
+                "Systemdaten auf.",
+                "Misst Cloud-Dateien, Schnappschüsse und Systemdaten …", "", "icloud"};
+    // Btrfs and ZFS snapshots do hold space here, but nobody measures them: say so instead of
+    // pretending there are none
+    return {false, false,
+            "Platz, den kein Löschen erreicht: Swap, temporäre Dateien und das Systemprotokoll.",
+            "Hainbrem schlüsselt auf, was Swap, temporäre Dateien und das Systemprotokoll belegen.",
+            "Misst Systemdaten …",
+            "Cloud-Dateien, die das System selbst auslagert, und lokale Sicherungs-Schnappschüsse gibt es unter "
+            "Linux nicht. Schnappschüsse von Btrfs oder ZFS (etwa von Snapper oder Timeshift) misst Hainbrem nicht; "
+            "solange sie bestehen, macht Löschen dort keinen Platz frei.",
+            "cpu"};
+}
+
 }  // namespace hainbrem

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "kern/datensaetze.hpp"
+#include "kern/groesse.hpp"
 #include "kern/steuerung.hpp"
 #include "plattform/tricks.hpp"
 
@@ -92,6 +93,10 @@ inline constexpr std::string_view loeschbarTitel = "Löschbarer Speicher";
 inline constexpr std::string_view schnappschussTitel = "Lokale Schnappschüsse: ";
 inline constexpr std::string_view journalTitel = "Systemprotokoll (Journal)";
 
+// The temp row of a Linux desktop. A folder on a tmpfs (`imSpeicher`) holds memory, not disk
+// space: the row still names the size but says so; unknown counts as disk.
+SystemdatenPosten linuxTemp(const fs::path& ordner, const Groesse::Messung& messung, std::optional<bool> imSpeicher);
+
 // The rows for the environment's profile. macOS: four rows in this order: swap, temp area,
 // purgeable, snapshots (count only). Linux: swap, temp area, system journal; there are no
 // snapshots to count and no purgeable space. The control counts rows; stopped, the measured
@@ -113,4 +118,18 @@ std::optional<int64_t> swapAusSwapusage(std::string_view ausgabe);
 std::optional<int64_t> swapGesamt(const Ausfuehrer& ausfuehren = standardAusfuehrer());
 
 }  // namespace Systemdaten
+
+// What the tricks page and command say for a profile. A Linux desktop has neither cloud
+// placeholders nor local backup snapshots: those parts are left out and `hinweis` says why.
+struct TricksTexte {
+    bool mitCloud = true;             // cloud folders and the optimise setting
+    bool mitSchnappschuessen = true;  // local snapshots
+    std::string unterzeile;           // under the page title
+    std::string leer;                 // before the first measurement
+    std::string laeuft;               // while measuring
+    std::string hinweis;              // empty on a Mac
+    std::string symbol;               // of the empty page
+};
+TricksTexte tricksTexte(Katalogprofil profil);
+
 }  // namespace hainbrem

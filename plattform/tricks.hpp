@@ -45,4 +45,8 @@ std::optional<std::vector<SwapBereich>> swapBereicheAus(const std::string& datei
 // per-user temp folder (…/var/folders/xx/yyyy), Linux the temp folder itself.
 std::filesystem::path tempBereich(const std::filesystem::path& temp);
 
+// Whether `ordner` lies on a file system kept in memory (Linux: tmpfs, ramfs), which takes no
+// disk space. Absent when it cannot be asked.
+std::optional<bool> imArbeitsspeicher(const std::filesystem::path& ordner);
+
 }  // namespace hainbrem::plattform

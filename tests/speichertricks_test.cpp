@@ -5,8 +5,10 @@
 #include <ctime>
 #include <fstream>
 #include <iterator>
+#include <map>
 
 #include "kern/groesse.hpp"
+#include "plattform/scan.hpp"
 #include "testordner.hpp"
 
 namespace hainbrem {
@@ -238,6 +240,53 @@ TEST(Systemdaten, LinuxZeilenOhneMacWorte) {
             EXPECT_EQ(z.titel.find(wort), std::string::npos) << z.titel;
             EXPECT_EQ(z.erklaerung.find(wort), std::string::npos) << z.erklaerung;
         }
+}
+
+TEST(Systemdaten, TempAufTmpfsIstKeinPlattenplatz) {
+    struct {
+        std::optional<bool> imSpeicher;
+        bool angehalten;
+        const char* titel;
+        bool tmpfsSatz;
+        std::optional<int64_t> bytes;
+    } faelle[] = {
+        {true, false, "Temporäre Ordner deines Benutzers (im Arbeitsspeicher)", true, 4096},
+        {false, false, "Temporäre Ordner deines Benutzers", false, 4096},
+        {std::nullopt, false, "Temporäre Ordner deines Benutzers", false, 4096},  // unknown: disk
+        {true, true, "Temporäre Ordner deines Benutzers (im Arbeitsspeicher)", true, std::nullopt},
+    };
+    for (const auto& f : faelle) {
+        const auto p = Systemdaten::linuxTemp("/tmp", {4096, 0, f.angehalten}, f.imSpeicher);
+        EXPECT_EQ(p.titel, f.titel);
+        EXPECT_EQ(p.bytes, f.bytes);
+        EXPECT_EQ(p.erklaerung.find("kein Plattenplatz") != std::string::npos, f.tmpfsSatz) << p.erklaerung;
+        EXPECT_EQ(p.erklaerung.find("Zwischenablagen von Programmen (/tmp). "), 0u) << p.erklaerung;
+    }
+    EXPECT_EQ(plattform::imArbeitsspeicher("/gibt/es/nicht"), std::nullopt);
+    EXPECT_EQ(plattform::imArbeitsspeicher("/proc"), false);
+    std::map<std::string, std::string> oben;  // the last mount on a point hides those below
+    for (const auto& e : plattform::einhaengTabelle()) oben[e.punkt] = e.typ;
+    for (const auto& [punkt, typ] : oben)  // such as /dev/shm
+        if (typ == "tmpfs") {
+            EXPECT_EQ(plattform::imArbeitsspeicher(punkt), true) << punkt;
+        }
+}
+
+TEST(TricksTexte, LinuxOhneMacWorteMacUnveraendert) {
+    const auto linux = tricksTexte(Katalogprofil::linuxDesktop);
+    EXPECT_FALSE(linux.mitCloud);
+    EXPECT_FALSE(linux.mitSchnappschuessen);
+    for (const std::string& text : {linux.unterzeile, linux.leer, linux.laeuft, linux.hinweis})
+        for (const char* wort : {"auf dem Mac", "Time Machine", "Finder", "macOS", "/var/folders", "iCloud"})
+            EXPECT_EQ(text.find(wort), std::string::npos) << text;
+    const auto mac = tricksTexte(Katalogprofil::macos);
+    EXPECT_TRUE(mac.mitCloud && mac.mitSchnappschuessen && mac.hinweis.empty());
+    EXPECT_EQ(mac.unterzeile + mac.leer + mac.laeuft,
+              "Platz, den kein Löschen erreicht: Cloud-Dateien, die ganz hier liegen, lokale Schnappschüsse und der "
+              "Block „Systemdaten“."
+              "Hainbrem sucht Cloud-Dateien, die ganz hier liegen, listet lokale Schnappschüsse und schlüsselt die "
+              "Systemdaten auf."
+              "Misst Cloud-Dateien, Schnappschüsse und Systemdaten …");
 }
 
 TEST(ICloud, AnzeigeNamenUndGruppen) {

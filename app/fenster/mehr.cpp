@@ -76,11 +76,10 @@ QString wann(std::optional<Zeitpunkt> t) { return qs(anzeige::vorWann(t, std::ch
 // ---- iCloud & System
 
 TricksSeite::TricksSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), modell_(modell) {
+    const TricksTexte texte = modell_.tricksTexte();
     auto* l = new QVBoxLayout(this);
     l->setContentsMargins(28, 22, 28, 18);
-    auto* kopf = new Seitenkopf(QStringLiteral("iCloud & System"),
-                                QStringLiteral("Platz, den kein Löschen erreicht: Cloud-Dateien, die ganz hier liegen, "
-                                               "lokale Schnappschüsse und der Block „Systemdaten“."));
+    auto* kopf = new Seitenkopf(QStringLiteral("iCloud & System"), qs(texte.unterzeile));
     auto* neu = design::knopf(QStringLiteral("Neu messen"));
     connect(neu, &QPushButton::clicked, &modell_, &AppModell::tricksLaden);
     kopf->knoepfe()->addWidget(neu);
@@ -95,40 +94,51 @@ TricksSeite::TricksSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), 
     il->setSpacing(10);
     rolle->setWidget(inhalt);
 
-    auto abschnitt = [&](const char* symbol, const QString& titel, const QString& text) {
+    // a part of the page in its own box, so that a profile without it can leave it out whole
+    auto teil = [&](bool sichtbar) {
+        auto* w = new QWidget;
+        auto* tl = new QVBoxLayout(w);
+        tl->setContentsMargins(0, 0, 0, 0);
+        tl->setSpacing(10);
+        w->setVisible(sichtbar);
+        il->addWidget(w);
+        return tl;
+    };
+    auto abschnitt = [&](QVBoxLayout* ziel, const char* symbol, const QString& titel, const QString& text) {
         auto* k = new QHBoxLayout;
         k->addWidget(new design::Symbol(symbol, "gruen", 22));
         k->addWidget(design::ueberschrift(titel, 14), 1);
-        il->addSpacing(6);
-        il->addLayout(k);
-        il->addWidget(design::leise(text));
+        ziel->addSpacing(6);
+        ziel->addLayout(k);
+        ziel->addWidget(design::leise(text));
     };
-    abschnitt("icloud", QStringLiteral("Cloud-Dateien, die ganz auf dieser Platte liegen"),
+    QVBoxLayout* cl = teil(texte.mitCloud);
+    abschnitt(cl, "icloud", QStringLiteral("Cloud-Dateien, die ganz auf dieser Platte liegen"),
               QStringLiteral("Auslagern behält sie in der Cloud und gibt den Platz hier frei; geöffnet werden sie "
                              "wieder geladen. Nichts wird gelöscht."));
     optimieren_ = new QLabel;
-    il->addWidget(optimieren_);
+    cl->addWidget(optimieren_);
     icloud_ = tabelle({QStringLiteral("Ordner"), QStringLiteral("Größe"), QStringLiteral("Zuletzt geöffnet"), {}});
-    il->addWidget(icloud_);
+    cl->addWidget(icloud_);
     meldung_ = new QLabel;
     meldung_->setWordWrap(true);
     meldung_->hide();
-    il->addWidget(meldung_);
-    abschnitt("externaldrive.badge.timemachine", QStringLiteral("Lokale Schnappschüsse"),
+    cl->addWidget(meldung_);
+    QVBoxLayout* sl = teil(texte.mitSchnappschuessen);
+    abschnitt(sl, "externaldrive.badge.timemachine", QStringLiteral("Lokale Schnappschüsse"),
               QStringLiteral("Sicherungen der letzten Stunden, die auf der Platte warten, bis die Sicherungsplatte "
                              "wieder da ist. Das System gibt ihren Platz frei, wenn er gebraucht wird."));
     schnappschuesse_ = tabelle({QStringLiteral("Schnappschuss"), QStringLiteral("Von")});
-    il->addWidget(schnappschuesse_);
-    abschnitt("cpu", QStringLiteral("Systemdaten aufgeschlüsselt"),
+    sl->addWidget(schnappschuesse_);
+    abschnitt(il, "cpu", QStringLiteral("Systemdaten aufgeschlüsselt"),
               QStringLiteral("Was in dem undurchsichtigen Block steckt, soweit es sich messen lässt."));
     system_ = tabelle({QStringLiteral("Was"), QStringLiteral("Größe"), QStringLiteral("Erklärung")});
     il->addWidget(system_);
+    if (!texte.hinweis.empty()) il->addWidget(design::leise(qs(texte.hinweis)));
     il->addStretch();
     for (QTableWidget* t : {icloud_, schnappschuesse_, system_}) t->installEventFilter(new BreitenWache(t));
 
-    zustaende_ = new Zustaende({"icloud", QStringLiteral("Noch nicht gemessen"),
-                                QStringLiteral("Hainbrem sucht Cloud-Dateien, die ganz hier liegen, listet lokale "
-                                               "Schnappschüsse und schlüsselt die Systemdaten auf."),
+    zustaende_ = new Zustaende({texte.symbol.c_str(), QStringLiteral("Noch nicht gemessen"), qs(texte.leer),
                                 QStringLiteral("Jetzt messen"), [this] { modell_.tricksLaden(); }},
                                [this] { modell_.anhalten(AppModell::Arbeit::tricks); }, rolle);
     l->addWidget(zustaende_, 1);
@@ -148,7 +158,7 @@ TricksSeite::TricksSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), 
 
 void TricksSeite::fuelle() {
     zustaende_->zeige(modell_.tricksLaeuft(), !modell_.systemdaten().empty(), !modell_.systemdaten().empty(), -1,
-                      QStringLiteral("Misst Cloud-Dateien, Schnappschüsse und Systemdaten …"));
+                      qs(modell_.tricksTexte().laeuft));
     const auto& o = modell_.optimieren();
     optimieren_->setText(!o   ? QStringLiteral("„Speicher optimieren“: nicht bekannt.")
                          : *o ? QStringLiteral("„Speicher optimieren“ ist an: Das System lagert selbst aus, wenn es eng wird.")

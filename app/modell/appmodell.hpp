@@ -143,6 +143,8 @@ public:
     const std::vector<Schnappschuss>& schnappschuesse() const { return schnappschuesse_; }
     const std::vector<SystemdatenPosten>& systemdaten() const { return systemdaten_; }
     bool tricksLaeuft() const { return tricksLaeuft_; }
+    // Which parts the tricks page shows and what it says, for the profile.
+    TricksTexte tricksTexte() const { return hainbrem::tricksTexte(umfeld_.profil); }
     const std::vector<Nachricht>& unterhaltung() const { return unterhaltung_; }
     bool kiDenkt() const { return kiDenkt_; }
     const std::vector<Fund>& kiVorschlag() const { return kiVorschlag_; }

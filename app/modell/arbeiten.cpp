@@ -34,13 +34,17 @@ std::vector<Bauabfall> projekte(const Umgebung& umgebung, Steuerung& st) {
 TricksErgebnis tricks(const Umgebung& umgebung, Steuerung& st) {
     TricksErgebnis r;
     st.gesamt = 4;
-    Steuerung icloud(st.halt);
-    r.icloud = ICloud::geladen(umgebung, &icloud);
+    // the parts a profile does not have are not asked at all; they still count as steps
+    const TricksTexte texte = tricksTexte(umgebung.profil);
+    if (texte.mitCloud) {
+        Steuerung icloud(st.halt);
+        r.icloud = ICloud::geladen(umgebung, &icloud);
+    }
     st.dazu(1);
     if (st.angehalten()) return r;
-    r.optimieren = ICloud::optimierenAn();
+    if (texte.mitCloud) r.optimieren = ICloud::optimierenAn();
     st.dazu(1);
-    r.schnappschuesse = Schnappschuesse::alle();
+    if (texte.mitSchnappschuessen) r.schnappschuesse = Schnappschuesse::alle();
     st.dazu(1);
     if (st.angehalten()) return r;
     Steuerung systemdaten(st.halt);

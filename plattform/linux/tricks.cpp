@@ -1,5 +1,7 @@
 // Linux: no cloud placeholders, no Time Machine; swap from /proc/swaps through libmount.
 #include <libmount.h>
+#include <linux/magic.h>
+#include <sys/vfs.h>
 
 #include <memory>
 
@@ -33,5 +35,11 @@ std::optional<std::vector<SwapBereich>> swapBereicheAus(const std::string& datei
 }
 
 std::filesystem::path tempBereich(const std::filesystem::path& temp) { return temp; }
+
+std::optional<bool> imArbeitsspeicher(const std::filesystem::path& ordner) {
+    struct statfs s {};
+    if (::statfs(ordner.c_str(), &s) != 0) return std::nullopt;
+    return s.f_type == TMPFS_MAGIC || s.f_type == RAMFS_MAGIC;
+}
 
 }  // namespace hainbrem::plattform

@@ -58,4 +58,7 @@ std::filesystem::path tempBereich(const std::filesystem::path& temp) {
     return t.parent_path();
 }
 
+// the temp area lies on the data volume; not asked
+std::optional<bool> imArbeitsspeicher(const std::filesystem::path&) { return std::nullopt; }
+
 }  // namespace hainbrem::plattform
