@@ -58,7 +58,7 @@ Ergebnis<void> ausDemPapierkorb(const fs::path& imPapierkorb, const fs::path& zi
         NSError* fehler = nil;
         if (![NSFileManager.defaultManager moveItemAtURL:url(imPapierkorb) toURL:url(ziel) error:&fehler])
             return Fehlschlag{fehler.localizedDescription ? std::string(fehler.localizedDescription.UTF8String)
-                                                               : std::string(nichtImPapierkorbText)};
+                                                          : std::string(nichtImPapierkorbText)};
         return {};
     }
 }
