@@ -35,4 +35,15 @@ bool gleichOhneFall(std::string_view a, std::string_view b) {
     return true;
 }
 
+bool hatPunktTeil(std::string_view pfad) {
+    for (size_t anfang = 0; anfang <= pfad.size();) {
+        size_t ende = pfad.find('/', anfang);
+        if (ende == std::string_view::npos) ende = pfad.size();
+        const std::string_view teil = pfad.substr(anfang, ende - anfang);
+        if (teil == "." || teil == "..") return true;
+        anfang = ende + 1;
+    }
+    return false;
+}
+
 }  // namespace hainbrem

@@ -20,6 +20,10 @@ bool liegtInOderIst(std::string_view pfad, std::string_view ordner);
 // The part of `pfad` below `ordner`, without the separating "/"; empty when it does not lie in it.
 std::string_view relativ(std::string_view pfad, std::string_view ordner);
 
+// Some part of `pfad` is "." or "..": the kernel resolves those after following links, text
+// operations before them, so such a path is not one to act on.
+bool hatPunktTeil(std::string_view pfad);
+
 constexpr char klein(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 std::string klein(std::string_view text);
 bool gleichOhneFall(std::string_view a, std::string_view b);

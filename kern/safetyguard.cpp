@@ -125,19 +125,6 @@ std::string relativZuHome(const fs::path& p, const fs::path& gegeben, const std:
     return klein(relativZuHomeGenau(p, gegeben, echt));
 }
 
-// "." and ".." are resolved differently by the kernel (after links) and by text operations
-// (before them); a path that needs either is not one we act on.
-bool hatPunktTeil(std::string_view pfad) {
-    for (size_t anfang = 0; anfang <= pfad.size();) {
-        size_t ende = pfad.find('/', anfang);
-        if (ende == std::string_view::npos) ende = pfad.size();
-        const std::string_view teil = pfad.substr(anfang, ende - anfang);
-        if (teil == "." || teil == "..") return true;
-        anfang = ende + 1;
-    }
-    return false;
-}
-
 // Secrets, and browser and mail profiles: refused like the fixed zones, whatever the profile
 // (a Mac user's ~/.password-store is as precious). Inside a browser's or mail program's
 // profile only its cache folders (`cacheNamen`) and crash reports (`absturzberichtNamen`) are

@@ -3,6 +3,7 @@
 // following links, recognising mount points and giving a folder of ours back its owner
 // permissions without following a link.
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <string>
 #include <string_view>
@@ -16,15 +17,24 @@ public:
     Griff() = default;
     explicit Griff(int fd) : fd_(fd) {}
     Griff(Griff&& o) noexcept : fd_(std::exchange(o.fd_, -1)) {}
-    Griff& operator=(Griff&& o) noexcept;
+    Griff& operator=(Griff&& o) noexcept {
+        if (this != &o) {
+            schliesse();
+            fd_ = std::exchange(o.fd_, -1);
+        }
+        return *this;
+    }
     Griff(const Griff&) = delete;
     Griff& operator=(const Griff&) = delete;
-    ~Griff();
+    ~Griff() { schliesse(); }
 
     int fd() const { return fd_; }
     explicit operator bool() const { return fd_ >= 0; }
 
 private:
+    void schliesse() {
+        if (fd_ >= 0) ::close(fd_);
+    }
     int fd_ = -1;
 };
 

@@ -3,6 +3,8 @@
 // changed through an O_PATH descriptor, which a link can't redirect.
 #include "plattform/dateisystem.hpp"
 
+#include "basis/pfade.hpp"
+
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/stat.h>
@@ -24,35 +26,12 @@
 
 namespace hainbrem::plattform {
 
-Griff& Griff::operator=(Griff&& o) noexcept {
-    if (this != &o) {
-        if (fd_ >= 0) ::close(fd_);
-        fd_ = std::exchange(o.fd_, -1);
-    }
-    return *this;
-}
-
-Griff::~Griff() {
-    if (fd_ >= 0) ::close(fd_);
-}
-
 namespace {
 
 std::atomic<bool> schrittweise{false};
 std::atomic<bool> keinOpenat2{false};  // the kernel said ENOSYS once
 
 constexpr int ordnerFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
-
-bool hatPunktTeil(std::string_view rel) {
-    for (size_t anfang = 0; anfang <= rel.size();) {
-        size_t ende = rel.find('/', anfang);
-        if (ende == std::string_view::npos) ende = rel.size();
-        const std::string_view teil = rel.substr(anfang, ende - anfang);
-        if (teil == "." || teil == "..") return true;
-        anfang = ende + 1;
-    }
-    return false;
-}
 
 int schrittFuerSchritt(int basisFd, std::string_view rel) {
     int fd = ::openat(basisFd, ".", ordnerFlags);

@@ -192,17 +192,6 @@ int verschiebeOhneErsetzen(int vonFd, const char* von, int nachFd, const char* n
     return ::renameat(vonFd, von, nachFd, nach) == 0 ? 0 : errno;
 }
 
-bool hatPunktTeil(std::string_view pfad) {
-    for (size_t anfang = 0; anfang <= pfad.size();) {
-        size_t ende = pfad.find('/', anfang);
-        if (ende == std::string_view::npos) ende = pfad.size();
-        const std::string_view teil = pfad.substr(anfang, ende - anfang);
-        if (teil == "." || teil == "..") return true;
-        anfang = ende + 1;
-    }
-    return false;
-}
-
 // The folders of the Trash that `imPapierkorb` names, when it is one known for `home`.
 struct BekannterTrash {
     Griff dateien, infos;
@@ -395,44 +384,6 @@ void papierkorbEintragVergessen(const fs::path& imPapierkorb, const fs::path& ho
     if (::fstatat(trash->dateien.fd(), trash->name.c_str(), &st, AT_SYMLINK_NOFOLLOW) == 0 || errno != ENOENT)
         return;  // still there: its record stays
     ::unlinkat(trash->infos.fd(), (trash->name + ".trashinfo").c_str(), 0);
-}
-
-Ergebnis<Ort> oeffneAufgeloest(const fs::path& pfad) {
-    const std::string& roh = pfad.native();
-    const std::string name = nameVon(roh);
-    if (name.empty() || name == "." || name == "..") return Fehlschlag{"Kein gültiger Pfad"};
-    const auto eltern = echterPfad(elternVon(roh));
-    if (!eltern) return Fehlschlag{"Ordner existiert nicht"};
-    Ort ort;
-    ort.eltern = Griff(oeffneKanonisch(*eltern));
-    if (!ort.eltern) return Fehlschlag{text(-ort.eltern.fd())};
-    struct stat st;
-    if (::fstat(ort.eltern.fd(), &st) != 0) return Fehlschlag{text(errno)};
-    ort.elternPfad = *eltern;
-    ort.name = name;
-    ort.geraet = st.st_dev;
-    ort.inode = st.st_ino;
-    return ort;
-}
-
-Ergebnis<fs::path> inDenPapierkorb(const fs::path& pfad, const fs::path& home) {
-    auto ort = oeffneAufgeloest(pfad);
-    if (!ort) return Fehlschlag{ort.error()};
-    struct stat st;
-    if (::fstatat(ort->eltern.fd(), ort->name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) return Fehlschlag{text(errno)};
-    auto platz = reservierePapierkorb(*ort, home);
-    if (!platz) return Fehlschlag{platz.error()};
-    auto ziel = verschiebeInPapierkorb(*ort, *platz);
-    if (!ziel) return Fehlschlag{ziel.error()};
-    return ziel->datei;
-}
-
-Ergebnis<void> ausDemPapierkorb(const fs::path& imPapierkorb, const fs::path& ziel, const fs::path& home) {
-    auto eintrag = oeffnePapierkorbEintrag(imPapierkorb, home);
-    if (!eintrag) return Fehlschlag{eintrag.error()};
-    auto ort = oeffneAufgeloest(ziel);
-    if (!ort) return Fehlschlag{ort.error()};
-    return ausDemPapierkorb(*eintrag, *ort);
 }
 
 fs::path trashinfoZu(const fs::path& eintrag) {

@@ -14,18 +14,6 @@
 
 namespace hainbrem::plattform {
 
-Griff& Griff::operator=(Griff&& o) noexcept {
-    if (this != &o) {
-        if (fd_ >= 0) ::close(fd_);
-        fd_ = std::exchange(o.fd_, -1);
-    }
-    return *this;
-}
-
-Griff::~Griff() {
-    if (fd_ >= 0) ::close(fd_);
-}
-
 int oeffneOrdnerOhneLinks(int basisFd, std::string_view rel) {
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
     int fd = ::openat(basisFd, ".", flags);

@@ -97,41 +97,6 @@ Ergebnis<void> ausDemPapierkorb(PapierkorbEintrag& eintrag, const Ort& ziel) {
 
 void papierkorbEintragVergessen(const fs::path&, const fs::path&) {}
 
-Ergebnis<Ort> oeffneAufgeloest(const fs::path& pfad) {
-    const std::string roh = pfad.native();
-    const std::string name = nameVon(roh);
-    if (name.empty() || name == "." || name == "..") return Fehlschlag{"Kein gültiger Pfad"};
-    char eltern[PATH_MAX];
-    if (!::realpath(elternVon(roh).c_str(), eltern)) return Fehlschlag{"Ordner existiert nicht"};
-    Ort ort;
-    ort.eltern = Griff(oeffneKanonisch(eltern));
-    struct stat st;
-    if (!ort.eltern || ::fstat(ort.eltern.fd(), &st) != 0) return Fehlschlag{"Ordner existiert nicht"};
-    ort.elternPfad = eltern;
-    ort.name = name;
-    ort.geraet = st.st_dev;
-    ort.inode = st.st_ino;
-    return ort;
-}
-
-Ergebnis<fs::path> inDenPapierkorb(const fs::path& pfad, const fs::path& home) {
-    auto ort = oeffneAufgeloest(pfad);
-    if (!ort) return Fehlschlag{ort.error()};
-    auto platz = reservierePapierkorb(*ort, home);
-    if (!platz) return Fehlschlag{platz.error()};
-    auto ziel = verschiebeInPapierkorb(*ort, *platz);
-    if (!ziel) return Fehlschlag{ziel.error()};
-    return ziel->datei;
-}
-
-Ergebnis<void> ausDemPapierkorb(const fs::path& imPapierkorb, const fs::path& ziel, const fs::path& home) {
-    auto eintrag = oeffnePapierkorbEintrag(imPapierkorb, home);
-    if (!eintrag) return Fehlschlag{eintrag.error()};
-    auto ort = oeffneAufgeloest(ziel);
-    if (!ort) return Fehlschlag{ort.error()};
-    return ausDemPapierkorb(*eintrag, *ort);
-}
-
 fs::path trashinfoZu(const fs::path&) { return {}; }
 
 }  // namespace hainbrem::plattform

@@ -1,0 +1,68 @@
+// What every system's Trash does the same once it can open an item: the ways in and out by path,
+// for tests and tools. Built on Linux and on macOS.
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "plattform/papierkorb.hpp"
+
+namespace hainbrem::plattform {
+
+namespace {
+
+std::string nameVon(const std::string& pfad) {
+    const size_t schnitt = pfad.rfind('/');
+    return schnitt == std::string::npos ? pfad : pfad.substr(schnitt + 1);
+}
+
+std::string elternVon(const std::string& pfad) {
+    const size_t schnitt = pfad.rfind('/');
+    if (schnitt == std::string::npos) return ".";
+    return schnitt == 0 ? "/" : pfad.substr(0, schnitt);
+}
+
+}  // namespace
+
+Ergebnis<Ort> oeffneAufgeloest(const fs::path& pfad) {
+    const std::string& roh = pfad.native();
+    const std::string name = nameVon(roh);
+    if (name.empty() || name == "." || name == "..") return Fehlschlag{"Kein gültiger Pfad"};
+    std::unique_ptr<char, decltype(&std::free)> eltern(::realpath(elternVon(roh).c_str(), nullptr), &std::free);
+    if (!eltern) return Fehlschlag{"Ordner existiert nicht"};
+    Ort ort;
+    ort.eltern = Griff(oeffneKanonisch(eltern.get()));
+    struct stat st;
+    if (!ort.eltern || ::fstat(ort.eltern.fd(), &st) != 0) return Fehlschlag{"Ordner existiert nicht"};
+    ort.elternPfad = eltern.get();
+    ort.name = name;
+    ort.geraet = st.st_dev;
+    ort.inode = st.st_ino;
+    return ort;
+}
+
+Ergebnis<fs::path> inDenPapierkorb(const fs::path& pfad, const fs::path& home) {
+    auto ort = oeffneAufgeloest(pfad);
+    if (!ort) return Fehlschlag{ort.error()};
+    struct stat st;
+    if (::fstatat(ort->eltern.fd(), ort->name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) return Fehlschlag{"Schon weg"};
+    auto platz = reservierePapierkorb(*ort, home);
+    if (!platz) return Fehlschlag{platz.error()};
+    auto ziel = verschiebeInPapierkorb(*ort, *platz);
+    if (!ziel) return Fehlschlag{ziel.error()};
+    return ziel->datei;
+}
+
+Ergebnis<void> ausDemPapierkorb(const fs::path& imPapierkorb, const fs::path& ziel, const fs::path& home) {
+    auto eintrag = oeffnePapierkorbEintrag(imPapierkorb, home);
+    if (!eintrag) return Fehlschlag{eintrag.error()};
+    auto ort = oeffneAufgeloest(ziel);
+    if (!ort) return Fehlschlag{ort.error()};
+    return ausDemPapierkorb(*eintrag, *ort);
+}
+
+}  // namespace hainbrem::plattform
