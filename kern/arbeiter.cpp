@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "kern/eingriff.hpp"
+#include "plattform/faeden.hpp"
 
 namespace hainbrem {
 
@@ -25,7 +26,9 @@ unsigned Arbeiter::kerne(unsigned wenigstens, unsigned hoechstens) {
     return std::clamp(std::thread::hardware_concurrency(), wenigstens, hoechstens);
 }
 
-Arbeiter::Arbeiter(unsigned faeden, Reihenfolge reihenfolge) : reihenfolge_(reihenfolge) { wachse(faeden); }
+Arbeiter::Arbeiter(unsigned faeden, Reihenfolge reihenfolge, Helfer helfer) : reihenfolge_(reihenfolge), rang_(helfer) {
+    wachse(faeden);
+}
 
 void Arbeiter::wachse(unsigned faeden) {
     if (faeden <= 1) return;
@@ -34,7 +37,11 @@ void Arbeiter::wachse(unsigned faeden) {
     try {
         helfer_.reserve(faeden - 1);  // so no started thread is ever lost to a failing push
         while (helfer_.size() + 1 < faeden) {
-            auto schleife = [this] { arbeite([this] { return ende_; }, true); };
+            auto schleife = [this] {
+                // a new thread inherits the rank of the one that starts it: each helper sets its own
+                if (rang_ == Helfer::nachrangig) plattform::nachrangig();
+                arbeite([this] { return ende_; }, true);
+            };
             helfer_.push_back(starter ? starter(schleife) : std::thread(schleife));
             anzahl_.store(static_cast<unsigned>(helfer_.size()), std::memory_order_relaxed);
         }

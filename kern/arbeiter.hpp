@@ -20,9 +20,13 @@ public:
     // Which queued work a free thread takes: the oldest (fair), or the newest, which keeps a
     // depth-first walk deep and its open folders few.
     enum class Reihenfolge { aeltesteZuerst, neuesteZuerst };
+    // How the helpers run: like any thread, or behind every ordinary thread of the machine (a
+    // long walk that must not slow the window). The caller's own thread stays as it is.
+    enum class Helfer { gleichrangig, nachrangig };
 
     // Up to `faeden` threads in all: `faeden` − 1 helpers plus the caller, who works in `warte`.
-    explicit Arbeiter(unsigned faeden, Reihenfolge reihenfolge = Reihenfolge::aeltesteZuerst);
+    explicit Arbeiter(unsigned faeden, Reihenfolge reihenfolge = Reihenfolge::aeltesteZuerst,
+                      Helfer helfer = Helfer::gleichrangig);
     // Ends the helpers. Every caller has waited for its own work by then.
     ~Arbeiter();
     Arbeiter(const Arbeiter&) = delete;
@@ -110,6 +114,7 @@ private:
     }
 
     const Reihenfolge reihenfolge_;
+    const Helfer rang_;
     std::mutex sperre_;
     std::condition_variable cvFrei_;
     std::condition_variable cvBedingt_;

@@ -526,7 +526,7 @@ unsigned Scan::faeden() { return Arbeiter::kerne(2, 8); }
 
 Scan::Scan(const Lauf& lauf, const std::set<std::string, std::less<>>& aufteilen, Steuerung* steuerung)
     : s_(steuerung ? *steuerung : ersatz_),
-      arbeiter_(faeden()),
+      arbeiter_(faeden(), Arbeiter::Reihenfolge::aeltesteZuerst, Arbeiter::Helfer::nachrangig),
       zuwachs_(arbeiter_),
       kontext_{lauf, aufteilen, sammler_, s_, arbeiter_, zuwachs_, lauf.kandidatenWurzel + "/Library"} {}
 
@@ -556,7 +556,7 @@ TiefenscanErgebnis Scan::ergebnis(Knoten::Zeiger wurzel, std::chrono::steady_clo
 
 Knoten::Zeiger scanne(const std::string& pfad, const std::set<std::string, std::less<>>& aufteilen,
                       const Lauf& lauf, Sammler& sammler, Steuerung& steuerung) {
-    Arbeiter arbeiter(Scan::faeden());
+    Arbeiter arbeiter(Scan::faeden(), Arbeiter::Reihenfolge::aeltesteZuerst, Arbeiter::Helfer::nachrangig);
     Zuwachs zuwachs(arbeiter);
     Kontext k{lauf, aufteilen, sammler, steuerung, arbeiter, zuwachs, lauf.kandidatenWurzel + "/Library"};
     return teile(k, pfad);

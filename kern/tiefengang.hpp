@@ -58,7 +58,9 @@ struct Kontext {
     std::string bibliothek;  // kandidatenWurzel + "/Library"
 };
 
-// One scan: its own pool and collector; its roots are scanned side by side.
+// One scan: its own pool and collector; its roots are scanned side by side. The pool's helpers
+// run behind every ordinary thread of the machine: a cold walk keeps dozens of them busy, and
+// the window must still answer at once. The caller's thread keeps its rank.
 class Scan {
 public:
     Scan(const Lauf& lauf, const std::set<std::string, std::less<>>& aufteilen, Steuerung* steuerung);

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <latch>
+#include <mutex>
 #include <system_error>
 
 #include "fixture_home.hpp"
@@ -17,6 +19,7 @@
 #include "kern/speichertricks.hpp"
 #include "kern/tiefengang.hpp"
 #include "kern/tiefenscan.hpp"
+#include "plattform/faeden.hpp"
 
 namespace hainbrem {
 namespace {
@@ -157,6 +160,97 @@ TEST(Arbeiter, TiefenscanWaechstOhneZuVerlieren) {
             EXPECT_EQ(ist.wurzel->kinder[i]->bytes, soll.wurzel->kinder[i]->bytes) << ist.wurzel->kinder[i]->pfad;
     }
     Tiefenscan::Zuwachs::setzeMessung(alt);
+}
+
+// Whether a thread can be put behind the others here at all (a container may forbid it).
+bool nachrangMoeglich() {
+    bool ok = false;
+    std::thread([&] { ok = plattform::nachrangig() && plattform::laeuftNachrangig(); }).join();
+    return ok;
+}
+
+// Notes, as each helper ends, whether it ran behind the others.
+class RangZeugen {
+public:
+    RangZeugen()
+        : alt_(Arbeiter::setzeStarter([this](std::function<void()> f) {
+              return std::thread([this, f = std::move(f)] {
+                  f();
+                  std::lock_guard lock(sperre_);
+                  raenge_.push_back(plattform::laeuftNachrangig());
+              });
+          })) {}
+    ~RangZeugen() { Arbeiter::setzeStarter(std::move(alt_)); }
+    std::vector<bool> raenge() {
+        std::lock_guard lock(sperre_);
+        return raenge_;
+    }
+
+private:
+    std::mutex sperre_;
+    std::vector<bool> raenge_;
+    Arbeiter::Starter alt_;
+};
+
+// Helpers give way only where their pool says so; the thread that waits and works along keeps
+// its rank either way (in the application it is the model's).
+TEST(Arbeiter, NurNachrangigeHelferTretenZurueck) {
+    if (!nachrangMoeglich()) GTEST_SKIP() << "das System lässt keinen Faden zurücktreten";
+    for (const auto helfer : {Arbeiter::Helfer::gleichrangig, Arbeiter::Helfer::nachrangig}) {
+        const bool soll = helfer == Arbeiter::Helfer::nachrangig;
+        std::vector<bool> helferRang;
+        {
+            RangZeugen zeugen;
+            Arbeiter a(4, Arbeiter::Reihenfolge::aeltesteZuerst, helfer);
+            ASSERT_EQ(a.faeden(), 4u);
+            // each thread holds one piece until all four have one: every thread of the pool runs one
+            std::latch alle(4);
+            std::mutex sperre;
+            std::vector<std::pair<bool, bool>> gesehen;  // (caller, behind the others)
+            const auto aufrufer = std::this_thread::get_id();
+            a.fuerAlle(4, [&](size_t) {
+                const bool rang = plattform::laeuftNachrangig();
+                {
+                    std::lock_guard lock(sperre);
+                    gesehen.emplace_back(std::this_thread::get_id() == aufrufer, rang);
+                }
+                alle.arrive_and_wait();
+            });
+            ASSERT_EQ(gesehen.size(), 4u);
+            EXPECT_EQ(std::count(gesehen.begin(), gesehen.end(), std::pair{true, false}), 1) << soll;
+            EXPECT_EQ(std::count(gesehen.begin(), gesehen.end(), std::pair{false, soll}), 3) << soll;
+        }
+        EXPECT_FALSE(plattform::laeuftNachrangig());
+    }
+}
+
+// A scan's helpers give way, also those it starts as it grows; its caller and the pools of
+// other work keep their rank.
+TEST(Arbeiter, ScanTrittZurueckDerRestNicht) {
+    if (!nachrangMoeglich()) GTEST_SKIP() << "das System lässt keinen Faden zurücktreten";
+    test::Testordner t;
+    for (int i = 0; i < 6000; ++i)
+        t.datei("baum/t" + std::to_string(i % 5) + "/u" + std::to_string(i % 37) + "/f" + std::to_string(i), 1);
+    const auto alt = Tiefenscan::Zuwachs::setzeMessung({[] { return std::chrono::nanoseconds(0); }, {}});
+    std::vector<bool> scan;
+    {
+        RangZeugen zeugen;
+        ASSERT_TRUE(Tiefenscan::scanneOrdner(t / "baum", "").wurzel);
+        scan = zeugen.raenge();
+    }
+    Tiefenscan::Zuwachs::setzeMessung(alt);
+    ASSERT_FALSE(scan.empty());
+    EXPECT_EQ(std::count(scan.begin(), scan.end(), true), static_cast<long>(scan.size()));
+    EXPECT_FALSE(plattform::laeuftNachrangig());
+
+    std::vector<bool> messen;
+    {
+        RangZeugen zeugen;
+        EXPECT_GT(Groesse::miss(t / "baum", 4).bytes, 0);
+        messen = zeugen.raenge();
+    }
+    EXPECT_EQ(messen.size(), 3u);
+    EXPECT_EQ(std::count(messen.begin(), messen.end(), true), 0);
 }
 
 TEST(Steuerung, JederVorgangHaeltAnUndLiefertEinenTeil) {
