@@ -17,6 +17,7 @@
 #include <memory>
 
 #include "basis/pfade.hpp"
+#include "basis/systemfehler.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem::plattform {
@@ -35,7 +36,7 @@ std::string text(int nummer) {
         case EBUSY: return "Wird gerade benutzt";
         case ELOOP: return "Ein Ordner auf dem Weg ist ein symbolischer Link";
         case ENAMETOOLONG: return "Name zu lang für den Papierkorb";
-        default: return std::string("Systemfehler: ") + std::strerror(nummer);
+        default: return systemFehler(nummer);
     }
 }
 
