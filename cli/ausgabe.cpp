@@ -1,6 +1,7 @@
 #include "cli/ausgabe.hpp"
 
 #include "basis/pfade.hpp"
+#include "basis/systemfehler.hpp"
 #include "basis/zeichen.hpp"
 #include "kern/kodierung.hpp"
 #include "kern/verlauf.hpp"
@@ -8,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <ctime>
 #include <iostream>
@@ -77,6 +79,14 @@ std::string kurzerPfad(const std::filesystem::path& pfad, const std::filesystem:
 }
 
 std::string zeige(std::string_view text) { return sichtbar(text); }
+
+std::string hilfsprogrammFehlt(const std::string& wer, const std::filesystem::path& programm, int nummer) {
+    if (nummer == ENOENT)
+        return wer + " ist in diesem Build nicht dabei: „" + programm.native() +
+               "“ fehlt. Er braucht Qt und wird nur mit der Anwendung gebaut: „bash werkzeuge/einrichten.sh --alles“ "
+               "baut ihn, danach ruf build/release/cli/hainbrem auf.";
+    return wer + " „" + programm.native() + "“ lässt sich nicht starten: " + systemFehler(nummer) + ".";
+}
 
 std::string isoDatum(Zeitpunkt t) { return isoZeit(t); }
 

@@ -30,6 +30,10 @@ std::string kurzerPfad(const std::filesystem::path& pfad, const std::filesystem:
 // Any other text that may hold a name, escaped the same way.
 std::string zeige(std::string_view text);
 
+// Why a helper program beside this one (hainbrem-waechter, hainbrem-frage) did not start, for
+// `wer` ("Der Wächter"): a build without Qt has none, and says how to get one.
+std::string hilfsprogrammFehlt(const std::string& wer, const std::filesystem::path& programm, int nummer);
+
 // ISO 8601 in UTC, "2026-11-15T20:35:00Z".
 std::string isoDatum(Zeitpunkt t);
 json datumOderNull(const std::optional<Zeitpunkt>& t);

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <optional>
 #include <string>
 #include <vector>
@@ -42,8 +41,7 @@ int frage(const Kontext& k) {
     argv.push_back(nullptr);
     std::fflush(nullptr);
     ::execv(programm.c_str(), argv.data());
-    return fehler("Der Assistent „" + programm.native() + "“ lässt sich nicht starten (" + std::strerror(errno) +
-                  "). Er wird nur mit der Qt-Anwendung gebaut.");
+    return fehler(hilfsprogrammFehlt("Der Assistent", programm, errno));
 }
 
 const bool registriert = registriere({
@@ -52,10 +50,12 @@ const bool registriert = registriere({
         "Den Assistenten auf einem lokalen Sprachmodell fragen; seine Vorschläge wie beim Aufräumen bestätigen",
     .reihenfolge = 80,
     .optionen =
-        [](CLI::App& a) {
-            a.add_option("text", opt.text, "Die Frage (Anführungszeichen nicht nötig)")->required();
-            a.add_option("--adresse", opt.adresse, "Adresse des Sprachmodells (sonst die Einstellung kiAdresse)");
-            a.add_option("--modell", opt.modell, "Name des Modells (sonst kiModell, sonst das erste dort)");
+        [](CLI::App& a, Katalogprofil) {
+            a.add_option("TEXT", opt.text, "Die Frage (Anführungszeichen nicht nötig)")->type_name("")->required();
+            a.add_option("--adresse", opt.adresse, "Adresse des Sprachmodells (sonst die Einstellung kiAdresse)")
+                ->type_name("URL");
+            a.add_option("--modell", opt.modell, "Name des Modells (sonst kiModell, sonst das erste dort)")
+                ->type_name("NAME");
             a.add_flag("--probelauf", opt.probelauf, "Nur zeigen, was mit den Vorschlägen geschähe; nichts anfassen");
             a.add_flag("--ja", opt.ja, "Vorschläge ohne Rückfrage ausführen");
         },

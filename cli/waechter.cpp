@@ -5,10 +5,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <string>
 #include <vector>
 
+#include "cli/aufruf.hpp"
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
 #include "plattform/plattform.hpp"
@@ -32,8 +32,7 @@ int waechter(const Kontext& k) {
     argv.push_back(nullptr);
     std::fflush(nullptr);
     ::execv(programm.c_str(), argv.data());
-    return fehler("Der Wächter „" + programm.native() + "“ lässt sich nicht starten (" + std::strerror(errno) +
-                  "). Er wird nur mit der Qt-Anwendung gebaut.");
+    return fehler(hilfsprogrammFehlt("Der Wächter", programm, errno));
 }
 
 const bool registriert = registriere({
@@ -41,9 +40,10 @@ const bool registriert = registriere({
     .beschreibung = "Freien Platz alle 20 Sekunden lesen, jede Änderung zeigen und knappen Platz melden (bis Strg-C)",
     .reihenfolge = 90,
     .optionen =
-        [](CLI::App& a) {
-            a.add_option("--grenze", grenzeGB, "Warnen unter so vielen GB (sonst die Einstellung, 10 GB)")
-                ->check(CLI::Range(0.0, 1e9));
+        [](CLI::App& a, Katalogprofil) {
+            a.add_option("--grenze", grenzeGB, "Warnen unter so vielen GB (sonst die Einstellung warnGrenzeGB, 10 GB)")
+                ->type_name("GB")
+                ->transform(kommazahl(0, 1'000'000));  // a transform: it rewrites "2,5" for the C library
         },
     .ausfuehren = waechter,
 });
