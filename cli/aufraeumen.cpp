@@ -10,6 +10,7 @@
 
 #include "basis/pfade.hpp"
 #include "basis/systemfehler.hpp"
+#include "basis/zeit.hpp"
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
 #include "cli/pfadangabe.hpp"
@@ -29,14 +30,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string ortszeit(Zeitpunkt t) {
-    const std::time_t s = std::chrono::system_clock::to_time_t(t);
-    std::tm tm{};
-    localtime_r(&s, &tm);
-    char puffer[32];
-    std::strftime(puffer, sizeof puffer, "%d.%m.%Y %H:%M", &tm);
-    return puffer;
-}
+std::string ortszeit(Zeitpunkt t) { return zeitText(t, "%d.%m.%Y %H:%M", Zone::ort); }
 
 void meldeVerlauf(const Verlauf& v) {
     if (const auto h = v.hinweis()) warnung(*h);

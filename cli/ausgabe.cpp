@@ -3,6 +3,7 @@
 #include "basis/pfade.hpp"
 #include "basis/systemfehler.hpp"
 #include "basis/zeichen.hpp"
+#include "basis/zeit.hpp"
 #include "kern/kodierung.hpp"
 #include "kern/verlauf.hpp"
 
@@ -80,27 +81,19 @@ std::string kurzerPfad(const std::filesystem::path& pfad, const std::filesystem:
 
 std::string zeige(std::string_view text) { return sichtbar(text); }
 
-std::string hilfsprogrammFehlt(const std::string& wer, const std::filesystem::path& programm, int nummer) {
+std::string hilfsprogrammFehlt(const std::string& befehl, const std::filesystem::path& programm, int nummer) {
     if (nummer == ENOENT)
-        return wer + " ist in diesem Build nicht dabei: „" + programm.native() +
-               "“ fehlt. Er braucht Qt und wird nur mit der Anwendung gebaut: „bash werkzeuge/einrichten.sh --alles“ "
-               "baut ihn, danach ruf build/release/cli/hainbrem auf.";
-    return wer + " „" + programm.native() + "“ lässt sich nicht starten: " + systemFehler(nummer) + ".";
+        return "„" + befehl + "“ ist in diesem Build nicht dabei: „" + programm.native() +
+               "“ fehlt. Das Programm braucht Qt und wird nur mit der Anwendung gebaut: „bash werkzeuge/einrichten.sh "
+               "--alles“ baut es, danach ruf build/release/cli/hainbrem auf.";
+    return "„" + programm.native() + "“ lässt sich nicht starten: " + systemFehler(nummer) + ".";
 }
 
 std::string isoDatum(Zeitpunkt t) { return isoZeit(t); }
 
 json datumOderNull(const std::optional<Zeitpunkt>& t) { return t ? json(isoDatum(*t)) : json(nullptr); }
 
-std::string tagesDatum(const std::optional<Zeitpunkt>& t) {
-    if (!t) return "–";
-    const std::time_t s = std::chrono::system_clock::to_time_t(*t);
-    std::tm tm{};
-    localtime_r(&s, &tm);
-    char puffer[16];
-    std::strftime(puffer, sizeof puffer, "%d.%m.%Y", &tm);
-    return puffer;
-}
+std::string tagesDatum(const std::optional<Zeitpunkt>& t) { return t ? zeitText(*t, "%d.%m.%Y", Zone::ort) : "–"; }
 
 json alsJson(const Fund& f) {
     json j;

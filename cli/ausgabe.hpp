@@ -30,9 +30,9 @@ std::string kurzerPfad(const std::filesystem::path& pfad, const std::filesystem:
 // Any other text that may hold a name, escaped the same way.
 std::string zeige(std::string_view text);
 
-// Why a helper program beside this one (hainbrem-waechter, hainbrem-frage) did not start, for
-// `wer` ("Der Wächter"): a build without Qt has none, and says how to get one.
-std::string hilfsprogrammFehlt(const std::string& wer, const std::filesystem::path& programm, int nummer);
+// Why the helper program beside this one (hainbrem-waechter, hainbrem-frage) that `befehl`
+// ("hainbrem waechter") runs did not start: a build without Qt has none; it says how to get one.
+std::string hilfsprogrammFehlt(const std::string& befehl, const std::filesystem::path& programm, int nummer);
 
 // ISO 8601 in UTC, "2026-11-15T20:35:00Z".
 std::string isoDatum(Zeitpunkt t);

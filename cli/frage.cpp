@@ -41,7 +41,7 @@ int frage(const Kontext& k) {
     argv.push_back(nullptr);
     std::fflush(nullptr);
     ::execv(programm.c_str(), argv.data());
-    return fehler(hilfsprogrammFehlt("Der Assistent", programm, errno));
+    return fehler(hilfsprogrammFehlt("hainbrem frage", programm, errno));
 }
 
 const bool registriert = registriere({

@@ -109,15 +109,15 @@ public:
         for (const int s : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signale_, s);
         ::pthread_sigmask(SIG_BLOCK, &signale_, &vorher_);
         try {
-            waechter_ = std::thread([this] { warte(); });
+            signalFaden_ = std::thread([this] { warte(); });
         } catch (const std::system_error&) {
             ::pthread_sigmask(SIG_SETMASK, &vorher_, nullptr);  // no thread: the signals act as usual
         }
     }
     ~Anhalter() {
         ende_.store(true);
-        if (waechter_.joinable()) {
-            waechter_.join();
+        if (signalFaden_.joinable()) {
+            signalFaden_.join();
             ::pthread_sigmask(SIG_SETMASK, &vorher_, nullptr);
         }
     }
@@ -145,7 +145,7 @@ private:
     sigset_t signale_{}, vorher_{};
     std::atomic<bool> ende_{false};
     std::atomic<int> signal_{0};
-    std::thread waechter_;
+    std::thread signalFaden_;
 };
 
 }  // namespace

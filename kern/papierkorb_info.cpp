@@ -1,7 +1,7 @@
 #include "kern/papierkorb_info.hpp"
 
-#include <charconv>
-#include <ctime>
+#include "basis/zeit.hpp"
+
 #include <fstream>
 
 namespace hainbrem::PapierkorbInfo {
@@ -14,37 +14,8 @@ std::string_view beschnitten(std::string_view s) {
     return s;
 }
 
-bool zahl(std::string_view s, size_t von, size_t laenge, int& wert) {
-    const char* anfang = s.data() + von;
-    for (size_t i = 0; i < laenge; ++i)
-        if (anfang[i] < '0' || anfang[i] > '9') return false;
-    return std::from_chars(anfang, anfang + laenge, wert).ec == std::errc{};
-}
-
 // "YYYY-MM-DDThh:mm:ss", local time.
-std::optional<Zeitpunkt> lokaleZeit(std::string_view s) {
-    if (s.size() != 19 || s[4] != '-' || s[7] != '-' || s[10] != 'T' || s[13] != ':' || s[16] != ':')
-        return std::nullopt;
-    int jahr, monat, tag, stunde, minute, sekunde;
-    if (!zahl(s, 0, 4, jahr) || !zahl(s, 5, 2, monat) || !zahl(s, 8, 2, tag) || !zahl(s, 11, 2, stunde) ||
-        !zahl(s, 14, 2, minute) || !zahl(s, 17, 2, sekunde))
-        return std::nullopt;
-    std::tm tm{};
-    tm.tm_year = jahr - 1900;
-    tm.tm_mon = monat - 1;
-    tm.tm_mday = tag;
-    tm.tm_hour = stunde;
-    tm.tm_min = minute;
-    tm.tm_sec = sekunde;
-    tm.tm_isdst = -1;
-    std::tm geprueft = tm;
-    const std::time_t t = std::mktime(&geprueft);
-    // mktime quietly rolls 31 February into March; such a date is not a date
-    if (t == static_cast<std::time_t>(-1) || geprueft.tm_mday != tag || geprueft.tm_mon != monat - 1 ||
-        geprueft.tm_year != jahr - 1900 || stunde > 23 || minute > 59 || sekunde > 60)
-        return std::nullopt;
-    return std::chrono::system_clock::from_time_t(t);
-}
+std::optional<Zeitpunkt> lokaleZeit(std::string_view s) { return zeitAus(s, "JJJJ-MM-DDThh:mm:ss", Zone::ort); }
 
 // The value of `schluessel` in the "[Trash Info]" group.
 std::optional<std::string_view> wert(std::string_view inhalt, std::string_view schluessel) {

@@ -1,5 +1,7 @@
 #include "kern/speichertricks.hpp"
 
+#include "basis/zeit.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -161,29 +163,7 @@ std::string Schnappschuss::datumsKennung() const {
 
 namespace Schnappschuesse {
 
-std::optional<Zeitpunkt> datumAus(std::string_view k) {
-    // yyyy-MM-dd-HHmmss, fixed positions
-    if (k.size() != 17 || k[4] != '-' || k[7] != '-' || k[10] != '-') return std::nullopt;
-    for (size_t i = 0; i < k.size(); ++i)
-        if (i != 4 && i != 7 && i != 10 && !istZiffer(k[i])) return std::nullopt;
-    auto zahl = [&](size_t von, size_t laenge) { return static_cast<int>(*ganzzahl(k.substr(von, laenge))); };
-    std::tm t{};
-    t.tm_year = zahl(0, 4) - 1900;
-    t.tm_mon = zahl(5, 2) - 1;
-    t.tm_mday = zahl(8, 2);
-    t.tm_hour = zahl(11, 2);
-    t.tm_min = zahl(13, 2);
-    t.tm_sec = zahl(15, 2);
-    if (t.tm_mon < 0 || t.tm_mon > 11 || t.tm_mday < 1 || t.tm_mday > 31 || t.tm_hour > 23 || t.tm_min > 59 ||
-        t.tm_sec > 60)
-        return std::nullopt;
-    const int tag = t.tm_mday, monat = t.tm_mon;
-    t.tm_isdst = -1;
-    const std::time_t s = std::mktime(&t);
-    // mktime rolls 31 April into May; such a date does not parse
-    if (s == static_cast<std::time_t>(-1) || t.tm_mday != tag || t.tm_mon != monat) return std::nullopt;
-    return std::chrono::system_clock::from_time_t(s);
-}
+std::optional<Zeitpunkt> datumAus(std::string_view k) { return zeitAus(k, "JJJJ-MM-DD-hhmmss", Zone::ort); }
 
 std::vector<Schnappschuss> ausListe(std::string_view ausgabe) {
     std::vector<Schnappschuss> liste;

@@ -77,45 +77,6 @@ std::string neueKennung() {
     return s;
 }
 
-std::string isoZeit(Zeitpunkt t) {
-    const std::time_t s = std::chrono::system_clock::to_time_t(t);
-    std::tm tm{};
-    gmtime_r(&s, &tm);
-    char puffer[32];
-    std::strftime(puffer, sizeof puffer, "%Y-%m-%dT%H:%M:%SZ", &tm);
-    return puffer;
-}
-
-std::optional<Zeitpunkt> ausIsoZeit(std::string_view t) {
-    // exactly YYYY-MM-DDThh:mm:ssZ
-    if (t.size() != 20 || t[4] != '-' || t[7] != '-' || t[10] != 'T' || t[13] != ':' || t[16] != ':' || t[19] != 'Z')
-        return std::nullopt;
-    auto zahl = [&](size_t von, size_t n, int& aus) {
-        aus = 0;
-        for (size_t i = von; i < von + n; ++i) {
-            if (t[i] < '0' || t[i] > '9') return false;
-            aus = aus * 10 + (t[i] - '0');
-        }
-        return true;
-    };
-    int j, mo, ta, h, mi, se;
-    if (!zahl(0, 4, j) || !zahl(5, 2, mo) || !zahl(8, 2, ta) || !zahl(11, 2, h) || !zahl(14, 2, mi) || !zahl(17, 2, se))
-        return std::nullopt;
-    std::tm tm{};
-    tm.tm_year = j - 1900;
-    tm.tm_mon = mo - 1;
-    tm.tm_mday = ta;
-    tm.tm_hour = h;
-    tm.tm_min = mi;
-    tm.tm_sec = se;
-    const std::time_t s = timegm(&tm);
-    // timegm normalises 2026-02-30 to March; such a date is not a date
-    if (tm.tm_year != j - 1900 || tm.tm_mon != mo - 1 || tm.tm_mday != ta || tm.tm_hour != h || tm.tm_min != mi ||
-        tm.tm_sec != se)
-        return std::nullopt;
-    return std::chrono::system_clock::from_time_t(s);
-}
-
 namespace {
 
 bool istKennung(std::string_view s) {
@@ -447,12 +408,8 @@ std::string schreibFehler(const fs::path& datei, int nummer) {
 }
 
 fs::path beiseiteName(const fs::path& datei) {
-    const std::time_t t = std::time(nullptr);
-    std::tm tm{};
-    localtime_r(&t, &tm);
-    char tag[16];
-    std::strftime(tag, sizeof tag, "%Y-%m-%d", &tm);
-    const std::string basis = datei.native() + ".defekt-" + tag;
+    const std::string basis =
+        datei.native() + ".defekt-" + zeitText(std::chrono::system_clock::now(), "%Y-%m-%d", Zone::ort);
     std::error_code e;
     fs::path kandidat = basis;
     for (int n = 2; fs::exists(fs::symlink_status(kandidat, e)); ++n) kandidat = basis + "-" + std::to_string(n);

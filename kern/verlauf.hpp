@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "basis/ergebnis.hpp"
+#include "basis/zeit.hpp"
 #include "kern/datensaetze.hpp"
 
 namespace hainbrem {
@@ -57,9 +58,8 @@ struct Runde {
 
 // A fresh random UUID (version 4) in upper case.
 std::string neueKennung();
-// ISO 8601 in UTC with whole seconds, "2026-11-15T20:35:00Z", and its strict reading.
-std::string isoZeit(Zeitpunkt t);
-std::optional<Zeitpunkt> ausIsoZeit(std::string_view text);
+// ISO 8601 in UTC with whole seconds, "2026-11-15T20:35:00Z", and its strict reading: isoZeit
+// and ausIsoZeit of basis/zeit.hpp.
 
 class Verlauf {
 public:

@@ -74,7 +74,7 @@ void Assistent::setzeSprachmodell(std::unique_ptr<Sprachmodell> sprachmodell) {
         wartend_ = std::move(sprachmodell);
         return;
     }
-    m_.setzeKiSitzungObjekt(nullptr);  // the old session speaks to the old model
+    sitzung_.reset();  // the old session speaks to the old model
     sprachmodell_ = std::move(sprachmodell);
     verfuegbarkeitPruefen();
 }
@@ -82,11 +82,10 @@ void Assistent::setzeSprachmodell(std::unique_ptr<Sprachmodell> sprachmodell) {
 void Assistent::fragen(const std::string& text) {
     const std::string frage = QString::fromStdString(text).trimmed().toStdString();
     if (frage.empty() || m_.kiDenkt()) return;
-    auto* sitzung = dynamic_cast<Sitzung*>(m_.kiSitzungObjekt());
+    auto* sitzung = sitzung_.get();
     if (!sitzung) {
-        auto neu = kiSitzung();
-        sitzung = neu.get();
-        m_.setzeKiSitzungObjekt(std::move(neu));
+        sitzung_ = kiSitzung();
+        sitzung = sitzung_.get();
     }
     const std::string antwortId = neueKennung();
     auto n = m_.unterhaltung();
@@ -115,7 +114,7 @@ void Assistent::fragen(const std::string& text) {
 
 void Assistent::abbrechen() {
     if (!m_.kiDenkt()) return;
-    if (auto* sitzung = dynamic_cast<Sitzung*>(m_.kiSitzungObjekt())) sitzung->abbrechen();
+    if (auto* sitzung = sitzung_.get()) sitzung->abbrechen();
 }
 
 const Assistent::Hinweis* Assistent::hinweis(const std::string& antwortId) const {
@@ -176,7 +175,7 @@ void Assistent::fertig(const std::string& id, const std::optional<KiFehler>& feh
     switch (fehler ? fehler->art : Art::anderer) {
         case Art::kontextVoll:
             // the model forgets, the screen keeps the whole conversation
-            m_.setzeKiSitzungObjekt(kiSitzung());
+            sitzung_ = kiSitzung();
             setzeAntwort(id, zuLangText);
             break;
         case Art::abgeschnitten:

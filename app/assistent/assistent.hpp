@@ -87,6 +87,8 @@ public:
     // A new model (other address or name): the session is dropped, availability asked anew. While
     // an answer streams this waits for its end.
     void setzeSprachmodell(std::unique_ptr<Sprachmodell> sprachmodell);
+    // The language model's session of the conversation; none before the first question.
+    const Sitzung* sitzung() const { return sitzung_.get(); }
 
 signals:
     void verfuegbarkeitGeaendert();
@@ -108,6 +110,8 @@ private:
     Fortgang fortgang_;
     std::chrono::steady_clock::time_point fortgangSeit_{};
     std::map<std::string, Hinweis> hinweise_;
+    // the language model's session: the conversation's state beside what the model shows
+    std::unique_ptr<Sitzung> sitzung_;
 };
 
 }  // namespace hainbrem

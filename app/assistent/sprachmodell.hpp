@@ -71,8 +71,9 @@ struct Fortgang {
     bool operator==(const Fortgang&) const = default;
 };
 
-class Sitzung : public KiSitzung {
+class Sitzung {
 public:
+    virtual ~Sitzung() = default;
     using Schnappschuss = std::function<void(const std::string&)>;
     using Ende = std::function<void(std::optional<KiFehler>)>;
     // Beside each tool call, for a front end that shows what the assistant looks at.

@@ -85,7 +85,7 @@ AppModell::AppModell(Umfeld umfeld, QObject* eltern) : QObject(eltern), umfeld_(
     connect(&fortschrittTakt_, &QTimer::timeout, this, &AppModell::leseFortschritt);
 
     einstellungen_ = std::make_unique<Einstellungen>(umfeld_.einstellungsDatei);
-    waechter_ = std::make_unique<Waechter>(Waechter::Teile{
+    platzmelder_ = std::make_unique<Platzmelder>(Platzmelder::Teile{
         .home = umfeld_.home,
         .takt = umfeld_.takt,
         .wecker = umfeld_.wecker,
@@ -94,9 +94,9 @@ AppModell::AppModell(Umfeld umfeld, QObject* eltern) : QObject(eltern), umfeld_(
         .melden = umfeld_.melden,
         .warnGrenze = [e = einstellungen_.get()] { return e->warnGrenze(); },
     });
-    connect(waechter_.get(), &Waechter::gelesen, this,
+    connect(platzmelder_.get(), &Platzmelder::gelesen, this,
             [this](const Plattenstand& s) { setze(stand_, s, &AppModell::standGeaendert); });
-    connect(waechter_.get(), &Waechter::vollzugriffGelesen, this,
+    connect(platzmelder_.get(), &Platzmelder::vollzugriffGelesen, this,
             [this](bool an) { setze(vollzugriff_, an, &AppModell::vollzugriffGeaendert); });
 
     // 1. the first reading; lists empty, flags false
@@ -113,7 +113,7 @@ AppModell::AppModell(Umfeld umfeld, QObject* eltern) : QObject(eltern), umfeld_(
     // 4.
     verlauf_ = verlaufDatei_->runden();
     // 1 and 5: read the disk and set the level; a disk already under 2 GB is reported at once
-    waechter_->anfangen();
+    platzmelder_->anfangen();
     // 6. and 7., each as its own task on this thread, in this order
     const Einstellungen::Startwerte start = einstellungen_->startwerte(*umfeld_.argumente);
     if (start.testlauf) entsorger_->probelauf = true;
@@ -121,7 +121,7 @@ AppModell::AppModell(Umfeld umfeld, QObject* eltern) : QObject(eltern), umfeld_(
     auto spaeter = [this](void (AppModell::*aktion)()) {
         QMetaObject::invokeMethod(this, aktion, Qt::QueuedConnection);
     };
-    QMetaObject::invokeMethod(waechter_.get(), &Waechter::beobachten, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(platzmelder_.get(), &Platzmelder::beobachten, Qt::QueuedConnection);
     spaeter(&AppModell::platteLesen);
     if (start.scan) spaeter(&AppModell::tiefenscan);
     if (start.pruefen) spaeter(&AppModell::pruefen);
@@ -133,8 +133,10 @@ AppModell::~AppModell() { beenden(); }
 void AppModell::beenden() {
     if (beendet_) return;
     beendet_ = true;
-    waechter_->anhalten();
-    for (auto& [arbeit, lauf] : laeufe_) lauf->stopp.request_stop();
+    platzmelder_->anhalten();
+    for (Aufgabe* a : {&katalogAufgabe_, &scanAufgabe_, &duplikateAufgabe_, &programmeAufgabe_, &projekteAufgabe_,
+                       &tricksAufgabe_})
+        a->anhalten();
     // a disposal asked for but not begun is dropped; one that runs finishes and records its round
     entsorgerFaden_.clear();
     faeden_.waitForDone();
@@ -161,38 +163,37 @@ void AppModell::imHintergrund(QThreadPool& pool, const std::shared_ptr<Lauf>& la
     });
 }
 
-std::shared_ptr<AppModell::Lauf> AppModell::beginne(Arbeit arbeit) {
-    auto lauf = std::make_shared<Lauf>();
-    laeufe_[arbeit] = lauf;
+template <typename Ergebnis, typename Werk, typename Speichere>
+void AppModell::starte(Aufgabe& aufgabe, Werk werk, Speichere speichere, std::function<void(bool)> danach) {
+    auto lauf = aufgabe.beginne();
     if (!fortschrittTakt_.isActive()) fortschrittTakt_.start();
-    return lauf;
+    imHintergrund<Ergebnis>(faeden_, lauf, std::move(werk),
+                            [this, &aufgabe, lauf, speichere = std::move(speichere),
+                             danach = std::move(danach)](Ergebnis&& ergebnis) {
+                                const bool ganz = aufgabe.schliesse(lauf);
+                                speichere(std::move(ergebnis), ganz);
+                                aufgabe.setzeLaeuft(false);
+                                if (!katalogLaeuft() && !scanLaeuft() && !duplikateLaeuft() && !programmeLaeuft() &&
+                                    !bauLaeuft() && !tricksLaeuft())
+                                    fortschrittTakt_.stop();
+                                if (danach) danach(ganz);
+                            });
 }
 
-bool AppModell::schliesse(Arbeit arbeit, const std::shared_ptr<Lauf>& lauf) {
-    leseFortschritt();  // the last counts before the job leaves the list
-    if (auto it = laeufe_.find(arbeit); it != laeufe_.end() && it->second == lauf) laeufe_.erase(it);
-    if (laeufe_.empty()) fortschrittTakt_.stop();
-    return !lauf->stopp.stop_requested();
+Aufgabe& AppModell::aufgabe(Arbeit arbeit) {
+    switch (arbeit) {
+        case Arbeit::katalog: return katalogAufgabe_;
+        case Arbeit::scan: return scanAufgabe_;
+        case Arbeit::duplikate: return duplikateAufgabe_;
+        case Arbeit::programme: return programmeAufgabe_;
+        case Arbeit::projekte: return projekteAufgabe_;
+        case Arbeit::tricks: return tricksAufgabe_;
+    }
+    return katalogAufgabe_;
 }
 
 void AppModell::leseFortschritt() {
-    for (const auto& [arbeit, lauf] : laeufe_) {
-        const Steuerung& st = lauf->steuerung;
-        switch (arbeit) {
-            case Arbeit::katalog:
-                setze(katalogFortschritt_, st.anteil(), &AppModell::katalogFortschrittGeaendert);
-                break;
-            case Arbeit::scan:
-                setze(scanDateien_, st.erledigt.load(), &AppModell::scanDateienGeaendert);
-                setze(scanBytes_, st.bytes.load(), &AppModell::scanBytesGeaendert);
-                break;
-            case Arbeit::duplikate:
-                setze(duplikateFortschritt_, st.anteil(), &AppModell::duplikateFortschrittGeaendert);
-                break;
-            default:
-                break;
-        }
-    }
+    for (const Aufgabe* a : {&katalogAufgabe_, &scanAufgabe_, &duplikateAufgabe_}) a->leseFortschritt();
 }
 
 Umgebung AppModell::umgebung() const {
@@ -209,9 +210,9 @@ Umgebung AppModell::umgebung() const {
 void AppModell::anhalten(Arbeit arbeit) {
     if (arbeit == Arbeit::duplikate && duplikateWartenAufScan_) {
         duplikateWartenAufScan_ = false;
-        setze(duplikateLaeuft_, false, &AppModell::duplikateLaeuftGeaendert);
+        duplikateAufgabe_.setzeLaeuft(false);
     }
-    if (auto it = laeufe_.find(arbeit); it != laeufe_.end()) it->second->stopp.request_stop();
+    aufgabe(arbeit).anhalten();
 }
 
 // ---- derived
@@ -296,32 +297,29 @@ void AppModell::platteLesen() {
         [this](std::optional<Platte>&& p) { setze(platte_, std::move(p), &AppModell::platteGeaendert); });
 }
 
-void AppModell::standAktualisieren() { waechter_->aktualisieren(); }
+void AppModell::standAktualisieren() { platzmelder_->aktualisieren(); }
 
-void AppModell::warnen(Plattenstand::Lage lage) { waechter_->warnen(lage); }
+void AppModell::warnen(Plattenstand::Lage lage) { platzmelder_->warnen(lage); }
 
 void AppModell::pruefen() {
-    if (beendet_ || katalogLaeuft_) return;
-    setze(katalogLaeuft_, true, &AppModell::katalogLaeuftGeaendert);
+    if (beendet_ || katalogLaeuft()) return;
     setze(katalogFortschritt_, 0.0, &AppModell::katalogFortschrittGeaendert);
-    auto lauf = beginne(Arbeit::katalog);
-    imHintergrund<std::vector<RegelErgebnis>>(
-        faeden_, lauf, [this](Steuerung& st) { return arbeiten::pruefen(umgebung(), st); },
-        [this, lauf](std::vector<RegelErgebnis>&& ergebnis) {
-            const bool fertig = schliesse(Arbeit::katalog, lauf);
-            if (fertig) {
-                // added to, never replaced: what the user ticked earlier stays ticked
-                auto neu = auswahl_;
-                for (const auto& e : ergebnis)
-                    for (const auto& f : e.funde)
-                        if (f.vorgewaehlt) neu.insert(f.url.native());
-                setze(katalog_, std::move(ergebnis), &AppModell::katalogGeaendert);
-                setzeAuswahl(std::move(neu));
-                setze(katalogGeprueft_, std::optional<Zeitpunkt>(std::chrono::system_clock::now()),
-                      &AppModell::katalogGeprueftGeaendert);
-            }
-            setze(katalogLaeuft_, false, &AppModell::katalogLaeuftGeaendert);
-            if (!fertig) {
+    starte<std::vector<RegelErgebnis>>(
+        katalogAufgabe_, [this](Steuerung& st) { return arbeiten::pruefen(umgebung(), st); },
+        [this](std::vector<RegelErgebnis>&& ergebnis, bool ganz) {
+            if (!ganz) return;
+            // added to, never replaced: what the user ticked earlier stays ticked
+            auto neu = auswahl_;
+            for (const auto& e : ergebnis)
+                for (const auto& f : e.funde)
+                    if (f.vorgewaehlt) neu.insert(f.url.native());
+            setze(katalog_, std::move(ergebnis), &AppModell::katalogGeaendert);
+            setzeAuswahl(std::move(neu));
+            setze(katalogGeprueft_, std::optional<Zeitpunkt>(std::chrono::system_clock::now()),
+                  &AppModell::katalogGeprueftGeaendert);
+        },
+        [this](bool ganz) {
+            if (!ganz) {
                 notfallWartet_ = false;
                 return;
             }
@@ -337,13 +335,11 @@ void AppModell::notfall() {
 }
 
 void AppModell::tiefenscan() {
-    if (beendet_ || scanLaeuft_) return;
-    setze(scanLaeuft_, true, &AppModell::scanLaeuftGeaendert);
+    if (beendet_ || scanLaeuft()) return;
     setze(scanDateien_, int64_t{0}, &AppModell::scanDateienGeaendert);
     setze(scanBytes_, int64_t{0}, &AppModell::scanBytesGeaendert);
-    auto lauf = beginne(Arbeit::scan);
-    imHintergrund<TiefenscanErgebnis>(
-        faeden_, lauf,
+    starte<TiefenscanErgebnis>(
+        scanAufgabe_,
         [this](Steuerung& st) {
             // full disk access decides what the scan may enter, so it is asked afresh
             const bool vz = umfeld_.vollzugriff(umfeld_.home);
@@ -351,99 +347,85 @@ void AppModell::tiefenscan() {
                 this, [this, vz] { setze(vollzugriff_, vz, &AppModell::vollzugriffGeaendert); }, Qt::QueuedConnection);
             return arbeiten::tiefenscan(umfeld_.home, umfeld_.ganzePlatte, vz, umfeld_.profil, st);
         },
-        [this, lauf](TiefenscanErgebnis&& e) {
-            const bool fertig = schliesse(Arbeit::scan, lauf);
+        [this](TiefenscanErgebnis&& e, bool) {
             // a stopped scan still shows what it found
             setze(scan_, ScanZeiger(std::make_shared<const TiefenscanErgebnis>(std::move(e))),
                   &AppModell::scanGeaendert);
-            setze(scanLaeuft_, false, &AppModell::scanLaeuftGeaendert);
+        },
+        [this](bool ganz) {
             if (!std::exchange(duplikateWartenAufScan_, false)) return;
-            if (fertig)
+            if (ganz)
                 starteDuplikate();
             else
-                setze(duplikateLaeuft_, false, &AppModell::duplikateLaeuftGeaendert);
+                duplikateAufgabe_.setzeLaeuft(false);
         });
 }
 
 void AppModell::duplikateSuchen() {
-    if (beendet_ || duplikateLaeuft_) return;
-    setze(duplikateLaeuft_, true, &AppModell::duplikateLaeuftGeaendert);
+    if (beendet_ || duplikateLaeuft()) return;
     setze(duplikateFortschritt_, 0.0, &AppModell::duplikateFortschrittGeaendert);
     // the candidates of the present scan are reused; a file gone since then simply finds no partner
-    if (scan_ && !scanLaeuft_) {
+    if (scan_ && !scanLaeuft()) {
         starteDuplikate();
         return;
     }
+    duplikateAufgabe_.setzeLaeuft(true);  // waiting for the scan counts as running
     duplikateWartenAufScan_ = true;
     tiefenscan();
 }
 
 void AppModell::starteDuplikate() {
     if (beendet_) return;
-    auto lauf = beginne(Arbeit::duplikate);
-    imHintergrund<std::vector<DuplikatGruppe>>(
-        faeden_, lauf, [scan = scan_](Steuerung& st) { return arbeiten::duplikate(scan->kandidaten, st); },
-        [this, lauf](std::vector<DuplikatGruppe>&& gruppen) {
-            if (schliesse(Arbeit::duplikate, lauf))
-                setze(duplikate_, std::move(gruppen), &AppModell::duplikateGeaendert);
-            setze(duplikateLaeuft_, false, &AppModell::duplikateLaeuftGeaendert);
+    starte<std::vector<DuplikatGruppe>>(
+        duplikateAufgabe_, [scan = scan_](Steuerung& st) { return arbeiten::duplikate(scan->kandidaten, st); },
+        [this](std::vector<DuplikatGruppe>&& gruppen, bool ganz) {
+            if (ganz) setze(duplikate_, std::move(gruppen), &AppModell::duplikateGeaendert);
         });
 }
 
 void AppModell::programmeLaden() {
-    if (beendet_ || programmeLaeuft_) return;
-    setze(programmeLaeuft_, true, &AppModell::programmeLaeuftGeaendert);
-    auto lauf = beginne(Arbeit::programme);
-    imHintergrund<arbeiten::ProgrammeErgebnis>(
-        faeden_, lauf, [this](Steuerung& st) { return arbeiten::programme(umgebung(), umfeld_.programmOrdner, st); },
-        [this, lauf](arbeiten::ProgrammeErgebnis&& r) {
-            if (schliesse(Arbeit::programme, lauf)) {
-                // the leftovers that go with an uninstall unless unticked (orphans never are)
-                auto neu = auswahl_;
-                for (const auto& p : r.programme)
-                    for (const auto& f : p.reste)
-                        if (f.vorgewaehlt) neu.insert(f.url.native());
-                setze(programme_, std::move(r.programme), &AppModell::programmeGeaendert);
-                setze(verwaist_, std::move(r.verwaist), &AppModell::verwaistGeaendert);
-                setzeAuswahl(std::move(neu));
-            }
-            setze(programmeLaeuft_, false, &AppModell::programmeLaeuftGeaendert);
+    if (beendet_ || programmeLaeuft()) return;
+    starte<arbeiten::ProgrammeErgebnis>(
+        programmeAufgabe_,
+        [this](Steuerung& st) { return arbeiten::programme(umgebung(), umfeld_.programmOrdner, st); },
+        [this](arbeiten::ProgrammeErgebnis&& r, bool ganz) {
+            if (!ganz) return;
+            // the leftovers that go with an uninstall unless unticked (orphans never are)
+            auto neu = auswahl_;
+            for (const auto& p : r.programme)
+                for (const auto& f : p.reste)
+                    if (f.vorgewaehlt) neu.insert(f.url.native());
+            setze(programme_, std::move(r.programme), &AppModell::programmeGeaendert);
+            setze(verwaist_, std::move(r.verwaist), &AppModell::verwaistGeaendert);
+            setzeAuswahl(std::move(neu));
         });
 }
 
 void AppModell::projekteSuchen() {
-    if (beendet_ || bauLaeuft_) return;
-    setze(bauLaeuft_, true, &AppModell::bauLaeuftGeaendert);
-    auto lauf = beginne(Arbeit::projekte);
-    imHintergrund<std::vector<Bauabfall>>(
-        faeden_, lauf, [this](Steuerung& st) { return arbeiten::projekte(umgebung(), st); },
-        [this, lauf](std::vector<Bauabfall>&& r) {
-            if (schliesse(Arbeit::projekte, lauf)) {
-                // projects resting long enough come ticked, as the catalog's findings do
-                auto neu = auswahl_;
-                for (const auto& b : r)
-                    if (b.fund.vorgewaehlt) neu.insert(b.fund.url.native());
-                setze(bauabfall_, std::move(r), &AppModell::bauabfallGeaendert);
-                setzeAuswahl(std::move(neu));
-            }
-            setze(bauLaeuft_, false, &AppModell::bauLaeuftGeaendert);
+    if (beendet_ || bauLaeuft()) return;
+    starte<std::vector<Bauabfall>>(
+        projekteAufgabe_, [this](Steuerung& st) { return arbeiten::projekte(umgebung(), st); },
+        [this](std::vector<Bauabfall>&& r, bool ganz) {
+            if (!ganz) return;
+            // projects resting long enough come ticked, as the catalog's findings do
+            auto neu = auswahl_;
+            for (const auto& b : r)
+                if (b.fund.vorgewaehlt) neu.insert(b.fund.url.native());
+            setze(bauabfall_, std::move(r), &AppModell::bauabfallGeaendert);
+            setzeAuswahl(std::move(neu));
         });
 }
 
 void AppModell::tricksLaden() {
-    if (beendet_ || tricksLaeuft_) return;
-    setze(tricksLaeuft_, true, &AppModell::tricksLaeuftGeaendert);
-    auto lauf = beginne(Arbeit::tricks);
-    imHintergrund<arbeiten::TricksErgebnis>(
-        faeden_, lauf, [this](Steuerung& st) { return arbeiten::tricks(umgebung(), st); },
-        [this, lauf](arbeiten::TricksErgebnis&& r) {
-            if (schliesse(Arbeit::tricks, lauf)) {
-                setze(icloud_, std::move(r.icloud), &AppModell::icloudGeaendert);
-                setze(optimieren_, r.optimieren, &AppModell::optimierenGeaendert);
-                setze(schnappschuesse_, std::move(r.schnappschuesse), &AppModell::schnappschuesseGeaendert);
-                setze(systemdaten_, std::move(r.systemdaten), &AppModell::systemdatenGeaendert);
-            }
-            setze(tricksLaeuft_, false, &AppModell::tricksLaeuftGeaendert);
+    if (beendet_ || tricksLaeuft()) return;
+    starte<arbeiten::TricksErgebnis>(
+        tricksAufgabe_, [this](Steuerung& st) { return arbeiten::tricks(umgebung(), st); },
+        [this](arbeiten::TricksErgebnis&& r, bool ganz) {
+            if (!ganz) return;
+            setze(icloud_, std::move(r.icloud), &AppModell::icloudGeaendert);
+            setze(optimieren_, r.optimieren, &AppModell::optimierenGeaendert);
+            setze(schnappschuesse_, std::move(r.schnappschuesse), &AppModell::schnappschuesseGeaendert);
+            setze(systemdaten_, std::move(r.systemdaten), &AppModell::systemdatenGeaendert);
         });
 }
 

@@ -19,9 +19,10 @@
 #include <string>
 #include <vector>
 
+#include "app/modell/aufgabe.hpp"
 #include "app/modell/einstellungen.hpp"
 #include "app/modell/typen.hpp"
-#include "app/modell/waechter.hpp"
+#include "app/modell/platzmelder.hpp"
 #include "kern/duplikate.hpp"
 #include "kern/entsorger.hpp"
 #include "kern/katalog.hpp"
@@ -122,33 +123,32 @@ public:
     const std::optional<Platte>& platte() const { return platte_; }
     bool vollzugriff() const { return vollzugriff_; }
     const std::vector<RegelErgebnis>& katalog() const { return katalog_; }
-    bool katalogLaeuft() const { return katalogLaeuft_; }
+    bool katalogLaeuft() const { return katalogAufgabe_.laeuft(); }
     double katalogFortschritt() const { return katalogFortschritt_; }
     const std::optional<Zeitpunkt>& katalogGeprueft() const { return katalogGeprueft_; }
     const std::set<std::string>& auswahl() const { return auswahl_; }
     const ScanZeiger& scan() const { return scan_; }
-    bool scanLaeuft() const { return scanLaeuft_; }
+    bool scanLaeuft() const { return scanAufgabe_.laeuft(); }
     int64_t scanDateien() const { return scanDateien_; }
     int64_t scanBytes() const { return scanBytes_; }
     const std::vector<DuplikatGruppe>& duplikate() const { return duplikate_; }
-    bool duplikateLaeuft() const { return duplikateLaeuft_; }
+    bool duplikateLaeuft() const { return duplikateAufgabe_.laeuft(); }
     double duplikateFortschritt() const { return duplikateFortschritt_; }
     const std::vector<Programm>& programme() const { return programme_; }
     const std::vector<Verwaist>& verwaist() const { return verwaist_; }
-    bool programmeLaeuft() const { return programmeLaeuft_; }
+    bool programmeLaeuft() const { return programmeAufgabe_.laeuft(); }
     const std::vector<Bauabfall>& bauabfall() const { return bauabfall_; }
-    bool bauLaeuft() const { return bauLaeuft_; }
+    bool bauLaeuft() const { return projekteAufgabe_.laeuft(); }
     const std::vector<ICloudOrdner>& icloud() const { return icloud_; }
     const std::optional<bool>& optimieren() const { return optimieren_; }
     const std::vector<Schnappschuss>& schnappschuesse() const { return schnappschuesse_; }
     const std::vector<SystemdatenPosten>& systemdaten() const { return systemdaten_; }
-    bool tricksLaeuft() const { return tricksLaeuft_; }
+    bool tricksLaeuft() const { return tricksAufgabe_.laeuft(); }
     // Which parts the tricks page shows and what it says, for the profile.
     TricksTexte tricksTexte() const { return hainbrem::tricksTexte(umfeld_.profil); }
     const std::vector<Nachricht>& unterhaltung() const { return unterhaltung_; }
     bool kiDenkt() const { return kiDenkt_; }
     const std::vector<Fund>& kiVorschlag() const { return kiVorschlag_; }
-    KiSitzung* kiSitzungObjekt() const { return kiSitzung_.get(); }  // not observed
     const std::optional<std::string>& kartenZiel() const { return kartenZiel_; }
     const std::vector<Runde>& verlauf() const { return verlauf_; }
     const std::optional<Runde>& letzteRunde() const { return letzteRunde_; }
@@ -156,7 +156,7 @@ public:
     bool entsorgtGerade() const { return entsorgtGerade_; }
     const SafetyGuard& waechter() const { return entsorger_->waechter; }     // not observed
     bool probelauf() const { return entsorger_->probelauf; }                 // "testlauf": rounds touch nothing
-    Plattenstand::Lage letzteLage() const { return waechter_->letzteLage(); }  // not observed
+    Plattenstand::Lage letzteLage() const { return platzmelder_->letzteLage(); }  // not observed
 
     // ---- derived, computed on each read; a path two rules found appears once, at its first place
     // Findings of the catalog whose path is selected, rule by rule, finding by finding.
@@ -176,7 +176,6 @@ public:
     void setzeUnterhaltung(std::vector<Nachricht> n);
     void setzeKiDenkt(bool an);
     void setzeKiVorschlag(std::vector<Fund> funde);
-    void setzeKiSitzungObjekt(std::unique_ptr<KiSitzung> sitzung) { kiSitzung_ = std::move(sitzung); }
     void setzeKartenZiel(std::optional<std::string> pfad);
     void setzeAuftrag(std::optional<Auftrag> a);  // absent: the confirmation was cancelled
     void letzteRundeSchliessen();                 // the result bar was closed
@@ -268,18 +267,16 @@ signals:
     void zurueckgelegt(const QString& rundenId, int anzahl, const QStringList& fehler);
 
 private:
-    struct Lauf {
-        std::stop_source stopp;
-        Steuerung steuerung{stopp.get_token()};
-    };
-
     template <typename T>
     void setze(T& feld, T wert, void (AppModell::*signal)());
     template <typename Ergebnis, typename Werk, typename Fertig>
     void imHintergrund(QThreadPool& pool, const std::shared_ptr<Lauf>& lauf, Werk werk, Fertig fertig);
-    std::shared_ptr<Lauf> beginne(Arbeit arbeit);
-    // Ends the job's bookkeeping; false when it was stopped.
-    bool schliesse(Arbeit arbeit, const std::shared_ptr<Lauf>& lauf);
+    // One finder's way through the background: the flag goes up, `werk` runs on the pool with
+    // the run's control, `speichere` gets the result and whether the run went to its end, the
+    // flag goes down, then `danach` (may be empty) with the same answer.
+    template <typename Ergebnis, typename Werk, typename Speichere>
+    void starte(Aufgabe& aufgabe, Werk werk, Speichere speichere, std::function<void(bool)> danach = {});
+    Aufgabe& aufgabe(Arbeit arbeit);
     void leseFortschritt();
     void starteDuplikate();
     void nachEntsorgung(const Runde& runde);
@@ -288,9 +285,8 @@ private:
     std::unique_ptr<Einstellungen> einstellungen_;
     std::unique_ptr<Verlauf> verlaufDatei_;
     std::unique_ptr<Entsorger> entsorger_;
-    std::unique_ptr<Waechter> waechter_;
+    std::unique_ptr<Platzmelder> platzmelder_;
     std::function<void(const std::string&)> frageHaken_;
-    std::unique_ptr<KiSitzung> kiSitzung_;
     std::optional<std::string> tempHinweis_;
 
     Seite seite_ = Seite::uebersicht;
@@ -298,27 +294,21 @@ private:
     std::optional<Platte> platte_;
     bool vollzugriff_ = false;
     std::vector<RegelErgebnis> katalog_;
-    bool katalogLaeuft_ = false;
     double katalogFortschritt_ = 0;
     std::optional<Zeitpunkt> katalogGeprueft_;
     std::set<std::string> auswahl_;
     ScanZeiger scan_;
-    bool scanLaeuft_ = false;
     int64_t scanDateien_ = 0;
     int64_t scanBytes_ = 0;
     std::vector<DuplikatGruppe> duplikate_;
-    bool duplikateLaeuft_ = false;
     double duplikateFortschritt_ = 0;
     std::vector<Programm> programme_;
     std::vector<Verwaist> verwaist_;
-    bool programmeLaeuft_ = false;
     std::vector<Bauabfall> bauabfall_;
-    bool bauLaeuft_ = false;
     std::vector<ICloudOrdner> icloud_;
     std::optional<bool> optimieren_;
     std::vector<Schnappschuss> schnappschuesse_;
     std::vector<SystemdatenPosten> systemdaten_;
-    bool tricksLaeuft_ = false;
     std::vector<Nachricht> unterhaltung_;
     bool kiDenkt_ = false;
     std::vector<Fund> kiVorschlag_;
@@ -328,7 +318,19 @@ private:
     std::optional<Auftrag> auftrag_;
     bool entsorgtGerade_ = false;
 
-    std::map<Arbeit, std::shared_ptr<Lauf>> laeufe_;
+    Aufgabe katalogAufgabe_{*this, &AppModell::katalogLaeuftGeaendert, [this](const Steuerung& st) {
+                                setze(katalogFortschritt_, st.anteil(), &AppModell::katalogFortschrittGeaendert);
+                            }};
+    Aufgabe scanAufgabe_{*this, &AppModell::scanLaeuftGeaendert, [this](const Steuerung& st) {
+                             setze(scanDateien_, st.erledigt.load(), &AppModell::scanDateienGeaendert);
+                             setze(scanBytes_, st.bytes.load(), &AppModell::scanBytesGeaendert);
+                         }};
+    Aufgabe duplikateAufgabe_{*this, &AppModell::duplikateLaeuftGeaendert, [this](const Steuerung& st) {
+                                  setze(duplikateFortschritt_, st.anteil(), &AppModell::duplikateFortschrittGeaendert);
+                              }};
+    Aufgabe programmeAufgabe_{*this, &AppModell::programmeLaeuftGeaendert};
+    Aufgabe projekteAufgabe_{*this, &AppModell::bauLaeuftGeaendert};
+    Aufgabe tricksAufgabe_{*this, &AppModell::tricksLaeuftGeaendert};
     int offeneEntsorgungen_ = 0;
     bool duplikateWartenAufScan_ = false;
     bool notfallWartet_ = false;

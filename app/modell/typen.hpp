@@ -50,11 +50,6 @@ struct Nachricht {
     bool operator==(const Nachricht&) const = default;
 };
 
-// The assistant's language-model session; the model only keeps it alive.
-struct KiSitzung {
-    virtual ~KiSitzung() = default;
-};
-
 // Large files and duplicate copies shown as findings, so every page selects and disposes alike:
 // into the Trash, dated by their last change.
 Fund alsFund(const DateiInfo& datei, bool vorgewaehlt = false);

@@ -18,6 +18,7 @@
 
 #include "basis/pfade.hpp"
 #include "basis/systemfehler.hpp"
+#include "basis/zeit.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem::plattform {
@@ -57,14 +58,7 @@ std::string prozentKodiert(const std::string& roh) {
     return aus;
 }
 
-std::string lokaleZeit() {
-    const std::time_t t = std::time(nullptr);
-    std::tm tm{};
-    localtime_r(&t, &tm);
-    char puffer[32];
-    std::strftime(puffer, sizeof puffer, "%Y-%m-%dT%H:%M:%S", &tm);
-    return puffer;
-}
+std::string lokaleZeit() { return zeitText(std::chrono::system_clock::now(), "%Y-%m-%dT%H:%M:%S", Zone::ort); }
 
 std::optional<std::string> echterPfad(const std::string& pfad) {
     std::unique_ptr<char, decltype(&std::free)> echt(::realpath(pfad.c_str(), nullptr), &std::free);

@@ -292,9 +292,9 @@ TEST(Gespraech, KontextVollFaengtNeuAnUndDerBildschirmBehaeltAlles) {
         g.server.skripte.push_back(antwort({"Erste Antwort."}));
         g.frage("Erste Frage");
         g.server.skripte.push_back(ueberlauf);
-        auto* alteSitzung = g.m.kiSitzungObjekt();
+        const auto* alteSitzung = g.a->sitzung();
         EXPECT_EQ(g.frage("Zweite Frage"), Assistent::zuLangText);
-        EXPECT_NE(g.m.kiSitzungObjekt(), alteSitzung);
+        EXPECT_NE(g.a->sitzung(), alteSitzung);
         g.server.skripte.push_back(antwort({"Dritte Antwort."}));
         g.frage("Dritte Frage");
         const QJsonArray n = g.nachrichten(2);

@@ -20,7 +20,7 @@ struct Wache {
     std::vector<plattform::Benachrichtigung> meldungen;
     std::atomic<int> proben{0};
     std::atomic<bool> probeImHauptfaden{false};
-    Waechter waechter{Waechter::Teile{
+    Platzmelder waechter{Platzmelder::Teile{
         .home = "/",
         .takt = std::chrono::milliseconds(20'000),
         .wecker = wecker,
@@ -50,7 +50,7 @@ struct Wache {
     }
 };
 
-TEST(Waechter, MeldetBeimEintrittInKnappVonGutUndInKritisch) {
+TEST(Platzmelder, MeldetBeimEintrittInKnappVonGutUndInKritisch) {
     struct Fall {
         const char* name;
         int64_t start;
@@ -98,7 +98,7 @@ TEST(Waechter, MeldetBeimEintrittInKnappVonGutUndInKritisch) {
     }
 }
 
-TEST(Waechter, VollzugriffJedenDrittenDurchgangAbseitsDesHauptfadens) {
+TEST(Platzmelder, VollzugriffJedenDrittenDurchgangAbseitsDesHauptfadens) {
     Wache w(50 * GB);
     std::vector<int> proben;
     for (int i = 0; i < 6; ++i) {
@@ -109,7 +109,7 @@ TEST(Waechter, VollzugriffJedenDrittenDurchgangAbseitsDesHauptfadens) {
     EXPECT_FALSE(w.probeImHauptfaden);
 }
 
-TEST(Waechter, NeueGrenzeGiltErstAbDemNaechstenDurchgang) {
+TEST(Platzmelder, NeueGrenzeGiltErstAbDemNaechstenDurchgang) {
     Welt w;
     w.platz->frei = 8 * GB;
     QSettings(w.einstellungen(), QSettings::IniFormat).setValue("warnGrenzeGB", 5);

@@ -10,7 +10,7 @@
 namespace hainbrem::test {
 namespace {
 
-TEST(WaechterBefehl, ZeigtDieAblesungUndEndetSauberAufSignal) {
+TEST(PlatzmelderBefehl, ZeigtDieAblesungUndEndetSauberAufSignal) {
     Testordner t;
     const fs::path home = t.ordner("home");
     struct Fall {

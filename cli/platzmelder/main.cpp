@@ -16,7 +16,7 @@
 #include <string>
 
 #include "app/modell/einstellungen.hpp"
-#include "app/modell/waechter.hpp"
+#include "app/modell/platzmelder.hpp"
 #include "basis/zeichen.hpp"
 #include "kern/format.hpp"
 #include "kern/heim.hpp"
@@ -98,7 +98,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "hainbrem: %s\n", heim.error().c_str());
         return 2;
     }
-    Waechter waechter(Waechter::Teile{
+    Platzmelder melder(Platzmelder::Teile{
         .home = *heim,
         .takt = std::chrono::milliseconds(20'000),
         .wecker = nullptr,
@@ -108,7 +108,7 @@ int main(int argc, char** argv) {
         .warnGrenze = grenze,
     });
     std::optional<Plattenstand> gezeigt;
-    QObject::connect(&waechter, &Waechter::gelesen, [&](const Plattenstand& s) {
+    QObject::connect(&melder, &Platzmelder::gelesen, [&](const Plattenstand& s) {
         if (gezeigt == s) return;
         gezeigt = s;
         const std::string zeit =
@@ -127,9 +127,9 @@ int main(int argc, char** argv) {
         }
         std::fflush(stdout);
     });
-    waechter.anfangen();
-    waechter.beobachten();
+    melder.anfangen();
+    melder.beobachten();
     const int status = QCoreApplication::exec();
-    waechter.anhalten();
+    melder.anhalten();
     return status;
 }

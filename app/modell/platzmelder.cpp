@@ -1,4 +1,4 @@
-#include "app/modell/waechter.hpp"
+#include "app/modell/platzmelder.hpp"
 
 #include <QThread>
 
@@ -24,7 +24,7 @@ void QtWecker::abstellen() {
     klingeln_ = nullptr;
 }
 
-Waechter::Waechter(Teile teile, QObject* eltern) : QObject(eltern), teile_(std::move(teile)) {
+Platzmelder::Platzmelder(Teile teile, QObject* eltern) : QObject(eltern), teile_(std::move(teile)) {
     if (!teile_.wecker) teile_.wecker = std::make_shared<QtWecker>();
     if (!teile_.lesen) teile_.lesen = &Plattenstand::jetzt;
     if (!teile_.vollzugriff) teile_.vollzugriff = &Zugriff::vollzugriff;
@@ -36,38 +36,38 @@ Waechter::Waechter(Teile teile, QObject* eltern) : QObject(eltern), teile_(std::
     pruefer_.setThreadPriority(QThread::LowPriority);
 }
 
-Waechter::~Waechter() {
+Platzmelder::~Platzmelder() {
     anhalten();
     pruefer_.waitForDone();
 }
 
-Waechter::Lage Waechter::lageFuer(int64_t frei, int64_t grenze) {
+Platzmelder::Lage Platzmelder::lageFuer(int64_t frei, int64_t grenze) {
     return Plattenstand{.gesamt = 0, .echtFrei = frei, .mitLoeschbarem = 0}.lage(grenze);
 }
 
-bool Waechter::meldet(Lage vorher, Lage neu, int64_t frei, int64_t grenze) {
+bool Platzmelder::meldet(Lage vorher, Lage neu, int64_t frei, int64_t grenze) {
     return neu != vorher && (frei < kritischeGrenze || (vorher == Lage::gut && frei < grenze));
 }
 
-std::string Waechter::text(int64_t echtFrei) {
+std::string Platzmelder::text(int64_t echtFrei) {
     return "Nur noch " + alsBytes(echtFrei) +
            " wirklich frei. Programme können bald abstürzen. Hainbrem räumt die sicheren Caches mit einem Klick weg.";
 }
 
-Plattenstand Waechter::lies() {
+Plattenstand Platzmelder::lies() {
     Q_ASSERT(QThread::currentThread() == thread());
     stand_ = teile_.lesen(teile_.home);
     emit gelesen(stand_);
     return stand_;
 }
 
-void Waechter::anfangen() {
+void Platzmelder::anfangen() {
     const Plattenstand s = lies();
     letzteLage_ = s.lage(teile_.warnGrenze());
     if (letzteLage_ == Lage::kritisch) warnen(letzteLage_);
 }
 
-void Waechter::aktualisieren() {
+void Platzmelder::aktualisieren() {
     const int64_t frei = lies().echtFrei;
     // read on every pass, so a changed threshold counts from the next pass on
     const int64_t grenze = teile_.warnGrenze();
@@ -76,28 +76,28 @@ void Waechter::aktualisieren() {
     letzteLage_ = neu;
 }
 
-void Waechter::warnen(Lage lage) {
+void Platzmelder::warnen(Lage lage) {
     const bool kritisch = lage == Lage::kritisch;
     teile_.melden({kritisch ? titelKritisch : titelKnapp, text(stand_.echtFrei), kritisch});
 }
 
-void Waechter::beobachten() {
+void Platzmelder::beobachten() {
     if (laeuft_) return;
     laeuft_ = true;
     durchgaenge_ = 0;
     schlafen();
 }
 
-void Waechter::anhalten() {
+void Platzmelder::anhalten() {
     laeuft_ = false;
     teile_.wecker->abstellen();
 }
 
-void Waechter::schlafen() {
+void Platzmelder::schlafen() {
     if (laeuft_) teile_.wecker->stellen(teile_.takt, [this] { durchgang(); });
 }
 
-void Waechter::durchgang() {
+void Platzmelder::durchgang() {
     if (!laeuft_) return;
     aktualisieren();
     if (++durchgaenge_ % 3 != 0) {

@@ -18,7 +18,7 @@ namespace {
 
 std::optional<double> grenzeGB;
 
-int waechter(const Kontext& k) {
+int platzmelder(const Kontext& k) {
     const fs::path selbst = plattform::eigenesProgramm();
     const fs::path programm = (selbst.empty() ? fs::path("hainbrem") : selbst).parent_path() / "hainbrem-waechter";
     std::vector<std::string> argumente{programm.native()};
@@ -32,7 +32,7 @@ int waechter(const Kontext& k) {
     argv.push_back(nullptr);
     std::fflush(nullptr);
     ::execv(programm.c_str(), argv.data());
-    return fehler(hilfsprogrammFehlt("Der Wächter", programm, errno));
+    return fehler(hilfsprogrammFehlt("hainbrem waechter", programm, errno));
 }
 
 const bool registriert = registriere({
@@ -45,7 +45,7 @@ const bool registriert = registriere({
                 ->type_name("GB")
                 ->transform(kommazahl(0, 1'000'000));  // a transform: it rewrites "2,5" for the C library
         },
-    .ausfuehren = waechter,
+    .ausfuehren = platzmelder,
 });
 
 }  // namespace

@@ -38,7 +38,7 @@ private:
     std::function<void()> klingeln_;
 };
 
-class Waechter : public QObject {
+class Platzmelder : public QObject {
     Q_OBJECT
 
 public:
@@ -54,8 +54,8 @@ public:
         std::function<int64_t()> warnGrenze;                              // bytes
     };
 
-    explicit Waechter(Teile teile, QObject* eltern = nullptr);
-    ~Waechter() override;
+    explicit Platzmelder(Teile teile, QObject* eltern = nullptr);
+    ~Platzmelder() override;
 
     // The first reading: sets the level directly and warns at once only when it is critical.
     void anfangen();
