@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 
+#include "basis/systemfehler.hpp"
 #include "basis/zeichen.hpp"
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
@@ -29,9 +30,17 @@ int erklaere(const Kontext& k) {
     // ".." as the shell means it (after a link), not as text: the facts are about where it leads
     if (const std::filesystem::path p(pfad); std::any_of(p.begin(), p.end(), [](const auto& t) { return t == ".."; })) {
         const std::string ausgeschrieben = pfad.starts_with("~/") ? (k.home / pfad.substr(2)).native() : pfad;
-        const auto angabe = wieDieShell(ausgeschrieben, erklaerPfad);
-        if (!angabe) return fehler(angabe.error());
-        pfad = angabe->pfad.native();
+        if (const std::string letztes = std::filesystem::path(ausgeschrieben).lexically_normal().filename();
+            letztes.empty() || letztes == "." || letztes == "..") {
+            // "x/..": the folder it leads to is what is meant
+            const auto ordner = std::filesystem::canonical(ausgeschrieben, e);
+            if (e) return fehler(pfadFehler(erklaerPfad, e.value()));
+            pfad = ordner.native();
+        } else {
+            const auto angabe = wieDieShell(ausgeschrieben, erklaerPfad);
+            if (!angabe) return fehler(angabe.error());
+            pfad = angabe->pfad.native();
+        }
     }
     Verlauf verlauf(Verlauf::standardDatei(k.home));
     const Umgebung u{k.home, k.temp, Zugriff::vollzugriff(k.home), laufTest(), verlauf.imPapierkorb(), k.profil};

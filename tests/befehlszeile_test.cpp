@@ -216,6 +216,7 @@ TEST(Befehlszeile, WahreGruendeFuerPfade) {
         }
     // ".." after a link leads where the shell's cd would: from ~/a/b up to ~/a
     EXPECT_EQ(hainbrem("erklaere l/../c").find("~/a/c: 4 KB"), 0u) << hainbrem("erklaere l/../c");
+    EXPECT_EQ(hainbrem("erklaere l/..").find("~/a: "), 0u) << hainbrem("erklaere l/..");  // the folder above
     EXPECT_EQ(nlohmann::json::parse(hainbrem.json("urteil l/../c"), nullptr, false).value("pfad", ""),
               (home / "a/c").native());
     // a path that ends in ".." names no entry to judge or remove
