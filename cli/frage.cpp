@@ -1,16 +1,12 @@
 // hainbrem frage: one question to the assistant in the terminal. It lives in its own program
 // (hainbrem-frage, beside this one) because it speaks to the local model through Qt; so every
 // other command keeps running where no Qt is installed.
-#include <unistd.h>
-
-#include <cerrno>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
-#include "plattform/plattform.hpp"
 
 namespace hainbrem::cli {
 namespace {
@@ -22,9 +18,7 @@ struct {
 } opt;
 
 int frage(const Kontext& k) {
-    const fs::path selbst = plattform::eigenesProgramm();
-    const fs::path programm = (selbst.empty() ? fs::path("hainbrem") : selbst).parent_path() / "hainbrem-frage";
-    std::vector<std::string> argumente{programm.native()};
+    std::vector<std::string> argumente;
     if (k.json) argumente.emplace_back("--json");
     if (k.profil != standardProfil)
         argumente.insert(argumente.end(), {"--profil", k.profil == Katalogprofil::macos ? "macos" : "linux"});
@@ -36,12 +30,7 @@ int frage(const Kontext& k) {
     std::string text;
     for (const auto& wort : opt.text) text += (text.empty() ? "" : " ") + wort;
     argumente.push_back(text);
-    std::vector<char*> argv;
-    for (auto& a : argumente) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    std::fflush(nullptr);
-    ::execv(programm.c_str(), argv.data());
-    return fehler(hilfsprogrammFehlt("hainbrem frage", programm, errno));
+    return werdeHilfsprogramm("hainbrem-frage", argumente, "hainbrem frage");
 }
 
 const bool registriert = registriere({

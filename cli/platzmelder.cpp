@@ -2,16 +2,13 @@
 // (hainbrem-waechter, beside this one) because it speaks D-Bus through Qt; so every other
 // command keeps running where no Qt is installed.
 #include <fmt/format.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <string>
 #include <vector>
 
 #include "cli/aufruf.hpp"
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
-#include "plattform/plattform.hpp"
 
 namespace hainbrem::cli {
 namespace {
@@ -19,20 +16,13 @@ namespace {
 std::optional<double> grenzeGB;
 
 int platzmelder(const Kontext& k) {
-    const fs::path selbst = plattform::eigenesProgramm();
-    const fs::path programm = (selbst.empty() ? fs::path("hainbrem") : selbst).parent_path() / "hainbrem-waechter";
-    std::vector<std::string> argumente{programm.native()};
+    std::vector<std::string> argumente;
     if (k.json) argumente.emplace_back("--json");
     if (grenzeGB) {
         argumente.emplace_back("--grenze");
         argumente.push_back(fmt::format("{}", *grenzeGB));  // not locale-bound
     }
-    std::vector<char*> argv;
-    for (auto& a : argumente) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    std::fflush(nullptr);
-    ::execv(programm.c_str(), argv.data());
-    return fehler(hilfsprogrammFehlt("hainbrem waechter", programm, errno));
+    return werdeHilfsprogramm("hainbrem-waechter", argumente, "hainbrem waechter");
 }
 
 const bool registriert = registriere({
