@@ -4,8 +4,12 @@
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QTranslator>
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
+#include <string>
+#include <string_view>
 
 #include "app/assistent/seite/assistentseite.hpp"
 #include "app/fenster/design.hpp"
@@ -14,11 +18,57 @@
 #include "app/fenster/hauptfenster.hpp"
 #include "app/fenster/menueleiste.hpp"
 #include "app/modell/appmodell.hpp"
+#include "app/modell/typen.hpp"
 #include "kern/heim.hpp"
 #include "plattform/plattform.hpp"
 
+namespace {
+
+void hilfeZeigen() {
+    std::string seiten;
+    for (const hainbrem::Seite s : hainbrem::alleSeiten) (seiten += seiten.empty() ? "" : ", ") += hainbrem::id(s);
+    std::printf(
+        "Hainbrem – schafft Platz auf deiner Platte. Die Anwendung mit Fenster; alles geht auch mit dem Befehl "
+        "„hainbrem“.\n"
+        "Aufruf: hainbrem-app [EINSTELLUNG WERT …]\n"
+        "\n"
+        "Einstellungen beim Start:\n"
+        "  -pruefen YES                Gleich prüfen, was weg kann\n"
+        "  -scan YES                   Gleich die ganze Platte scannen\n"
+        "  -duplikate YES              Gleich doppelte Dateien suchen\n"
+        "  -seite ID                   Mit dieser Seite beginnen: %s\n"
+        "  -testlauf YES               Jede Runde nur zum Schein: aufgezeichnet, aber nichts entfernt\n"
+        "  -nurHome YES                Der Scan misst nur den Home-Ordner\n"
+        "  -h,--help,--hilfe           Diese Hilfe zeigen\n",
+        seiten.c_str());
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     using namespace hainbrem;
+    // before Qt: help is no reason to open a window, and without a display Qt aborts in English
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view a = argv[i];
+        if (a == "-h" || a == "--help" || a == "--hilfe" || a == "-hilfe") {
+            hilfeZeigen();
+            return 0;
+        }
+    }
+    const auto gesetzt = [](const char* name) {
+        const char* wert = std::getenv(name);
+        return wert && *wert;
+    };
+    const bool plattformGewaehlt = std::any_of(argv + 1, argv + argc, [](const char* a) {
+        return std::string_view(a) == "-platform";
+    });
+    if (!gesetzt("DISPLAY") && !gesetzt("WAYLAND_DISPLAY") && !gesetzt("QT_QPA_PLATFORM") && !plattformGewaehlt) {
+        std::fprintf(stderr,
+                     "hainbrem-app: Keine grafische Sitzung gefunden (weder DISPLAY noch WAYLAND_DISPLAY ist gesetzt). "
+                     "Die Anwendung braucht einen Bildschirm; ohne ihn geht alles mit dem Befehl „hainbrem“ (hainbrem "
+                     "--help).\n");
+        return 1;
+    }
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Hainbrem"));
     QApplication::setOrganizationDomain(QStringLiteral("hainbrem.de"));

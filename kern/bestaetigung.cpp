@@ -41,7 +41,7 @@ Bestaetigung bestaetigung(const std::vector<Fund>& funde, const std::function<bo
     if (endgueltig.anzahl > 0) b.zeilen.push_back(endgueltig);
     if (korb.anzahl > 0) b.zeilen.push_back(korb);
     if (paket.anzahl > 0) b.zeilen.push_back(paket);
-    b.teile = "in " + std::to_string(b.anzahl) + (b.anzahl == 1 ? " Teil" : " Teilen");
+    b.teile = "in " + anzahl(static_cast<int64_t>(b.anzahl), "Teil", "Teilen");
     b.hinweis = laufHinweisText;
     for (const auto& name : b.laufendeBesitzer) b.warnungen.push_back(name + " läuft noch, seine Teile blieben liegen.");
     return b;

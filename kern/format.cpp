@@ -98,4 +98,8 @@ std::string alsZahl(int64_t zahl, const Zahlformat& format) {
 
 std::string alsZahl(int64_t zahl) { return alsZahl(zahl, prozessFormat()); }
 
+std::string anzahl(int64_t n, std::string_view eins, std::string_view viele) {
+    return alsZahl(n) + " " + std::string(n == 1 ? eins : viele);
+}
+
 }  // namespace hainbrem

@@ -67,7 +67,26 @@ constexpr RollenText rollenTexte[] = {
     {"Recovery", "Wiederherstellung", "Das Wiederherstellungssystem für den Notfall. Bleibt."},
     {"Update", "Update-Vorrat", "Platz, den macOS für das nächste Update vorhält."},
 };
-const RollenText* rollenText(std::string_view rolle) {
+// The same roles as lsblk's reading gives them on Linux: "/" apart from home, home's file system,
+// swap, /boot.
+constexpr RollenText linuxRollenTexte[] = {
+    {"System", "System (/)",
+     "Das Betriebssystem mit seinen Programmen und Einstellungen (/usr, /etc, /var). Programme darin entfernt der "
+     "Paketmanager, nicht Hainbrem."},
+    {"Data", "Deine Daten",
+     "Das Dateisystem mit deinem Home-Ordner: deine Dateien, Einstellungen und Caches, und wenn / mit darauf liegt, "
+     "auch das System."},
+    {"VM", "Auslagerung (Swap)",
+     "Eine Swap-Partition für ausgelagerten Arbeitsspeicher. Ihr Platz ist fest vergeben, ob sie gerade genutzt "
+     "wird oder nicht."},
+    {"Preboot", "Systemstart (/boot)", "Kernel, Startdateien und Bootloader. Alte Kernel entfernt der Paketmanager."},
+};
+const RollenText* rollenText(std::string_view rolle, Katalogprofil aufbau) {
+    if (aufbau == Katalogprofil::linuxDesktop) {
+        for (const auto& r : linuxRollenTexte)
+            if (r.rolle == rolle) return &r;
+        return nullptr;
+    }
     for (const auto& r : rollenTexte)
         if (r.rolle == rolle) return &r;
     return nullptr;
@@ -79,13 +98,15 @@ void sortiere(std::vector<Platte::Volume>& v) {
 }  // namespace
 
 std::string Platte::Volume::titel() const {
-    const RollenText* r = rollenText(rolle);
+    const RollenText* r = rollenText(rolle, aufbau);
     return r ? std::string(r->titel) : name;
 }
 
 std::string_view Platte::Volume::erklaerung() const {
-    const RollenText* r = rollenText(rolle);
-    return r ? r->erklaerung : "Ein Volume des Systems.";
+    const RollenText* r = rollenText(rolle, aufbau);
+    if (r) return r->erklaerung;
+    return aufbau == Katalogprofil::linuxDesktop ? "Ein weiteres Dateisystem auf dieser Platte."
+                                                 : "Ein Volume des Systems.";
 }
 
 std::optional<Platte> Platte::ausDiskutil(std::string_view info, std::string_view apfsListe) {
@@ -171,6 +192,7 @@ void sammle(const json& g, Sammlung& s) {
     const auto punkte = einhaengepunkte(g);
     if (!fstyp.empty() || !punkte.empty()) {
         Platte::Volume v;
+        v.aufbau = Katalogprofil::linuxDesktop;
         v.geraet = textAus(g, "name");
         const std::string etikett = textAus(g, "label");
         v.name = !etikett.empty() ? etikett : !v.geraet.empty() ? v.geraet : "?";

@@ -40,6 +40,8 @@ struct Platte {
         std::string rolle;
         int64_t bytes = 0;
         std::string geraet;
+        // Where it was read: a Mac's APFS container or a Linux disk (lsblk). The texts follow it.
+        Katalogprofil aufbau = Katalogprofil::macos;
 
         const std::string& id() const { return geraet; }
         std::string titel() const;

@@ -125,8 +125,9 @@ Ergebnis<int> auslagern(const std::vector<fs::path>& dateien, Steuerung* steueru
     }
     if (schlecht == 0) return gut;
     if (gut == 0) return Fehlschlag{"Keine Datei ließ sich auslagern; sie bleiben auf dem Mac."};
-    return Fehlschlag{std::to_string(schlecht) + " von " + std::to_string(gut + schlecht) +
-                      " Dateien ließen sich nicht auslagern; sie bleiben auf dem Mac."};
+    return Fehlschlag{std::to_string(schlecht) + " von " + anzahl(gut + schlecht, "Datei", "Dateien") +
+                      (schlecht == 1 ? " ließ sich nicht auslagern; sie bleibt auf dem Mac."
+                                     : " ließen sich nicht auslagern; sie bleiben auf dem Mac.")};
 }
 
 std::optional<bool> wahrheitAus(std::string_view ausgabe) {

@@ -16,6 +16,7 @@
 #include <random>
 #include <sstream>
 
+#include "basis/systemfehler.hpp"
 #include "basis/zeichen.hpp"
 #include "kern/kodierung.hpp"
 #include "kern/rechnen.hpp"
@@ -401,7 +402,7 @@ std::string schreibFehler(const fs::path& datei, int nummer) {
         case EPERM: grund = "Keine Berechtigung"; break;
         case EROFS: grund = "Der Datenträger ist schreibgeschützt"; break;
         case EIO: grund = "Lese- oder Schreibfehler des Datenträgers"; break;
-        default: grund = std::string("Systemfehler: ") + std::strerror(nummer);
+        default: grund = systemFehler(nummer);
     }
     return "Der Verlauf „" + datei.native() + "“ lässt sich nicht schreiben: " + grund;
 }

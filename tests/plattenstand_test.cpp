@@ -131,6 +131,17 @@ TEST(Platte, LsblkRollenNachEinhaengepunkt) {
     EXPECT_EQ(p->volume("VM")->bytes, 8589934592);
     EXPECT_EQ(p->volume("Preboot")->geraet, "nvme0n1p2");
     EXPECT_EQ(p->volume("Data")->name, "daten");
+    // a Linux disk in Linux words: no macOS, no snapshots, no cryptexes
+    for (const auto& [rolle, titel] : {std::pair{"System", "System (/)"}, std::pair{"Data", "Deine Daten"},
+                                       std::pair{"VM", "Auslagerung (Swap)"}, std::pair{"Preboot", "Systemstart (/boot)"}}) {
+        const Platte::Volume* v = p->volume(rolle);
+        ASSERT_NE(v, nullptr) << rolle;
+        EXPECT_EQ(v->titel(), titel);
+        for (const char* macWort : {"macOS", "Apple", "Schnappschüsse", "Cryptexe", "8 GB RAM"})
+            EXPECT_EQ(std::string(v->erklaerung()).find(macWort), std::string::npos) << rolle << ": " << macWort;
+    }
+    EXPECT_EQ(p->volumes.back().geraet, "nvme0n1p1");
+    EXPECT_EQ(p->volumes.back().titel(), "Systemstart (/boot)") << "die EFI-Partition startet das System mit";
 
     const auto einfach = Platte::ausLsblk(lies("lsblk-einfach.json"), "/root");
     ASSERT_TRUE(einfach);

@@ -50,10 +50,6 @@ std::vector<Fund> Auftrag::papierkorb() const {
     return r;
 }
 
-std::string anzahl(int64_t n, std::string_view eins, std::string_view viele) {
-    return alsZahl(n) + " " + std::string(n == 1 ? eins : viele);
-}
-
 Fund alsFund(const DateiInfo& datei, bool vorgewaehlt) {
     return Fund{datei.url(), datei.belegt, Entsorgung::papierkorb, std::nullopt, datei.geaendert,
                 vorgewaehlt, std::nullopt};

@@ -10,6 +10,7 @@
 
 #include "kern/datensaetze.hpp"
 #include "kern/duplikate.hpp"
+#include "kern/format.hpp"  // anzahl: counts with their noun, shared with the command line
 #include "kern/runde.hpp"
 
 namespace hainbrem {
@@ -48,9 +49,6 @@ struct Nachricht {
     std::string text;
     bool operator==(const Nachricht&) const = default;
 };
-
-// A count with its noun in the right number: "1 Fund", "3 Funde", "1.204 Dateien", "0 Teile".
-std::string anzahl(int64_t n, std::string_view eins, std::string_view viele);
 
 // Large files and duplicate copies shown as findings, so every page selects and disposes alike:
 // into the Trash, dated by their last change.

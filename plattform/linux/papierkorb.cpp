@@ -17,6 +17,7 @@
 #include <memory>
 
 #include "basis/pfade.hpp"
+#include "basis/systemfehler.hpp"
 #include "basis/zeit.hpp"
 #include "plattform/plattform.hpp"
 
@@ -36,7 +37,7 @@ std::string text(int nummer) {
         case EBUSY: return "Wird gerade benutzt";
         case ELOOP: return "Ein Ordner auf dem Weg ist ein symbolischer Link";
         case ENAMETOOLONG: return "Name zu lang für den Papierkorb";
-        default: return std::string("Systemfehler: ") + std::strerror(nummer);
+        default: return systemFehler(nummer);
     }
 }
 
