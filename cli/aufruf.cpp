@@ -67,11 +67,31 @@ bool istSchalter(const CLI::App& app, const std::string& name) {
 
 std::string schalterOhneWert(const std::string& name) { return name + " ist ein Schalter und nimmt keinen Wert."; }
 
+// Says what an option excludes after its description, where it reads as a sentence, instead of
+// between the option's name and its description.
+class Formatierer : public CLI::Formatter {
+public:
+    std::string make_option_opts(const CLI::Option* o) const override {
+        std::string text = CLI::Formatter::make_option_opts(o);
+        if (const auto stelle = text.find(" " + get_label("Excludes") + ":"); stelle != std::string::npos)
+            text.erase(stelle);
+        return text;
+    }
+    std::string make_option_desc(const CLI::Option* o) const override {
+        std::string text = CLI::Formatter::make_option_desc(o);
+        std::string nicht;
+        for (const CLI::Option* x : o->get_excludes()) nicht += (nicht.empty() ? "" : ", ") + x->get_name();
+        if (!nicht.empty()) text += " (nicht mit " + nicht + ")";
+        return text;
+    }
+};
+
 }  // namespace
 
 void deutscheHilfe(CLI::App& app) {
     app.option_defaults()->group("Optionen");
     app.set_help_flag("-h,--help,--hilfe", "Diese Hilfe zeigen");
+    app.formatter(std::make_shared<Formatierer>());
     const auto formatter = app.get_formatter();
     formatter->label("Usage", "Aufruf");
     formatter->label("OPTIONS", "OPTIONEN");
