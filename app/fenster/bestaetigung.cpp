@@ -123,7 +123,10 @@ void BestaetigungsAnsicht::showEvent(QShowEvent* e) {
     QTimer::singleShot(scharfNach, this, &BestaetigungsAnsicht::aktualisiere);
 }
 
-bool BestaetigungsAnsicht::bereit() const { return erschienen_ && teile_.uhr() - *erschienen_ >= scharfNach; }
+bool BestaetigungsAnsicht::bereit() const {
+    // an order of nothing has nothing to confirm
+    return !auftrag_.funde.empty() && erschienen_ && teile_.uhr() - *erschienen_ >= scharfNach;
+}
 
 void BestaetigungsAnsicht::aktualisiere() { bestaetigen_->setEnabled(bereit()); }
 
@@ -212,10 +215,15 @@ void ErgebnisLeiste::zeige() {
     if (!r) return;
     symbol_->setze("sun.max.fill", "orange");
     schliessen_->setIcon(design::symbol("xmark", palette().color(QPalette::WindowText)));
-    frei_->setText(QStringLiteral("Freier Platz: <b>%1</b>").arg(qs(alsBytes(r->freiNachher))));
-    gewonnen_->setText(QStringLiteral("Gewonnen: <b>%1</b> <span style='color:%2'>gemessen</span>%3")
-                           .arg(qs(alsBytes(r->gewonnen())), design::farbe("gruen").name(),
-                                r->probelauf ? QStringLiteral(" · Probelauf, nichts entfernt") : QString()));
+    if (r->probelauf) {
+        // nothing was removed: the free space is today's, and there is no gain to show
+        frei_->setText(QStringLiteral("Freier Platz: <b>%1</b>").arg(qs(alsBytes(modell_.stand().echtFrei))));
+        gewonnen_->setText(QStringLiteral("<b>Probelauf</b>: nichts entfernt"));
+    } else {
+        frei_->setText(QStringLiteral("Freier Platz: <b>%1</b>").arg(qs(alsBytes(r->freiNachher))));
+        gewonnen_->setText(QStringLiteral("Gewonnen: <b>%1</b> <span style='color:%2'>gemessen</span>")
+                               .arg(qs(alsBytes(r->gewonnen())), design::farbe("gruen").name()));
+    }
     erklaerung_->setText(qs(modell_.letzteErklaerung()));
     rueckgaengig_->setEnabled(r->kannRueckgaengig());
 }

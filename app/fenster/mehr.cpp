@@ -301,8 +301,9 @@ void VerlaufSeite::fuelle() {
         item->setData(design::ListenZeile::unterzeilenRolle,
                       QStringList{qs(anzeige::vorWann(r.datum, jetzt)) + QStringLiteral(" · ") +
                                       wann.toString(QStringLiteral("dd.MM.yyyy, HH:mm")),
-                                  QStringLiteral("%1 gewonnen · %2%3")
-                                      .arg(qs(alsBytes(r.gewonnen())),
+                                  QStringLiteral("%1 · %2%3")
+                                      .arg(r.probelauf ? QStringLiteral("nichts entfernt")
+                                                       : qs(alsBytes(r.gewonnen())) + QStringLiteral(" gewonnen"),
                                            qs(anzahl(static_cast<int64_t>(r.posten.size()), "Teil", "Teile")),
                                            fehler > 0 ? QStringLiteral(" · %1 nicht entfernt").arg(fehler)
                                                       : QString())});
@@ -318,13 +319,19 @@ void VerlaufSeite::rundeZeigen(int zeile) {
     posten_->setRowCount(0);
     if (zeile < 0 || zeile >= static_cast<int>(modell_.verlauf().size())) return;
     const Runde& r = modell_.verlauf()[static_cast<size_t>(zeile)];
-    rundenKopf_->setText(QStringLiteral("<b>%1</b><br>Vorher %2 frei, nachher %3: <b>%4 gewonnen</b>, gemessen. "
-                                        "Erwartet waren %5.%6")
-                             .arg(qs(r.titel).toHtmlEscaped(), qs(alsBytes(r.freiVorher)), qs(alsBytes(r.freiNachher)),
-                                  qs(alsBytes(r.gewonnen())), qs(alsBytes(r.erwartet())),
-                                  r.imPapierkorbBytes() > 0
-                                      ? QStringLiteral(" %1 liegen im Papierkorb.").arg(qs(alsBytes(r.imPapierkorbBytes())))
-                                      : QString()));
+    // expected is what left the disk for good; the Trash frees nothing until it is emptied
+    QString korb;
+    if (r.imPapierkorbBytes() > 0)
+        korb += QStringLiteral(" %1 liegen im Papierkorb, frei erst nach dem Leeren.").arg(qs(alsBytes(r.imPapierkorbBytes())));
+    if (r.zurueckgelegtBytes() > 0)
+        korb += QStringLiteral(" %1 zurückgelegt.").arg(qs(alsBytes(r.zurueckgelegtBytes())));
+    rundenKopf_->setText(
+        r.probelauf ? QStringLiteral("<b>%1</b><br>Probelauf: nichts wurde entfernt. Frei würden %2.")
+                          .arg(qs(r.titel).toHtmlEscaped(), qs(alsBytes(r.erwartetFrei())))
+                    : QStringLiteral("<b>%1</b><br>Vorher %2 frei, nachher %3: <b>%4 gewonnen</b>, gemessen. "
+                                     "Erwartet waren %5.%6")
+                          .arg(qs(r.titel).toHtmlEscaped(), qs(alsBytes(r.freiVorher)), qs(alsBytes(r.freiNachher)),
+                               qs(alsBytes(r.gewonnen())), qs(alsBytes(r.erwartetFrei())), korb));
     rueckgaengig_->setEnabled(r.kannRueckgaengig());
     for (const auto& p : r.posten) {
         const int z = posten_->rowCount();

@@ -106,6 +106,7 @@ private:
     QProgressBar* pruefBalken_;
     QWidget* notfall_;
     QLabel* notfallText_;
+    QPushButton* notfallKnopf_;
     QWidget* ringe_;
     QLabel* volumes_;
 };

@@ -184,10 +184,10 @@ UebersichtSeite::UebersichtSeite(AppModell& modell, QWidget* eltern) : QWidget(e
     nl->addLayout(nkopf);
     notfallText_ = design::leise({});
     nl->addWidget(notfallText_);
-    auto* nknopf = design::knopf(QStringLiteral("Sichere Caches freigeben"), design::Rolle::warnung);
-    connect(nknopf, &QPushButton::clicked, &modell_, &AppModell::notfall);
+    notfallKnopf_ = design::knopf(QStringLiteral("Sichere Caches freigeben"), design::Rolle::warnung);
+    connect(notfallKnopf_, &QPushButton::clicked, &modell_, &AppModell::notfall);
     nl->addStretch();
-    nl->addWidget(nknopf, 0, Qt::AlignLeft);
+    nl->addWidget(notfallKnopf_, 0, Qt::AlignLeft);
     reihe->addWidget(not_, 1);
 
     auto* frage = design::karte();
@@ -287,13 +287,24 @@ void UebersichtSeite::aktualisiere() {
                      qs(alsBytes(anzeige::summe(gewaehlt)))));
         pruefKnopf_->setText(QStringLiteral("Zum Aufräumen"));
     }
+    // the card always checks afresh first; once a check found nothing safe it says so, like the panel
     const auto sicher = modell_.katalogSicher();
-    notfallText_->setText(
-        modell_.katalogGeprueft()
-            ? QStringLiteral("Caches, die sich von selbst neu bilden, sofort freigeben: zurzeit %1. Du bestätigst vorher.")
-                  .arg(qs(alsBytes(anzeige::summe(sicher))))
-            : QStringLiteral("Prüft sofort und gibt die Caches frei, die sich von selbst neu bilden. Du bestätigst "
-                             "vorher, was weggeht."));
+    const bool nichtsSicheres = modell_.katalogGeprueft() && sicher.empty();
+    notfallKnopf_->setEnabled(!laeuft);
+    notfallKnopf_->setText(nichtsSicheres ? QStringLiteral("Noch einmal prüfen") : QStringLiteral("Sichere Caches freigeben"));
+    design::setzeRolle(notfallKnopf_, nichtsSicheres ? design::Rolle::normal : design::Rolle::warnung);
+    if (!modell_.katalogGeprueft())
+        notfallText_->setText(QStringLiteral("Prüft sofort und gibt die Caches frei, die sich von selbst neu bilden. Du "
+                                             "bestätigst vorher, was weggeht."));
+    else if (nichtsSicheres)
+        notfallText_->setText(
+            QStringLiteral("Gerade liegen keine sicheren Caches herum (geprüft %1). Sie bilden sich mit der Zeit neu; "
+                           "ein Klick prüft noch einmal.")
+                .arg(qs(anzeige::vorWann(modell_.katalogGeprueft(), std::chrono::system_clock::now()))));
+    else
+        notfallText_->setText(
+            QStringLiteral("Caches, die sich von selbst neu bilden, sofort freigeben: zurzeit %1. Du bestätigst vorher.")
+                .arg(qs(alsBytes(anzeige::summe(sicher)))));
 }
 
 }  // namespace hainbrem

@@ -326,7 +326,8 @@ void AppModell::pruefen() {
                 return;
             }
             standAktualisieren();
-            if (std::exchange(notfallWartet_, false)) bitte(katalogSicher(), notfallTitel);
+            // nothing safe left: no sheet of nothing; the overview's card says so
+            if (std::exchange(notfallWartet_, false) && !katalogSicher().empty()) bitte(katalogSicher(), notfallTitel);
         });
 }
 

@@ -18,6 +18,7 @@
 #include "app/fenster/menueleiste.hpp"
 #include "app/fenster/seiten.hpp"
 #include "kern/bestaetigung.hpp"
+#include "kern/format.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -192,6 +193,79 @@ TEST(Ergebnisleiste, ErklaertDieRundeUndSchliesst) {
     leiste.schliessenKnopf()->click();
     EXPECT_FALSE(m.letzteRunde());
     EXPECT_TRUE(leiste.isHidden());
+}
+
+QString bytesText(int64_t b) { return QString::fromStdString(alsBytes(b)); }
+
+// After "Rückgängig" the Trash part is back and no gain is missing: expected was only what left
+// the disk for good. A dry run measured nothing and says what would have happened.
+TEST(Ergebnisleiste, NachRueckgaengigUndNachProbelauf) {
+    for (const bool probelauf : {false, true}) {
+        Welt w;
+        const fs::path cache = w.mac.ordnerMitDatei("Library/Caches/com.example.a", 1'000'000);
+        const fs::path film = w.mac.datei("Movies/film.mov", 70'000'000);
+        AppModell m(w.umfeld(probelauf ? QStringList{"-testlauf", "YES"} : QStringList{}));
+        ErgebnisLeiste leiste(m);
+        m.bitte({fund(cache, 0, Entsorgung::loeschen), fund(film, 0, Entsorgung::papierkorb)}, "Gemischt");
+        m.ausfuehren(*m.auftrag());
+        ASSERT_TRUE(warte([&] { return m.letzteRunde().has_value() && !m.entsorgtGerade(); }));
+        const Runde r = *m.letzteRunde();
+        ASSERT_EQ(r.posten.size(), 2u);
+        const int64_t geloescht = r.posten[0].bytes, korb = r.posten[1].bytes;
+        ASSERT_GT(korb, 50'000'000);
+        if (probelauf) {
+            EXPECT_TRUE(fs::exists(cache) && fs::exists(film));
+            EXPECT_TRUE(texte(leiste).contains("<b>Probelauf</b>: nichts entfernt")) << texte(leiste).join('\n').toStdString();
+            EXPECT_TRUE(texte(leiste).contains("Freier Platz: <b>50 GB</b>"));  // today's, not a made-up one
+            EXPECT_EQ(leiste.erklaerung(), bytesText(geloescht) + " würden frei · " + bytesText(korb) +
+                                               " gingen in den Papierkorb – frei erst nach dem Leeren");
+            EXPECT_FALSE(leiste.rueckgaengigKnopf()->isEnabled());
+            continue;
+        }
+        EXPECT_EQ(leiste.erklaerung(), bytesText(korb) + " liegen im Papierkorb – frei erst nach dem Leeren");
+        ASSERT_TRUE(leiste.rueckgaengigKnopf()->isEnabled());
+        leiste.rueckgaengigKnopf()->click();
+        ASSERT_TRUE(warte([&] { return fs::exists(film) && !leiste.rueckgaengigKnopf()->isEnabled(); }));
+        EXPECT_EQ(leiste.erklaerung(), bytesText(korb) + " zurückgelegt");
+    }
+}
+
+// Once the safe caches are gone, the emergency card checks again and says so instead of opening
+// a sheet of nothing; a sheet of nothing would never arm anyway.
+TEST(Uebersicht, NotfallOhneSichereCachesOeffnetKeinBlatt) {
+    Welt w;
+    AppModell m(w.umfeld());
+    UebersichtSeite seite(m);
+    QPushButton* knopf = nullptr;
+    for (auto* k : seite.findChildren<QPushButton*>())
+        if (k->text() == "Sichere Caches freigeben") knopf = k;
+    ASSERT_TRUE(knopf);
+    knopf->click();
+    ASSERT_TRUE(warte([&] { return m.auftrag().has_value(); }));
+    EXPECT_EQ(m.auftrag()->titel, AppModell::notfallTitel);
+    EXPECT_FALSE(m.auftrag()->funde.empty());
+    m.ausfuehren(*m.auftrag());
+    ASSERT_TRUE(warte([&] { return m.letzteRunde().has_value() && !m.entsorgtGerade(); }));
+    ASSERT_EQ(m.letzteRunde()->fehlerAnzahl(), 0u);
+
+    knopf->click();
+    ASSERT_TRUE(warte([&] { return !m.katalogLaeuft(); }));
+    EXPECT_FALSE(m.auftrag());
+    EXPECT_TRUE(m.katalogSicher().empty());
+    EXPECT_EQ(knopf->text(), "Noch einmal prüfen");
+    EXPECT_TRUE(knopf->isEnabled());
+    const QStringList t = texte(seite);
+    EXPECT_TRUE(std::any_of(t.begin(), t.end(), [](const QString& x) {
+        return x.startsWith("Gerade liegen keine sicheren Caches herum (geprüft gerade eben).");
+    })) << t.join('\n').toStdString();
+
+    Uhrwerk zeit;
+    BestaetigungsAnsicht leer(m, Auftrag{"2", "Leer", {}}, nullptr, {zeit.uhr(), {}});
+    leer.show();
+    *zeit.jetzt += 2s;
+    EXPECT_FALSE(leer.bereit());
+    leer.bestaetigen();
+    EXPECT_FALSE(m.entsorgtGerade());
 }
 
 TEST(Einstellungen, JedesBedienelementSchreibtSeinenSchluessel) {
