@@ -21,7 +21,7 @@ class Assistent : public QObject {
     Q_OBJECT
 public:
     static constexpr const char* anweisungen =
-        "Du bist der Assistent in „Hainbrem“, einer Mac-App, die Speicherplatz freimacht. Antworte kurz, freundlich "
+        "Du bist der Assistent in „Hainbrem“, einer App, die Speicherplatz freimacht. Antworte kurz, freundlich "
         "und auf Deutsch, duze den Nutzer.\n"
         "Regeln:\n"
         "- Nutze immer die Werkzeuge für Zahlen, Pfade und Funde. Erfinde nie Größen, Pfade oder Programme.\n"

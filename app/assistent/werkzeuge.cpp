@@ -45,7 +45,9 @@ std::string ersteZeichen(std::string_view text, size_t n) {
 
 std::string plattenstandText(const Plattenstand& s) {
     const int64_t nurLoeschbar = std::max<int64_t>(0, subtrahiere(s.mitLoeschbarem, s.echtFrei));
-    return "Gesamt " + alsBytes(s.gesamt) + ", wirklich frei " + alsBytes(s.echtFrei) + ", laut Finder verfügbar " +
+    // only a system that frees space by itself (a Mac's purgeable space) shows more than is free
+    if (nurLoeschbar == 0) return "Gesamt " + alsBytes(s.gesamt) + ", wirklich frei " + alsBytes(s.echtFrei) + ".";
+    return "Gesamt " + alsBytes(s.gesamt) + ", wirklich frei " + alsBytes(s.echtFrei) + ", laut Dateimanager verfügbar " +
            alsBytes(s.mitLoeschbarem) + " (davon nur löschbar: " + alsBytes(nurLoeschbar) + ").";
 }
 
@@ -202,7 +204,8 @@ PlattenWerkzeug::PlattenWerkzeug(fs::path home, std::function<Plattenstand(const
 }
 
 std::string_view PlattenWerkzeug::beschreibung() const {
-    return "Wie viel Platz auf dem Mac wirklich frei ist, wie viel der Finder anzeigt und wie viel nur löschbar ist.";
+    return "Wie viel Platz auf der Platte wirklich frei ist, wie viel der Dateimanager anzeigt und wie viel davon das "
+           "System erst bei Bedarf freigibt.";
 }
 
 void PlattenWerkzeug::call(const QJsonObject&, Fertig fertig) {
@@ -240,13 +243,13 @@ void FundeWerkzeug::call(const QJsonObject&, Fertig fertig) {
 
 std::string_view OrdnerWerkzeug::beschreibung() const {
     return "Die größten Unterordner und Dateien eines Ordners. Pfad mit ~ für den Benutzerordner, z. B. ~ oder "
-           "~/Library.";
+           "~/Downloads.";
 }
 
 OrdnerWerkzeug::OrdnerWerkzeug(AppModell& modell) : modell_(modell), home_(modell.umgebung().home) {}
 
 std::vector<Argument> OrdnerWerkzeug::argumente() const {
-    return {{"pfad", false, "Ordnerpfad, z. B. ~/Library/Application Support"}};
+    return {{"pfad", false, "Ordnerpfad, z. B. ~/Downloads"}};
 }
 
 void OrdnerWerkzeug::call(const QJsonObject& argumente, Fertig fertig) {

@@ -95,7 +95,7 @@ KarteSeite::KarteSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), mo
         zustaende_->zeige(modell_.scanLaeuft(), modell_.scan() != nullptr, modell_.scan() != nullptr, -1,
                           QStringLiteral("%1 · %2 gezählt")
                               .arg(qs(anzahl(modell_.scanDateien(), "Datei", "Dateien")),
-                                   qs(alsBytes(modell_.scanBytes()))));
+                                   design::bytes(modell_.scanBytes())));
     };
     for (auto s : {&AppModell::scanLaeuftGeaendert, &AppModell::scanDateienGeaendert, &AppModell::scanBytesGeaendert})
         connect(&modell_, s, this, status);
@@ -188,7 +188,7 @@ void KarteSeite::fuelleListe() {
         auto* n = new QTableWidgetItem(name);
         n->setData(Qt::UserRole, pfad);
         n->setToolTip(pfad);
-        auto* b = new QTableWidgetItem(qs(alsBytes(bytes)));
+        auto* b = new QTableWidgetItem(design::bytes(bytes));
         b->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
         const double anteil = m.bytes > 0 ? 100.0 * static_cast<double>(bytes) / static_cast<double>(m.bytes) : 0;
         auto* a = new QTableWidgetItem(QStringLiteral("%1 %").arg(QLocale(QLocale::German).toString(anteil, 'f', 1)));

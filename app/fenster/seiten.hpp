@@ -172,6 +172,7 @@ private:
     QLabel* gruppenText_;
     FundListe* liste_;
     Seitenkopf* kopf_;
+    QPushButton* alle_;
 };
 
 class ProgrammeSeite : public QWidget {

@@ -296,7 +296,10 @@ void AppModell::platteLesen() {
         [this](std::optional<Platte>&& p) { setze(platte_, std::move(p), &AppModell::platteGeaendert); });
 }
 
-void AppModell::standAktualisieren() { waechter_->aktualisieren(); }
+void AppModell::standAktualisieren() {
+    waechter_->aktualisieren();
+    platteLesen();  // the volumes with the free space above them, so the overview's figures agree
+}
 
 void AppModell::warnen(Plattenstand::Lage lage) { waechter_->warnen(lage); }
 
@@ -473,7 +476,6 @@ void AppModell::ausfuehren(Auftrag auftrag) {
             setze(verlauf_, verlaufDatei_->runden(), &AppModell::verlaufGeaendert);
             setze(letzteRunde_, std::optional<Runde>(std::move(runde)), &AppModell::letzteRundeGeaendert);
             standAktualisieren();
-            platteLesen();  // the volumes' free part, as fresh as the free space above it
             if (--offeneEntsorgungen_ == 0) setze(entsorgtGerade_, false, &AppModell::entsorgtGeradeGeaendert);
         });
 }

@@ -21,9 +21,9 @@ TEST(Werkzeuge, RelativesDatum) {
 
 TEST(Werkzeuge, PlattenstandNieMitNegativemLoeschbarenAnteil) {
     EXPECT_EQ(plattenstandText({500'000'000'000, 20'000'000'000, 25'500'000'000}),
-              "Gesamt 500 GB, wirklich frei 20 GB, laut Finder verfügbar 25,5 GB (davon nur löschbar: 5,5 GB).");
+              "Gesamt 500 GB, wirklich frei 20 GB, laut Dateimanager verfügbar 25,5 GB (davon nur löschbar: 5,5 GB).");
     EXPECT_EQ(plattenstandText({1000, 900, 800}),
-              "Gesamt 1 KB, wirklich frei 900 Byte, laut Finder verfügbar 800 Byte (davon nur löschbar: 0 Byte).");
+              "Gesamt 1 KB, wirklich frei 900 Byte.");
 }
 
 TEST(Werkzeuge, AufraeumFundeNenntDie14GroesstenMitGekuerzterBegruendung) {

@@ -2,6 +2,7 @@
 // and rows, the result bar's line, the settings and the panel, and one cleanup end to end.
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -27,9 +28,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
+// Sizes keep a no-break space between number and unit; the tests read them with a plain one.
+QString normal(QString text) { return text.replace(QChar(0x00A0), QLatin1Char(' ')); }
+
 QStringList texte(const QWidget& w) {
     QStringList t;
-    for (const auto* l : w.findChildren<QLabel*>()) t << l->text();
+    for (const auto* l : w.findChildren<QLabel*>()) t << normal(l->text());
     return t;
 }
 
@@ -55,6 +59,11 @@ TEST(FundListe, HaekchenSindDieAuswahlInBeideRichtungenUndSortierenGehtUeberIndi
         liste.sort(spalte, Qt::AscendingOrder);
         EXPECT_EQ(liste.fund(0).url, erster) << spalte;
     }
+    // the note column sorts by what it shows, which a page may make from more than the title
+    liste.setzeHinweis([](const Fund& f) { return f.url.filename() == "c-klein" ? QString("Alpha") : QString("Zeta"); });
+    liste.sort(FundListe::hinweis, Qt::AscendingOrder);
+    EXPECT_EQ(liste.fund(0).url, "/tmp/c-klein");
+    EXPECT_EQ(liste.index(0, FundListe::hinweis).data().toString(), "Alpha");
     liste.sort(FundListe::groesse, Qt::DescendingOrder);
     EXPECT_EQ(liste.index(0, FundListe::name).data(FundListe::pfadRolle).toString(), "/home/anna/A-gross");
     liste.setzeWaehlbar([](const Fund& f) { return f.bytes != 300; });  // e.g. a duplicate's keeper
@@ -189,7 +198,7 @@ TEST(Ergebnisleiste, ErklaertDieRundeUndSchliesst) {
     m.ausfuehren(*m.auftrag());
     ASSERT_TRUE(warte([&] { return m.letzteRunde().has_value(); }));
     EXPECT_FALSE(leiste.isHidden());
-    EXPECT_EQ(leiste.erklaerung(), "Alles erledigt. Echter freier Platz jetzt: 76,03 GB.");
+    EXPECT_EQ(normal(leiste.erklaerung()), "Alles erledigt. Echter freier Platz jetzt: 76,03 GB.");
     leiste.schliessenKnopf()->click();
     EXPECT_FALSE(m.letzteRunde());
     EXPECT_TRUE(leiste.isHidden());
@@ -217,16 +226,16 @@ TEST(Ergebnisleiste, NachRueckgaengigUndNachProbelauf) {
             EXPECT_TRUE(fs::exists(cache) && fs::exists(film));
             EXPECT_TRUE(texte(leiste).contains("<b>Probelauf</b>: nichts entfernt")) << texte(leiste).join('\n').toStdString();
             EXPECT_TRUE(texte(leiste).contains("Freier Platz: <b>50 GB</b>"));  // today's, not a made-up one
-            EXPECT_EQ(leiste.erklaerung(), bytesText(geloescht) + " würden frei · " + bytesText(korb) +
+            EXPECT_EQ(normal(leiste.erklaerung()), bytesText(geloescht) + " würden frei · " + bytesText(korb) +
                                                " gingen in den Papierkorb – frei erst nach dem Leeren");
             EXPECT_FALSE(leiste.rueckgaengigKnopf()->isEnabled());
             continue;
         }
-        EXPECT_EQ(leiste.erklaerung(), bytesText(korb) + " liegen im Papierkorb – frei erst nach dem Leeren");
+        EXPECT_EQ(normal(leiste.erklaerung()), bytesText(korb) + " liegen im Papierkorb – frei erst nach dem Leeren");
         ASSERT_TRUE(leiste.rueckgaengigKnopf()->isEnabled());
         leiste.rueckgaengigKnopf()->click();
         ASSERT_TRUE(warte([&] { return fs::exists(film) && !leiste.rueckgaengigKnopf()->isEnabled(); }));
-        EXPECT_EQ(leiste.erklaerung(), bytesText(korb) + " zurückgelegt");
+        EXPECT_EQ(normal(leiste.erklaerung()), bytesText(korb) + " zurückgelegt");
     }
 }
 
@@ -315,12 +324,43 @@ TEST(Menueleiste, SymbolNachLageUndKnoepfeRufenIhreAktionen) {
     EXPECT_TRUE(p.aufraeumenKnopf()->text().startsWith("Sichere Caches aufräumen · "));
     int geoeffnet = 0;
     QObject::connect(&symbol, &MenueleistenSymbol::oeffnen, [&] { ++geoeffnet; });
+    // the window opens with the sheet above it, active
+    Hauptfenster f(m, w.mac.home());
+    QObject::connect(&symbol, &MenueleistenSymbol::oeffnen, &f, &Hauptfenster::zeigen);
     p.aufraeumenKnopf()->click();
     ASSERT_TRUE(m.auftrag());
     EXPECT_EQ(m.auftrag()->titel, "Sichere Caches aufräumen");
     EXPECT_EQ(m.auftrag()->funde, m.katalogSicher());
+    ASSERT_TRUE(f.blatt());
+    EXPECT_TRUE(f.isVisible());
+    EXPECT_TRUE(f.blatt()->isVisible());
+    EXPECT_TRUE(warte([&] { return QApplication::activeWindow() == f.blatt(); }));
+    f.blatt()->reject();
     p.oeffnenKnopf()->click();
     EXPECT_EQ(geoeffnet, 2);
+}
+
+// The panel opens beside its symbol wherever the desktop puts the symbol, never over it.
+TEST(Menueleiste, PanelNebenSeinemSymbol) {
+    const QSize panel(300, 400);
+    struct Fall {
+        const char* wo;
+        QRect symbol, flaeche;
+        QPoint ort;
+    };
+    const std::vector<Fall> faelle{
+        {"Leiste oben", {1500, 0, 24, 24}, {0, 28, 1600, 972}, {1300, 24}},
+        {"Leiste unten", {1500, 976, 24, 24}, {0, 0, 1600, 972}, {1300, 576}},
+        {"links am Rand", {4, 976, 24, 24}, {0, 0, 1600, 972}, {4, 576}},
+        {"Bildschirm zu niedrig", {10, 140, 24, 24}, {0, 0, 800, 300}, {34, 0}},
+        {"Leiste rechts, zu niedrig", {776, 140, 24, 24}, {0, 0, 770, 300}, {476, 0}},
+    };
+    for (const auto& f : faelle) {
+        const QPoint ort = panelOrt(f.symbol, panel, f.flaeche);
+        EXPECT_EQ(ort, f.ort) << f.wo;
+        EXPECT_FALSE(QRect(ort, panel).intersects(f.symbol)) << f.wo;
+        EXPECT_GE(ort.x(), f.flaeche.left()) << f.wo;
+    }
 }
 
 // check → tick → sheet → confirm → result bar → undo, on the windows the user sees
