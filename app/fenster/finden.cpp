@@ -60,8 +60,8 @@ GrosseSeite::GrosseSeite(AppModell& modell, const std::filesystem::path& home, Q
         [] { return std::string("Große Dateien"); });
     il->addWidget(leiste);
     zustaende_ = new Zustaende({"doc.richtext", QStringLiteral("Noch keine großen Dateien"),
-                                QStringLiteral("Große Dateien kommen aus dem Scan der Platte. Er dauert etwa 15 Sekunden "
-                                               "und füllt auch die Speicherkarte."),
+                                QStringLiteral("Große Dateien kommen aus dem Scan, der auch die Speicherkarte "
+                                               "füllt."),
                                 QStringLiteral("Platte scannen"), [this] { modell_.tiefenscan(); },
                                 QStringLiteral("Keine großen Dateien"),
                                 QStringLiteral("Im letzten Scan ist keine Datei 50 MB oder größer. Gut so."),

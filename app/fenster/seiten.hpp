@@ -135,14 +135,19 @@ public:
     void oeffne(Knoten::Zeiger knoten);
 
 private:
+    static QString unterzeile(bool ganzePlatte);
     void neuerScan();
     void zielAnwenden();
     void fuelleListe();
+    // The node at `pfad`, else the nearest one above it that is still in the tree.
+    Knoten::Zeiger naechster(std::string pfad) const;
     AppModell& modell_;
+    Seitenkopf* kopf_;
     Zustaende* zustaende_;
     Jahresringe* ringe_;
     QTableWidget* liste_;
     QHBoxLayout* krume_;
+    QLabel* erklaerung_;
     QLabel* kopfText_;
     Knoten::Zeiger wurzel_;
 };

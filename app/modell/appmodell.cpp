@@ -523,10 +523,13 @@ void AppModell::nachEntsorgung(const Runde& runde) {
         const auto dateiPfad = [](const DateiInfo& d) -> const std::string& { return d.pfad; };
         const bool a = weg.filtere(grosse, dateiPfad);
         const bool b = weg.filtere(kandidaten, dateiPfad);
-        if (a || b) {
+        // the map's tree too: what went is no longer shown, the Trash holds what went there
+        auto wurzel = Tiefenscan::nachUmzug(scan_->wurzel, Tiefenscan::umzuege(runde));
+        if (a || b || wurzel != scan_->wurzel) {
             auto neu = std::make_shared<TiefenscanErgebnis>(*scan_);
             neu->grosse = std::move(grosse);
             neu->kandidaten = std::move(kandidaten);
+            neu->wurzel = std::move(wurzel);
             setze(scan_, ScanZeiger(std::move(neu)), &AppModell::scanGeaendert);
         }
     }
@@ -537,7 +540,15 @@ void AppModell::rueckgaengig(const std::string& rundenId) {
     imHintergrund<Entsorger::Rueckgabe>(
         entsorgerFaden_, std::make_shared<Lauf>(),
         [this, rundenId](Steuerung& st) { return arbeiten::rueckgaengig(*entsorger_, rundenId, st); },
-        [this, rundenId](Entsorger::Rueckgabe&& r) {
+        [this, rundenId, vorher = verlaufDatei_->runde(rundenId)](Entsorger::Rueckgabe&& r) {
+            // what came back out of the Trash is back in its place on the map
+            if (const auto nachher = verlaufDatei_->runde(rundenId); scan_ && vorher && nachher)
+                if (auto wurzel = Tiefenscan::nachUmzug(scan_->wurzel, Tiefenscan::umzuege(*vorher, *nachher));
+                    wurzel != scan_->wurzel) {
+                    auto neu = std::make_shared<TiefenscanErgebnis>(*scan_);
+                    neu->wurzel = std::move(wurzel);
+                    setze(scan_, ScanZeiger(std::move(neu)), &AppModell::scanGeaendert);
+                }
             setze(verlauf_, verlaufDatei_->runden(), &AppModell::verlaufGeaendert);
             if (letzteRunde_ && letzteRunde_->id == rundenId)
                 setze(letzteRunde_, verlaufDatei_->runde(rundenId), &AppModell::letzteRundeGeaendert);

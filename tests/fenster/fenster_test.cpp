@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QSlider>
+#include <QTableWidget>
 #include <QToolButton>
 
 #include "../modell/welt.hpp"
@@ -17,6 +18,7 @@
 #include "app/fenster/fundliste.hpp"
 #include "app/fenster/hauptfenster.hpp"
 #include "app/fenster/menueleiste.hpp"
+#include "app/fenster/ringansicht.hpp"
 #include "app/fenster/seiten.hpp"
 #include "kern/bestaetigung.hpp"
 #include "kern/format.hpp"
@@ -275,6 +277,53 @@ TEST(Uebersicht, NotfallOhneSichereCachesOeffnetKeinBlatt) {
     EXPECT_FALSE(leer.bereit());
     leer.bestaetigen();
     EXPECT_FALSE(m.entsorgtGerade());
+}
+
+QStringList zeilen(const QTableWidget& t) {
+    QStringList z;
+    for (int i = 0; i < t.rowCount(); ++i) z << t.item(i, 0)->text();
+    return z;
+}
+
+// After a round the map no longer lists what went, stays where the user was, and shows the
+// Trash holding what went there; an undo brings the bytes back to their folder.
+TEST(Speicherkarte, ZeigtNachDerRundeNichtMehrWasWegIst) {
+    Welt w;
+    const fs::path cache = w.mac.ordnerMitDatei("Library/Caches/com.example.gross", 3'000'000);
+    const fs::path bleibt = w.mac.ordnerMitDatei("Library/Caches/com.example.bleibt", 2'000'000);
+    const fs::path alt = w.mac.ordnerMitDatei("Documents/Altes Projekt", 2'000'000);
+    AppModell m(w.umfeld());
+    KarteSeite karte(m);
+    m.tiefenscan();
+    ASSERT_TRUE(warte([&] { return m.scan() && !m.scanLaeuft(); }));
+    const auto caches = Knoten::finde(m.scan()->wurzel, (w.mac.home() / "Library/Caches").native());
+    ASSERT_TRUE(caches);
+    karte.oeffne(caches);
+    const auto* liste = karte.findChild<QTableWidget*>();
+    ASSERT_TRUE(liste);
+    ASSERT_TRUE(zeilen(*liste).contains("com.example.gross")) << zeilen(*liste).join(',').toStdString();
+    const int64_t dokumente = Knoten::finde(m.scan()->wurzel, (w.mac.home() / "Documents").native())->bytes;
+    const int64_t ganz = m.scan()->wurzel->bytes, gross = Knoten::finde(m.scan()->wurzel, cache.native())->bytes;
+
+    m.bitte({fund(cache, 0, Entsorgung::loeschen), fund(alt, 0, Entsorgung::papierkorb)}, "Runde");
+    m.ausfuehren(*m.auftrag());
+    ASSERT_TRUE(warte([&] { return m.letzteRunde().has_value() && !m.entsorgtGerade(); }));
+    ASSERT_EQ(m.letzteRunde()->fehlerAnzahl(), 0u);
+    EXPECT_FALSE(zeilen(*liste).contains("com.example.gross")) << zeilen(*liste).join(',').toStdString();
+    EXPECT_TRUE(zeilen(*liste).contains("com.example.bleibt"));
+    EXPECT_EQ(karte.ringe()->mitte()->pfad, caches->pfad) << "die Karte bleibt, wo sie war";
+    const auto& baum = m.scan()->wurzel;
+    EXPECT_FALSE(Knoten::finde(baum, cache.native()));
+    EXPECT_FALSE(Knoten::finde(baum, alt.native()));
+    EXPECT_LT(Knoten::finde(baum, (w.mac.home() / "Documents").native())->bytes, dokumente - 1'900'000);
+    EXPECT_EQ(baum->bytes, ganz - gross) << "was in den Papierkorb ging, liegt noch im Home-Ordner";
+    (void)bleibt;
+
+    m.rueckgaengig(m.letzteRunde()->id);
+    ASSERT_TRUE(warte([&] { return fs::exists(alt); }));
+    ASSERT_TRUE(warte([&] {
+        return Knoten::finde(m.scan()->wurzel, (w.mac.home() / "Documents").native())->bytes == dokumente;
+    }));
 }
 
 TEST(Einstellungen, JedesBedienelementSchreibtSeinenSchluessel) {
