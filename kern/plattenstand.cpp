@@ -8,6 +8,7 @@
 #include "kern/eigenschaftsliste.hpp"
 #include "kern/rechnen.hpp"
 #include "plattform/plattform.hpp"
+#include "plattform/scan.hpp"
 
 namespace hainbrem {
 
@@ -305,7 +306,16 @@ std::optional<Platte> Platte::lesen(Katalogprofil profil) {
         if (!aus) return std::nullopt;
         std::error_code fehler;
         const auto home = std::filesystem::weakly_canonical(plattform::heimOrdner(), fehler);
-        return ausLsblk(*aus, fehler ? plattform::heimOrdner() : home);
+        auto platte = ausLsblk(*aus, fehler ? plattform::heimOrdner() : home);
+        // without udev's database lsblk knows no file system type; the mount table does
+        if (platte) {
+            const auto tabelle = plattform::einhaengTabelle();
+            for (auto& v : platte->volumes)
+                if (v.typ.empty() && !v.einhaengepunkt.empty())
+                    for (const auto& e : tabelle)
+                        if (e.punkt == v.einhaengepunkt) v.typ = e.typ;
+        }
+        return platte;
     }
 }
 

@@ -221,12 +221,12 @@ void ErgebnisLeiste::zeige() {
     if (!r) return;
     symbol_->setze("sun.max.fill", "orange");
     schliessen_->setIcon(design::symbol("xmark", palette().color(QPalette::WindowText)));
+    // the free space as read last (right after the round, and again after an undo), so the bar never
+    // shows an older figure than the pages below it
+    frei_->setText(QStringLiteral("Freier Platz: <b>%1</b>").arg(design::bytes(modell_.stand().echtFrei)));
     if (r->probelauf) {
-        // nothing was removed: the free space is today's, and there is no gain to show
-        frei_->setText(QStringLiteral("Freier Platz: <b>%1</b>").arg(design::bytes(modell_.stand().echtFrei)));
         gewonnen_->setText(QStringLiteral("<b>Probelauf</b>: nichts entfernt"));
     } else {
-        frei_->setText(QStringLiteral("Freier Platz: <b>%1</b>").arg(design::bytes(r->freiNachher)));
         gewonnen_->setText(QStringLiteral("Gewonnen: <b>%1</b> <span style='color:%2'>gemessen</span>")
                                .arg(design::bytes(r->gewonnen()), design::farbe("gruen").name()));
     }

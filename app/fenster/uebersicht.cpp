@@ -245,16 +245,19 @@ void UebersichtSeite::aktualisiere() {
     zahlen_->setText(zahlen + QStringLiteral("</table>"));
     QString vol;
     if (modell_.platte()) {
-        if (!bild.name.empty()) vol += QStringLiteral("<b>%1</b><br>").arg(qs(bild.name).toHtmlEscaped());
-        const QString leise = palette().color(QPalette::PlaceholderText).name();
+        if (!bild.name.empty()) vol += QStringLiteral("<p><b>%1</b></p>").arg(qs(bild.name).toHtmlEscaped());
+        vol += QStringLiteral("<table cellspacing='0' cellpadding='1'>");
         for (size_t i = 0; i < bild.teile.size(); ++i) {
             const auto& t = bild.teile[i];
-            vol += QStringLiteral("<span style='color:%1'>●</span> %2 <b>%3</b><br>")
-                       .arg(teilFarbe(bild, i).name(), qs(t.titel).toHtmlEscaped(), design::bytes(t.bytes));
+            QString text = QStringLiteral("%1 <b>%2</b>").arg(qs(t.titel).toHtmlEscaped(), design::bytes(t.bytes));
             // what is neither files nor free is said in words, right under its figure
             if (t.art != Plattenteil::Art::volume && t.art != Plattenteil::Art::frei && !t.erklaerung.empty())
-                vol += QStringLiteral("<span style='color:%1'>%2</span><br>").arg(leise, qs(t.erklaerung).toHtmlEscaped());
+                text += QStringLiteral("<br><span style='color:%1'>%2</span>")
+                            .arg(design::farbe("grau").name(), design::fliesstext(t.erklaerung).toHtmlEscaped());
+            vol += QStringLiteral("<tr><td valign='top' style='padding-right:5px; color:%1'>●</td><td>%2</td></tr>")
+                       .arg(teilFarbe(bild, i).name(), text);
         }
+        vol += QStringLiteral("</table>");
     }
     volumes_->setText(vol);
     ringe_->setAccessibleName(bild.name.empty() ? QStringLiteral("Volumes der Platte")
