@@ -312,10 +312,12 @@ SystemdatenPosten linuxSwap(const std::optional<std::vector<plattform::SwapBerei
 SystemdatenPosten linuxJournal(const fs::path& ordner, const Groesse::Messung& m, bool da) {
     SystemdatenPosten p{std::string(journalTitel), da && !m.angehalten ? std::optional(m.bytes) : std::nullopt,
                         "Das Systemprotokoll von systemd (" + ordner.native() +
-                            "). Es wächst bis zu seiner eingestellten Grenze; „journalctl --vacuum-size=500M“ "
-                            "als root verkleinert es. Hainbrem fasst es nicht an."};
+                            "). Es wächst bis zu seiner eingestellten Grenze; der Befehl verkleinert es auf 500 MB. "
+                            "Hainbrem fasst es nicht an."};
+    if (da) p.befehl = "sudo journalctl --vacuum-size=500M";
     if (!da)
-        p.erklaerung += " Hier gibt es kein dauerhaftes Journal.";
+        p.erklaerung = "Das Systemprotokoll von systemd (" + ordner.native() +
+                       "). Hier gibt es kein dauerhaftes Journal.";
     else if (m.unlesbar > 0)
         p.erklaerung += " Ein Teil war nicht lesbar, die Zahl ist eine Untergrenze.";
     return p;

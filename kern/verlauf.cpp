@@ -39,6 +39,20 @@ int64_t Runde::erwartet() const {
     return s;
 }
 
+int64_t Runde::erwartetFrei() const {
+    int64_t s = 0;
+    for (const auto& p : posten)
+        if (!p.fehler && p.art != Entsorgung::papierkorb) s = addiere(s, p.bytes);
+    return s;
+}
+
+int64_t Runde::zurueckgelegtBytes() const {
+    int64_t s = 0;
+    for (const auto& p : posten)
+        if (p.zurueckgelegt && !p.fehler) s = addiere(s, p.bytes);
+    return s;
+}
+
 int64_t Runde::imPapierkorbBytes() const {
     int64_t s = 0;
     for (const auto& p : posten)

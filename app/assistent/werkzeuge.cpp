@@ -48,6 +48,8 @@ std::string plattenstandText(const Plattenstand& s, Katalogprofil profil) {
         return "Gesamt " + alsBytes(s.gesamt) + ", wirklich frei " + alsBytes(s.echtFrei) + ", belegt " +
                alsBytes(s.belegt()) + ".";
     const int64_t nurLoeschbar = std::max<int64_t>(0, subtrahiere(s.mitLoeschbarem, s.echtFrei));
+    // purgeable space only when there is some
+    if (nurLoeschbar == 0) return "Gesamt " + alsBytes(s.gesamt) + ", wirklich frei " + alsBytes(s.echtFrei) + ".";
     return "Gesamt " + alsBytes(s.gesamt) + ", wirklich frei " + alsBytes(s.echtFrei) + ", laut Finder verfügbar " +
            alsBytes(s.mitLoeschbarem) + " (davon nur löschbar: " + alsBytes(nurLoeschbar) + ").";
 }
@@ -250,7 +252,7 @@ std::string_view OrdnerWerkzeug::beschreibung() const {
         return "Die größten Unterordner und Dateien eines Ordners. Pfad mit ~ für den Benutzerordner, z. B. ~ oder "
                "~/.cache.";
     return "Die größten Unterordner und Dateien eines Ordners. Pfad mit ~ für den Benutzerordner, z. B. ~ oder "
-           "~/Library.";
+           "~/Downloads.";
 }
 
 OrdnerWerkzeug::OrdnerWerkzeug(AppModell& modell)

@@ -60,8 +60,8 @@ GrosseSeite::GrosseSeite(AppModell& modell, const std::filesystem::path& home, Q
         [] { return std::string("Große Dateien"); });
     il->addWidget(leiste);
     zustaende_ = new Zustaende({"doc.richtext", QStringLiteral("Noch keine großen Dateien"),
-                                QStringLiteral("Große Dateien kommen aus dem Scan der Platte. Er dauert etwa 15 Sekunden "
-                                               "und füllt auch die Speicherkarte."),
+                                QStringLiteral("Große Dateien kommen aus dem Scan, der auch die Speicherkarte "
+                                               "füllt."),
                                 QStringLiteral("Platte scannen"), [this] { modell_.tiefenscan(); },
                                 QStringLiteral("Keine großen Dateien"),
                                 QStringLiteral("Im letzten Scan ist keine Datei 50 MB oder größer. Gut so."),
@@ -84,7 +84,7 @@ GrosseSeite::GrosseSeite(AppModell& modell, const std::filesystem::path& home, Q
         zustaende_->zeige(modell_.scanLaeuft(), scan != nullptr, scan && !scan->grosse.empty(), -1,
                           QStringLiteral("%1 · %2 gezählt")
                               .arg(qs(anzahl(modell_.scanDateien(), "Datei", "Dateien")),
-                                   qs(alsBytes(modell_.scanBytes()))));
+                                   design::bytes(modell_.scanBytes())));
     };
     connect(&modell_, &AppModell::scanGeaendert, this, fuelle);
     for (auto s : {&AppModell::scanLaeuftGeaendert, &AppModell::scanDateienGeaendert, &AppModell::scanGeaendert})
@@ -99,8 +99,8 @@ DuplikateSeite::DuplikateSeite(AppModell& modell, const std::filesystem::path& h
     : QWidget(eltern), modell_(modell) {
     auto* l = seitenLayout(this);
     kopf_ = new Seitenkopf(QStringLiteral("Duplikate"), {});
-    auto* alle = design::knopf(QStringLiteral("Alle Kopien auswählen"));
-    connect(alle, &QPushButton::clicked, this, [this] {
+    alle_ = design::knopf(QStringLiteral("Alle Kopien auswählen"));
+    connect(alle_, &QPushButton::clicked, this, [this] {
         std::vector<Fund> kopien;
         for (const auto& g : modell_.duplikate())
             for (auto& f : kopienAlsFunde(g)) kopien.push_back(std::move(f));
@@ -108,7 +108,7 @@ DuplikateSeite::DuplikateSeite(AppModell& modell, const std::filesystem::path& h
     });
     auto* neu = design::knopf(QStringLiteral("Neu suchen"));
     connect(neu, &QPushButton::clicked, &modell_, &AppModell::duplikateSuchen);
-    kopf_->knoepfe()->addWidget(alle);
+    kopf_->knoepfe()->addWidget(alle_);
     kopf_->knoepfe()->addWidget(neu);
     l->addWidget(kopf_);
 
@@ -166,7 +166,7 @@ DuplikateSeite::DuplikateSeite(AppModell& modell, const std::filesystem::path& h
             item->setData(design::ListenZeile::unterzeilenRolle,
                           QStringList{QStringLiteral("%1 · %2 frei%3")
                                           .arg(qs(anzahl(static_cast<int64_t>(g.dateien.size()), "Datei", "Dateien")),
-                                               qs(alsBytes(g.wirklichFrei)),
+                                               design::bytes(g.wirklichFrei),
                                                g.sindKlone() ? QStringLiteral(" · Klone") : QString())});
             item->setToolTip(qs(g.behalten));
             item->setIcon(design::symbol("square.on.square", design::akzent()));
@@ -174,8 +174,11 @@ DuplikateSeite::DuplikateSeite(AppModell& modell, const std::filesystem::path& h
             verschwendet += g.wirklichFrei;
         }
         const auto gruppen = static_cast<int64_t>(modell_.duplikate().size());
-        kopf_->setzeUnter(QStringLiteral("%1 gleicher Dateien; ohne die Kopien wären %2 frei.")
-                              .arg(qs(anzahl(gruppen, "Gruppe", "Gruppen")), qs(alsBytes(verschwendet))));
+        kopf_->setzeUnter(gruppen > 0 ? QStringLiteral("%1 gleicher Dateien; ohne die Kopien wären %2 frei.")
+                                            .arg(qs(anzahl(gruppen, "Gruppe", "Gruppen")), design::bytes(verschwendet))
+                                      : QStringLiteral("Dateien ab 1 MB mit gleichem Inhalt; von jeder Gruppe bleibt "
+                                                       "eine Datei."));
+        alle_->setEnabled(gruppen > 0);
         if (gruppen_->count() > 0) gruppen_->setCurrentRow(std::clamp(vorher, 0, gruppen_->count() - 1));
         else gruppeZeigen(-1);
         leiste->aktualisiere();
@@ -218,9 +221,9 @@ void DuplikateSeite::gruppeZeigen(int zeile) {
     if (g.sindKlone())
         text += QStringLiteral("<br><span style='color:%1'>Diese Kopien sind Klone und teilen sich ihren Speicher: "
                                "Löschen bringt nur %2, nicht %3.</span>")
-                    .arg(design::farbe("orange").name(), qs(alsBytes(g.wirklichFrei)), qs(alsBytes(g.verschwendet())));
+                    .arg(design::farbe("orange").name(), design::bytes(g.wirklichFrei), design::bytes(g.verschwendet()));
     else
-        text += QStringLiteral("Ohne die Kopien werden %1 frei.").arg(qs(alsBytes(g.wirklichFrei)));
+        text += QStringLiteral("Ohne die Kopien werden %1 frei.").arg(design::bytes(g.wirklichFrei));
     gruppenText_->setText(text);
 }
 
@@ -328,14 +331,14 @@ ProgrammeSeite::ProgrammeSeite(AppModell& modell, const std::filesystem::path& h
             const int z = programme_->rowCount();
             programme_->insertRow(z);
             const bool paket = p.herkunft == Herkunft::flatpak || p.herkunft == Herkunft::snap;
-            auto* n = new QTableWidgetItem(design::symbol(paket ? "shippingbox" : "app.dashed", design::akzent()),
+            auto* n = new QTableWidgetItem(design::zeilenSymbol(paket ? "shippingbox" : "app.dashed", design::akzent()),
                                            qs(p.name));
             n->setToolTip(qs(p.url.native()));
             programme_->setItem(z, 0, n);
             if (linux_) programme_->setItem(z, 1, new QTableWidgetItem(herkunftText(p)));
             programme_->setItem(z, 1 + v, new QTableWidgetItem(qs(p.version)));
             for (const auto& [spalte, bytes] : {std::pair{2 + v, p.bytes}, std::pair{3 + v, p.resteBytes()}}) {
-                auto* b = new QTableWidgetItem(qs(alsBytes(bytes)));
+                auto* b = new QTableWidgetItem(design::bytes(bytes));
                 b->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
                 programme_->setItem(z, spalte, b);
             }
@@ -404,7 +407,7 @@ void ProgrammeSeite::programmZeigen(int zeile) {
                              .arg(qs(p.name).toHtmlEscaped(),
                                   qs(p.bundleID.empty() ? p.url.filename().native() : p.bundleID).toHtmlEscaped(),
                                   qs(anzahl(static_cast<int64_t>(p.reste.size()), "Rest", "Reste")),
-                                  qs(alsBytes(p.resteBytes())));
+                                  design::bytes(p.resteBytes()));
     QString wie;
     switch (p.herkunft) {
         case Herkunft::bundle:
@@ -423,7 +426,7 @@ void ProgrammeSeite::programmZeigen(int zeile) {
     }
     if (p.befehl)
         wie = QStringLiteral("Systemweit installiert: Deinstallieren braucht Administratorrechte, und Hainbrem fragt "
-                             "nach keinem Passwort. Im Terminal:<br><code>%1</code>")
+                             "nach keinem Passwort. Im Terminal:<p style='white-space:pre'><code>%1</code></p>")
                   .arg(qs(*p.befehl).toHtmlEscaped());
     programmText_->setText(kopf + QStringLiteral(" ") + wie);
     deinstallieren_->setEnabled(!p.befehl);

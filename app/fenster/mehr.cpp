@@ -1,4 +1,4 @@
-// iCloud & System and the history of rounds.
+// The tricks page (iCloud & System on a Mac, the system's data on Linux) and the history of rounds.
 #include <QDateTime>
 #include <QHBoxLayout>
 #include <QResizeEvent>
@@ -79,7 +79,7 @@ TricksSeite::TricksSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), 
     const TricksTexte texte = modell_.tricksTexte();
     auto* l = new QVBoxLayout(this);
     l->setContentsMargins(28, 22, 28, 18);
-    auto* kopf = new Seitenkopf(QStringLiteral("iCloud & System"), qs(texte.unterzeile));
+    auto* kopf = new Seitenkopf(qs(titel(Seite::tricks, modell_.profil())), qs(texte.unterzeile));
     auto* neu = design::knopf(QStringLiteral("Neu messen"));
     connect(neu, &QPushButton::clicked, &modell_, &AppModell::tricksLaden);
     kopf->knoepfe()->addWidget(neu);
@@ -167,8 +167,8 @@ void TricksSeite::fuelle() {
     for (const auto& ordner : modell_.icloud()) {
         const int z = icloud_->rowCount();
         icloud_->insertRow(z);
-        icloud_->setItem(z, 0, new QTableWidgetItem(design::symbol("icloud", design::akzent()), qs(ordner.name)));
-        icloud_->setItem(z, 1, rechts(qs(alsBytes(ordner.bytes))));
+        icloud_->setItem(z, 0, new QTableWidgetItem(design::zeilenSymbol("icloud", design::akzent()), qs(ordner.name)));
+        icloud_->setItem(z, 1, rechts(design::bytes(ordner.bytes)));
         icloud_->setItem(z, 2, new QTableWidgetItem(wann(ordner.zuletztGeoeffnet)));
         auto* k = design::knopf(QStringLiteral("Auslagern"));
         connect(k, &QPushButton::clicked, this, [this, ordner] { modell_.auslagern(ordner); });
@@ -196,10 +196,13 @@ void TricksSeite::fuelle() {
         const int z = system_->rowCount();
         system_->insertRow(z);
         system_->setItem(z, 0, new QTableWidgetItem(qs(p.titel)));
-        system_->setItem(z, 1, rechts(p.bytes ? qs(alsBytes(*p.bytes)) : QStringLiteral("nicht messbar")));
+        system_->setItem(z, 1, rechts(p.bytes ? design::bytes(*p.bytes) : QStringLiteral("nicht messbar")));
         // what frees it is said, never done: Hainbrem runs none of these commands
-        auto* text = new QTableWidgetItem(p.befehl ? QStringLiteral("%1\nBefehl: %2").arg(qs(p.erklaerung), qs(*p.befehl))
-                                                   : qs(p.erklaerung));
+        // the command in one piece on its own line; the tooltip holds it as typed
+        auto* text = new QTableWidgetItem(
+            p.befehl ? QStringLiteral("%1\nBefehl: %2").arg(design::fliesstext(p.erklaerung),
+                                                             qs(anzeige::befehlAmStueck(*p.befehl)))
+                     : design::fliesstext(p.erklaerung));
         if (p.befehl) text->setToolTip(qs(*p.befehl));
         system_->setItem(z, 2, text);
     }
@@ -301,8 +304,9 @@ void VerlaufSeite::fuelle() {
         item->setData(design::ListenZeile::unterzeilenRolle,
                       QStringList{qs(anzeige::vorWann(r.datum, jetzt)) + QStringLiteral(" · ") +
                                       wann.toString(QStringLiteral("dd.MM.yyyy, HH:mm")),
-                                  QStringLiteral("%1 gewonnen · %2%3")
-                                      .arg(qs(alsBytes(r.gewonnen())),
+                                  QStringLiteral("%1 · %2%3")
+                                      .arg(r.probelauf ? QStringLiteral("nichts entfernt")
+                                                       : design::bytes(r.gewonnen()) + QStringLiteral(" gewonnen"),
                                            qs(anzahl(static_cast<int64_t>(r.posten.size()), "Teil", "Teile")),
                                            fehler > 0 ? QStringLiteral(" · %1 nicht entfernt").arg(fehler)
                                                       : QString())});
@@ -318,13 +322,19 @@ void VerlaufSeite::rundeZeigen(int zeile) {
     posten_->setRowCount(0);
     if (zeile < 0 || zeile >= static_cast<int>(modell_.verlauf().size())) return;
     const Runde& r = modell_.verlauf()[static_cast<size_t>(zeile)];
-    rundenKopf_->setText(QStringLiteral("<b>%1</b><br>Vorher %2 frei, nachher %3: <b>%4 gewonnen</b>, gemessen. "
-                                        "Erwartet waren %5.%6")
-                             .arg(qs(r.titel).toHtmlEscaped(), qs(alsBytes(r.freiVorher)), qs(alsBytes(r.freiNachher)),
-                                  qs(alsBytes(r.gewonnen())), qs(alsBytes(r.erwartet())),
-                                  r.imPapierkorbBytes() > 0
-                                      ? QStringLiteral(" %1 liegen im Papierkorb.").arg(qs(alsBytes(r.imPapierkorbBytes())))
-                                      : QString()));
+    // expected is what left the disk for good; the Trash frees nothing until it is emptied
+    QString korb;
+    if (r.imPapierkorbBytes() > 0)
+        korb += QStringLiteral(" %1 liegen im Papierkorb, frei erst nach dem Leeren.").arg(design::bytes(r.imPapierkorbBytes()));
+    if (r.zurueckgelegtBytes() > 0)
+        korb += QStringLiteral(" %1 zurückgelegt.").arg(design::bytes(r.zurueckgelegtBytes()));
+    rundenKopf_->setText(
+        r.probelauf ? QStringLiteral("<b>%1</b><br>Probelauf: nichts wurde entfernt. Frei würden %2.")
+                          .arg(qs(r.titel).toHtmlEscaped(), design::bytes(r.erwartetFrei()))
+                    : QStringLiteral("<b>%1</b><br>Vorher %2 frei, nachher %3: <b>%4 gewonnen</b>, gemessen. "
+                                     "Erwartet waren %5.%6")
+                          .arg(qs(r.titel).toHtmlEscaped(), design::bytes(r.freiVorher), design::bytes(r.freiNachher),
+                               design::bytes(r.gewonnen()), design::bytes(r.erwartetFrei()), korb));
     rueckgaengig_->setEnabled(r.kannRueckgaengig());
     for (const auto& p : r.posten) {
         const int z = posten_->rowCount();
@@ -332,7 +342,7 @@ void VerlaufSeite::rundeZeigen(int zeile) {
         auto* was = new QTableWidgetItem(qs(anzeige::kurzpfad(p.pfad, home_)));
         was->setToolTip(qs(p.pfad));
         posten_->setItem(z, 0, was);
-        posten_->setItem(z, 1, rechts(qs(alsBytes(p.bytes))));
+        posten_->setItem(z, 1, rechts(design::bytes(p.bytes)));
         posten_->setItem(z, 2, new QTableWidgetItem(p.art == Entsorgung::loeschen          ? QStringLiteral("gelöscht")
                                                     : p.art == Entsorgung::deinstallieren ? QStringLiteral("deinstalliert")
                                                                                           : QStringLiteral("Papierkorb")));

@@ -138,7 +138,7 @@ void AuswahlLeiste::aktualisiere() {
     text_->setText(funde.empty() ? QStringLiteral("Nichts ausgewählt")
                                  : QStringLiteral("%1 ausgewählt · <b>%2</b>")
                                        .arg(qs(anzahl(static_cast<int64_t>(funde.size()), "Teil", "Teile")),
-                                            qs(alsBytes(anzeige::summe(funde)))));
+                                            design::bytes(anzeige::summe(funde))));
     knopf_->setEnabled(!funde.empty() && !modell_.entsorgtGerade());
 }
 

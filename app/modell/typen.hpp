@@ -11,6 +11,7 @@
 #include "kern/datensaetze.hpp"
 #include "kern/duplikate.hpp"
 #include "kern/format.hpp"  // anzahl: counts with their noun, shared with the command line
+#include "kern/profil.hpp"
 #include "kern/runde.hpp"
 
 namespace hainbrem {
@@ -25,6 +26,9 @@ inline constexpr std::array<Seite, 10> alleSeiten{
 std::string_view id(Seite s);
 std::string_view titel(Seite s);
 std::string_view symbol(Seite s);  // SF Symbol name
+// As the profile shows them: a Linux desktop has no iCloud, so its tricks page is the system's data.
+std::string_view titel(Seite s, Katalogprofil profil);
+std::string_view symbol(Seite s, Katalogprofil profil);
 std::optional<Seite> seiteAus(std::string_view id);
 
 // A pending request for confirmation; a fresh id each time one is made. `gang` is the core's

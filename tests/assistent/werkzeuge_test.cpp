@@ -24,7 +24,7 @@ TEST(Werkzeuge, PlattenstandNieMitNegativemLoeschbarenAnteil) {
     EXPECT_EQ(plattenstandText({500'000'000'000, 20'000'000'000, 25'500'000'000}, Katalogprofil::macos),
               "Gesamt 500 GB, wirklich frei 20 GB, laut Finder verfügbar 25,5 GB (davon nur löschbar: 5,5 GB).");
     EXPECT_EQ(plattenstandText({1000, 900, 800}, Katalogprofil::macos),
-              "Gesamt 1 KB, wirklich frei 900 Byte, laut Finder verfügbar 800 Byte (davon nur löschbar: 0 Byte).");
+              "Gesamt 1 KB, wirklich frei 900 Byte.");
     // Linux has no Finder and no purgeable space
     EXPECT_EQ(plattenstandText({500'000'000'000, 20'000'000'000, 20'000'000'000}, Katalogprofil::linuxDesktop),
               "Gesamt 500 GB, wirklich frei 20 GB, belegt 480 GB.");
