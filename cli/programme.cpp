@@ -11,7 +11,7 @@
 #include "kern/format.hpp"
 #include "kern/laufend.hpp"
 #include "kern/programme.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem::cli {
 namespace {

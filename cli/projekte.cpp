@@ -14,7 +14,7 @@
 #include "cli/runde.hpp"
 #include "kern/format.hpp"
 #include "kern/projekte.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem::cli {
 namespace {

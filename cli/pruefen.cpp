@@ -9,7 +9,7 @@
 #include "kern/format.hpp"
 #include "kern/katalog.hpp"
 #include "kern/laufend.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/verlauf.hpp"
 
 namespace hainbrem::cli {

@@ -20,7 +20,7 @@
 #include "kern/laufend.hpp"
 #include "kern/verlauf.hpp"
 #include "kern/format.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/tiefenscan.hpp"
 #include "plattform/plattform.hpp"
 

@@ -2,7 +2,7 @@
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
 #include "kern/format.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/speichertricks.hpp"
 
 namespace hainbrem::cli {

@@ -6,7 +6,7 @@
 #include "kern/format.hpp"
 #include "kern/paketsysteme.hpp"
 #include "kern/plattenstand.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem {
 

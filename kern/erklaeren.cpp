@@ -15,14 +15,6 @@ namespace hainbrem::Erklaeren {
 
 namespace {
 
-std::string verbinde(const std::vector<std::string>& teile, std::string_view zwischen) {
-    std::string aus;
-    for (size_t i = 0; i < teile.size(); ++i) {
-        if (i > 0) aus += zwischen;
-        aus += teile[i];
-    }
-    return aus;
-}
 
 std::string einheit(int64_t n, const char* eins, const char* mehr) {
     return "vor " + anzahl(n, eins, mehr);

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace hainbrem {
 
@@ -27,5 +28,8 @@ std::string alsZahl(int64_t zahl);
 // A count with its noun in the right number, grouped like alsZahl: "1 Fund", "3 Funde",
 // "1.204 Dateien", "0 Teile". The front ends and the core's texts all count this way.
 std::string anzahl(int64_t n, std::string_view eins, std::string_view viele);
+
+// The parts in order with `zwischen` between them: "a, b, c".
+std::string verbinde(const std::vector<std::string>& teile, std::string_view zwischen);
 
 }  // namespace hainbrem

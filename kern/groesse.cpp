@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "kern/arbeiter.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/wanderer.hpp"
 #include "plattform/plattform.hpp"
 

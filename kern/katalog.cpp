@@ -6,7 +6,7 @@
 
 #include "kern/arbeiter.hpp"
 #include "kern/groesse.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem {
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <set>
 
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/tiefenscan.hpp"
 #include "kern/verlauf.hpp"
 

@@ -6,7 +6,7 @@
 #include "basis/pfade.hpp"
 #include "kern/befehl.hpp"
 #include "kern/eigenschaftsliste.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "plattform/plattform.hpp"
 #include "plattform/scan.hpp"
 
@@ -343,8 +343,8 @@ std::string reserveText(const std::vector<const Platte::Volume*>& mitReserve) {
         const int64_t fs = addiere(addiere(v.bytes, v.frei), v.reserviert.value_or(0));
         anteil = " (hier " + prozent(v.reserviert.value_or(0), fs) + " % des Dateisystems)";
     }
-    return "ext4 hält diesen Platz für root zurück" + anteil +
-           ", damit das System weiterläuft, wenn die Platte voll ist. Für deine Dateien ist er nicht frei; "
+    return "ext4 hält diesen Platz als Reserve zurück" + anteil +
+           ", meist für root, damit das System weiterläuft, wenn die Platte voll ist. Für deine Dateien ist er nicht frei; "
            "„tune2fs -m“ ändert die Reserve.";
 }
 

@@ -14,8 +14,8 @@
 #include "kern/groesse.hpp"
 #include "kern/paketsysteme.hpp"
 #include "kern/plattenstand.hpp"
-#include "kern/rechnen.hpp"
-#include "kern/text.hpp"
+#include "kern/ueberlauf.hpp"
+#include "kern/zeilen.hpp"
 #include "plattform/tricks.hpp"
 
 namespace hainbrem {
@@ -312,7 +312,7 @@ SystemdatenPosten linuxSwap(const std::optional<std::vector<plattform::SwapBerei
 SystemdatenPosten linuxJournal(const fs::path& ordner, const Groesse::Messung& m, bool da) {
     SystemdatenPosten p{std::string(journalTitel), da && !m.angehalten ? std::optional(m.bytes) : std::nullopt,
                         "Das Systemprotokoll von systemd (" + ordner.native() +
-                            "). Es wächst bis zu seiner eingestellten Grenze; der Befehl verkleinert es auf 500 MB. "
+                            "). Es wächst bis zu seiner eingestellten Grenze; der Befehl begrenzt es auf 500 MB. "
                             "Hainbrem fasst es nicht an."};
     if (da) p.befehl = "sudo journalctl --vacuum-size=500M";
     if (!da)

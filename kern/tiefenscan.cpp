@@ -14,7 +14,7 @@
 
 #include "basis/pfade.hpp"
 #include "kern/groesse.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/tiefengang.hpp"
 #include "plattform/plattform.hpp"
 #include "plattform/scan.hpp"

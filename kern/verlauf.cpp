@@ -19,7 +19,7 @@
 #include "basis/systemfehler.hpp"
 #include "basis/zeichen.hpp"
 #include "kern/kodierung.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/testsperre.hpp"
 #include "plattform/plattform.hpp"
 

@@ -217,7 +217,7 @@ TEST(Plattenbild, TeileErgebenDiePlatteUndFreiIstWirklichFrei) {
     const Plattenbild vda = plattenbild({vdaFs, vdaFrei, vdaFrei}, Platte::ausLsblk(lies("lsblk-reserve.json"), "/h"));
     EXPECT_EQ(vda.teile[0].bytes, 21021720576 + 1'000'000);
     EXPECT_EQ(vda.teile[1].bytes, vdaFs - 21021720576 - 81723559936);
-    EXPECT_EQ(vda.teile[1].erklaerung.find("ext4 hält diesen Platz für root zurück (hier 62 % des Dateisystems)"), 0u)
+    EXPECT_EQ(vda.teile[1].erklaerung.find("ext4 hält diesen Platz als Reserve zurück (hier 62 % des Dateisystems), meist für root"), 0u)
         << vda.teile[1].erklaerung;
     EXPECT_EQ(vda.teile[2].bytes, 274877906944 - vdaFs);
     EXPECT_NEAR(vda.anteilFrei(), static_cast<double>(vdaFrei) / 274877906944.0, 1e-12);

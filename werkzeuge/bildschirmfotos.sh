@@ -6,18 +6,18 @@
 # dark, and one page back in light. The README's pictures are copied to docs/bilder/.
 #   bash werkzeuge/bildschirmfotos.sh [ORDNER] [PROGRAMM]
 #   ORDNER: where the PNGs go (default: build/bildschirmfotos)
-#   PROGRAMM: hainbrem-app to run (default: build/release/app/hainbrem-app, else build/debug)
+#   PROGRAMM: hainbrem-fotograf to run (default: build/release/werkzeuge/hainbrem-fotograf, else build/debug)
 #   GANZE_PLATTE=1: the scan covers the whole start disk instead of the sample home
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ziel=$(realpath -m "${1:-build/bildschirmfotos}")
 app=${2:-}
 if [ -z "$app" ]; then
-  for kandidat in build/release/app/hainbrem-app build/debug/app/hainbrem-app; do
+  for kandidat in build/release/werkzeuge/hainbrem-fotograf build/debug/werkzeuge/hainbrem-fotograf; do
     if [ -x "$kandidat" ]; then app=$kandidat; break; fi
   done
 fi
-if [ -z "$app" ] || [ ! -x "$app" ]; then echo "bildschirmfotos: hainbrem-app nicht gebaut" >&2; exit 1; fi
+if [ -z "$app" ] || [ ! -x "$app" ]; then echo "bildschirmfotos: hainbrem-fotograf nicht gebaut (cmake --build --preset debug --target hainbrem-fotograf)" >&2; exit 1; fi
 command -v Xvfb >/dev/null || { echo "bildschirmfotos: Xvfb fehlt (Paket xvfb)" >&2; exit 1; }
 
 arbeit=$(mktemp -d /tmp/hainbrem-fotos-XXXXXX)

@@ -12,20 +12,12 @@
 #include "kern/erklaeren.hpp"
 #include "kern/format.hpp"
 #include "kern/groesse.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem {
 
 namespace {
 
-std::string verbinde(const std::vector<std::string>& teile, std::string_view zwischen) {
-    std::string aus;
-    for (size_t i = 0; i < teile.size(); ++i) {
-        if (i > 0) aus += zwischen;
-        aus += teile[i];
-    }
-    return aus;
-}
 
 }  // namespace
 

@@ -5,7 +5,7 @@
 #include <chrono>
 
 #include "basis/pfade.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem::anzeige {
 

@@ -11,11 +11,12 @@
 
 #include "app/fenster/anzeige.hpp"
 #include "app/fenster/design.hpp"
+#include "app/fenster/seitenbau.hpp"
 #include "app/fenster/fundliste.hpp"
 #include "app/fenster/seiten.hpp"
 #include "app/modell/appmodell.hpp"
 #include "kern/format.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem {
 
@@ -122,8 +123,7 @@ private:
 
 AufraeumenSeite::AufraeumenSeite(AppModell& modell, const std::filesystem::path& home, QWidget* eltern)
     : QWidget(eltern), modell_(modell), home_(home) {
-    auto* l = new QVBoxLayout(this);
-    l->setContentsMargins(28, 22, 28, 18);
+    auto* l = seitenbau::seitenLayout(this);
     kopf_ = new Seitenkopf(QStringLiteral("Aufräumen"), {});
     auto* neu = design::knopf(QStringLiteral("Neu prüfen"));
     connect(neu, &QPushButton::clicked, &modell_, &AppModell::pruefen);

@@ -11,6 +11,7 @@
 #include <QVBoxLayout>
 
 #include "app/fenster/design.hpp"
+#include "app/fenster/seitenbau.hpp"
 #include "app/fenster/ringansicht.hpp"
 #include "app/fenster/seiten.hpp"
 #include "app/modell/appmodell.hpp"
@@ -21,8 +22,7 @@ namespace hainbrem {
 using design::qs;
 
 KarteSeite::KarteSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), modell_(modell) {
-    auto* l = new QVBoxLayout(this);
-    l->setContentsMargins(28, 22, 28, 18);
+    auto* l = seitenbau::seitenLayout(this);
     kopf_ = new Seitenkopf(QStringLiteral("Speicherkarte"), unterzeile(modell_.scanGanzePlatte()));
     auto* neu = design::knopf(QStringLiteral("Neu scannen"));
     connect(neu, &QPushButton::clicked, &modell_, &AppModell::tiefenscan);

@@ -1,5 +1,6 @@
 #include "app/fenster/ringansicht.hpp"
 
+#include <algorithm>
 #include <QAccessible>
 #include <QMouseEvent>
 #include <QPainter>
@@ -127,6 +128,12 @@ void Jahresringe::paintEvent(QPaintEvent*) {
     // a disk's centre says how much of it is taken and how big it is
     const QString groesse = k.platz ? QStringLiteral("%1 belegt\nvon %2").arg(qs(alsBytes(k.bytes)), qs(alsBytes(*k.platz)))
                                     : qs(alsBytes(k.bytes));
+    // smaller rather than cut: the figures must stay whole inside the circle
+    const double breit = p.fontMetrics().boundingRect(unten.toRect(), Qt::AlignHCenter | Qt::AlignTop, groesse).width();
+    if (breit > b && f.pointSizeF() > 0) {
+        f.setPointSizeF(std::max(6.0, f.pointSizeF() * 0.9 * b / breit));  // hinting rounds widths up
+        p.setFont(f);
+    }
     p.drawText(unten, Qt::AlignHCenter | Qt::AlignTop, groesse);
 }
 

@@ -16,7 +16,7 @@
 #include "app/fenster/seiten.hpp"
 #include "app/modell/appmodell.hpp"
 #include "kern/format.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem {
 

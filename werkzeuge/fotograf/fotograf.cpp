@@ -1,4 +1,4 @@
-#include "app/fenster/fotograf.hpp"
+#include "fotograf.hpp"
 
 #include <QApplication>
 #include <QDir>
