@@ -66,17 +66,6 @@ std::optional<std::string> echterPfad(const std::string& pfad) {
     return std::string(echt.get());
 }
 
-std::string elternVon(const std::string& pfad) {
-    const size_t schnitt = pfad.rfind('/');
-    if (schnitt == std::string::npos) return ".";
-    return schnitt == 0 ? "/" : pfad.substr(0, schnitt);
-}
-
-std::string nameVon(const std::string& pfad) {
-    const size_t schnitt = pfad.rfind('/');
-    return schnitt == std::string::npos ? pfad : pfad.substr(schnitt + 1);
-}
-
 std::string verbunden(const std::string& ordner, const std::string& name) {
     return ordner == "/" ? "/" + name : ordner + "/" + name;
 }
