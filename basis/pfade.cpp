@@ -46,4 +46,15 @@ bool hatPunktTeil(std::string_view pfad) {
     return false;
 }
 
+std::string nameVon(std::string_view pfad) {
+    const size_t schnitt = pfad.rfind('/');
+    return std::string(schnitt == std::string_view::npos ? pfad : pfad.substr(schnitt + 1));
+}
+
+std::string elternVon(std::string_view pfad) {
+    const size_t schnitt = pfad.rfind('/');
+    if (schnitt == std::string_view::npos) return ".";
+    return std::string(schnitt == 0 ? std::string_view("/") : pfad.substr(0, schnitt));
+}
+
 }  // namespace hainbrem

@@ -23,6 +23,10 @@ std::string_view relativ(std::string_view pfad, std::string_view ordner);
 // Some part of `pfad` is "." or "..": the kernel resolves those after following links, text
 // operations before them, so such a path is not one to act on.
 bool hatPunktTeil(std::string_view pfad);
+// The last part of a path as text ("b" of "/a/b"), and what lies above it ("/a"; "/" above "/a",
+// "." above a bare name).
+std::string nameVon(std::string_view pfad);
+std::string elternVon(std::string_view pfad);
 
 constexpr char klein(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 std::string klein(std::string_view text);

@@ -9,9 +9,11 @@
 #include <set>
 
 #include "basis/pfade.hpp"
+#include "basis/systemfehler.hpp"
 #include "basis/zeit.hpp"
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
+#include "cli/pfadangabe.hpp"
 #include "cli/runde.hpp"
 #include "kern/bestaetigung.hpp"
 #include "kern/entsorger.hpp"
@@ -94,8 +96,9 @@ const bool aufraeumenRegistriert = registriere({
     .beschreibung = "Die vorgewählten Funde des Katalogs entsorgen (oder die genannter Regeln, oder alle)",
     .reihenfolge = 30,
     .optionen =
-        [](CLI::App& a) {
-            a.add_option("--regel", aufraeumenOpt.regeln, "Nur Funde dieser Regel (mehrfach möglich)");
+        [](CLI::App& a, Katalogprofil) {
+            a.add_option("--regel", aufraeumenOpt.regeln, "Nur Funde dieser Regel (Kennung aus hainbrem regeln, mehrfach möglich)")
+                ->type_name("ID");
             a.add_flag("--alle", aufraeumenOpt.alle,
                        "Auch nicht vorgewählte Funde (mit --regel: alle Funde der genannten Regeln)");
             a.add_flag("--probelauf", aufraeumenOpt.probelauf, "Nur zeigen, was geschähe; nichts anfassen");
@@ -121,27 +124,20 @@ int entsorgen(const Kontext& k) {
     for (const auto& roh : entsorgenOpt.pfade) {
         // The folder part is resolved as the kernel (and the guard) resolve it, so "link/.." means
         // what the shell means; the last part is kept as written, so a link is taken as the link.
-        std::string text = roh;
-        while (text.size() > 1 && text.back() == '/') text.pop_back();
-        const fs::path gegeben(text);
-        const std::string name = gegeben.filename().native();
-        if (name.empty() || name == "." || name == ".." || text == "/") {
-            status = fehler("„" + roh + "“ nennt keine Datei und keinen Ordner.");
+        const auto angabe = wieDieShell(roh);
+        if (!angabe) {
+            status = fehler(angabe.error());
             continue;
         }
-        std::error_code e;
-        const fs::path eltern = fs::canonical(gegeben.has_parent_path() ? gegeben.parent_path() : fs::path("."), e);
-        const fs::path ohneSchraegstrich = eltern / name;
+        const fs::path& ohneSchraegstrich = angabe->pfad;
         struct stat st;
-        if (e || ::lstat(ohneSchraegstrich.c_str(), &st) != 0) {
-            status = fehler("„" + roh + "“ gibt es nicht.");
+        if (::lstat(ohneSchraegstrich.c_str(), &st) != 0) {
+            status = fehler(pfadFehler(roh, errno));
             continue;
         }
         // say so when the folder part led somewhere else than its words: the round takes what it
         // found there, and the confirmation shows that place
-        std::error_code ec;
-        const fs::path wortwoertlich = fs::absolute(gegeben, ec).lexically_normal();
-        if (!ec && wortwoertlich != ohneSchraegstrich)
+        if (angabe->woandersHin)
             warnung("„" + roh + "“ führt über einen Link nach „" + ohneSchraegstrich.native() + "“.");
         if (const Urteil u = waechter.pruefe(ohneSchraegstrich, art); !u.istErlaubt()) {
             status = fehler("„" + roh + "“: " + u.grund() + " – bleibt liegen.");
@@ -168,8 +164,8 @@ const bool entsorgenRegistriert = registriere({
     .beschreibung = "Einzelne Dateien oder Ordner in den Papierkorb legen oder endgültig löschen",
     .reihenfolge = 31,
     .optionen =
-        [](CLI::App& a) {
-            a.add_option("pfad", entsorgenOpt.pfade, "Datei oder Ordner")->required();
+        [](CLI::App& a, Katalogprofil) {
+            a.add_option("PFAD", entsorgenOpt.pfade, "Datei oder Ordner")->type_name("")->required();
             a.add_flag("--papierkorb", entsorgenOpt.papierkorb, "In den Papierkorb (Vorgabe)");
             a.add_flag("--loeschen", entsorgenOpt.loeschen, "Endgültig löschen");
             a.add_flag("--probelauf", entsorgenOpt.probelauf, "Nur zeigen, was geschähe; nichts anfassen");
@@ -196,8 +192,10 @@ int verlaufZeigen(const Kontext& k) {
     }
     for (const auto& r : runden) {
         std::printf("%s  %s\n", ortszeit(r.datum).c_str(), zeige(r.titel).c_str());
-        std::printf("  Gewonnen %s · %zu Teile · %zu Fehler%s\n", alsBytes(r.gewonnen()).c_str(), r.posten.size(),
-                    r.fehlerAnzahl(), r.kannRueckgaengig() ? " · rückgängig möglich" : "");
+        std::printf("  Gewonnen %s · %s · %s%s\n", alsBytes(r.gewonnen()).c_str(),
+                    anzahl(static_cast<int64_t>(r.posten.size()), "Teil", "Teile").c_str(),
+                    anzahl(static_cast<int64_t>(r.fehlerAnzahl()), "Fehler", "Fehler").c_str(),
+                    r.kannRueckgaengig() ? " · rückgängig möglich" : "");
         std::printf("  %s\n", r.id.c_str());
     }
     return 0;
@@ -240,7 +238,7 @@ int rueckgaengig(const Kontext& k) {
         if (const auto r = verlauf.runde(treffer.front())) j["runde"] = alsJson(*r);
         druckeJson(j);
     } else {
-        std::printf("%d zurückgelegt.\n", ergebnis.zurueck);
+        std::printf("%s zurückgelegt.\n", anzahl(ergebnis.zurueck, "Teil", "Teile").c_str());
         for (const auto& f : ergebnis.fehler) std::printf("  ✗ %s\n", zeige(f).c_str());
     }
     return ergebnis.fehler.empty() ? 0 : 1;
@@ -250,7 +248,12 @@ const bool rueckgaengigRegistriert = registriere({
     .name = "rueckgaengig",
     .beschreibung = "Die Papierkorb-Teile einer Runde zurücklegen",
     .reihenfolge = 33,
-    .optionen = [](CLI::App& a) { a.add_option("id", rueckgaengigId, "Kennung der Runde (aus hainbrem verlauf)")->required(); },
+    .optionen =
+        [](CLI::App& a, Katalogprofil) {
+            a.add_option("ID", rueckgaengigId, "Kennung der Runde (aus hainbrem verlauf; ihr Anfang genügt)")
+                ->type_name("")
+                ->required();
+        },
     .ausfuehren = rueckgaengig,
 });
 

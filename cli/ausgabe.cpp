@@ -1,14 +1,17 @@
 #include "cli/ausgabe.hpp"
 
 #include "basis/pfade.hpp"
+#include "basis/systemfehler.hpp"
 #include "basis/zeichen.hpp"
 #include "basis/zeit.hpp"
 #include "kern/kodierung.hpp"
 #include "kern/verlauf.hpp"
+#include "plattform/plattform.hpp"
 
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <ctime>
 #include <iostream>
@@ -78,6 +81,31 @@ std::string kurzerPfad(const std::filesystem::path& pfad, const std::filesystem:
 }
 
 std::string zeige(std::string_view text) { return sichtbar(text); }
+
+namespace {
+
+std::string hilfsprogrammFehlt(const std::string& befehl, const std::filesystem::path& programm, int nummer) {
+    if (nummer == ENOENT)
+        return "„" + befehl + "“ ist in diesem Build nicht dabei: „" + programm.native() +
+               "“ fehlt. Das Programm braucht Qt und wird nur mit der Anwendung gebaut: „bash werkzeuge/einrichten.sh "
+               "--alles“ baut es, danach ruf build/release/cli/hainbrem auf.";
+    return "„" + programm.native() + "“ lässt sich nicht starten: " + systemFehler(nummer) + ".";
+}
+
+}  // namespace
+
+int werdeHilfsprogramm(const std::string& name, const std::vector<std::string>& argumente, const std::string& befehl) {
+    const std::filesystem::path selbst = plattform::eigenesProgramm();
+    const std::filesystem::path programm = (selbst.empty() ? std::filesystem::path("hainbrem") : selbst).parent_path() / name;
+    std::vector<std::string> alle{programm.native()};
+    alle.insert(alle.end(), argumente.begin(), argumente.end());
+    std::vector<char*> argv;
+    for (auto& a : alle) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    std::fflush(nullptr);
+    ::execv(programm.c_str(), argv.data());
+    return fehler(hilfsprogrammFehlt(befehl, programm, errno));
+}
 
 std::string isoDatum(Zeitpunkt t) { return isoZeit(t); }
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <system_error>
 #include <type_traits>
+#include <vector>
 
 #include "kern/datensaetze.hpp"
 
@@ -29,6 +30,12 @@ void druckeJson(const json& j);
 std::string kurzerPfad(const std::filesystem::path& pfad, const std::filesystem::path& home);
 // Any other text that may hold a name, escaped the same way.
 std::string zeige(std::string_view text);
+
+// Becomes the helper program `name` that lies beside this one (hainbrem-waechter, hainbrem-frage),
+// with `argumente` after its name. Returns only when it could not start: the exit status, after
+// saying why in German; a build without Qt has none, and `befehl` ("hainbrem waechter") is named
+// with how to get it.
+int werdeHilfsprogramm(const std::string& name, const std::vector<std::string>& argumente, const std::string& befehl);
 
 // ISO 8601 in UTC, "2026-11-15T20:35:00Z".
 std::string isoDatum(Zeitpunkt t);

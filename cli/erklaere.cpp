@@ -1,10 +1,13 @@
 // hainbrem erklaere PFAD: what a path is, whether a rule knows it and what the guard allows –
 // the same facts and words the assistant gets.
+#include <algorithm>
 #include <chrono>
 
+#include "basis/systemfehler.hpp"
 #include "basis/zeichen.hpp"
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
+#include "cli/pfadangabe.hpp"
 #include "kern/erklaeren.hpp"
 #include "kern/laufend.hpp"
 #include "kern/verlauf.hpp"
@@ -23,6 +26,21 @@ int erklaere(const Kontext& k) {
     if (!pfad.empty() && pfad.front() != '/' && pfad.front() != '~') {
         const auto absolut = std::filesystem::absolute(pfad, e);
         if (!e) pfad = absolut.native();
+    }
+    // ".." as the shell means it (after a link), not as text: the facts are about where it leads
+    if (const std::filesystem::path p(pfad); std::any_of(p.begin(), p.end(), [](const auto& t) { return t == ".."; })) {
+        const std::string ausgeschrieben = pfad.starts_with("~/") ? (k.home / pfad.substr(2)).native() : pfad;
+        if (const std::string letztes = std::filesystem::path(ausgeschrieben).lexically_normal().filename();
+            letztes.empty() || letztes == "." || letztes == "..") {
+            // "x/..": the folder it leads to is what is meant
+            const auto ordner = std::filesystem::canonical(ausgeschrieben, e);
+            if (e) return fehler(pfadFehler(erklaerPfad, e.value()));
+            pfad = ordner.native();
+        } else {
+            const auto angabe = wieDieShell(ausgeschrieben, erklaerPfad);
+            if (!angabe) return fehler(angabe.error());
+            pfad = angabe->pfad.native();
+        }
     }
     Verlauf verlauf(Verlauf::standardDatei(k.home));
     const Umgebung u{k.home, k.temp, Zugriff::vollzugriff(k.home), laufTest(), verlauf.imPapierkorb(), k.profil};
@@ -49,7 +67,10 @@ const bool erklaereRegistriert = registriere({
     .name = "erklaere",
     .beschreibung = "Einen Pfad erklären: Größe, Alter, Inhalt, welche Regel ihn kennt und was der Wächter erlaubt",
     .reihenfolge = 41,
-    .optionen = [](CLI::App& a) { a.add_option("pfad", erklaerPfad, "Datei oder Ordner (~ erlaubt)")->required(); },
+    .optionen =
+        [](CLI::App& a, Katalogprofil) {
+            a.add_option("PFAD", erklaerPfad, "Datei oder Ordner (~ erlaubt)")->type_name("")->required();
+        },
     .ausfuehren = erklaere,
 });
 

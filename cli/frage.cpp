@@ -1,17 +1,12 @@
 // hainbrem frage: one question to the assistant in the terminal. It lives in its own program
 // (hainbrem-frage, beside this one) because it speaks to the local model through Qt; so every
 // other command keeps running where no Qt is installed.
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
-#include "plattform/plattform.hpp"
 
 namespace hainbrem::cli {
 namespace {
@@ -23,9 +18,7 @@ struct {
 } opt;
 
 int frage(const Kontext& k) {
-    const fs::path selbst = plattform::eigenesProgramm();
-    const fs::path programm = (selbst.empty() ? fs::path("hainbrem") : selbst).parent_path() / "hainbrem-frage";
-    std::vector<std::string> argumente{programm.native()};
+    std::vector<std::string> argumente;
     if (k.json) argumente.emplace_back("--json");
     if (k.profil != standardProfil)
         argumente.insert(argumente.end(), {"--profil", k.profil == Katalogprofil::macos ? "macos" : "linux"});
@@ -37,13 +30,7 @@ int frage(const Kontext& k) {
     std::string text;
     for (const auto& wort : opt.text) text += (text.empty() ? "" : " ") + wort;
     argumente.push_back(text);
-    std::vector<char*> argv;
-    for (auto& a : argumente) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    std::fflush(nullptr);
-    ::execv(programm.c_str(), argv.data());
-    return fehler("Der Assistent „" + programm.native() + "“ lässt sich nicht starten (" + std::strerror(errno) +
-                  "). Er wird nur mit der Qt-Anwendung gebaut.");
+    return werdeHilfsprogramm("hainbrem-frage", argumente, "hainbrem frage");
 }
 
 const bool registriert = registriere({
@@ -52,10 +39,12 @@ const bool registriert = registriere({
         "Den Assistenten auf einem lokalen Sprachmodell fragen; seine Vorschläge wie beim Aufräumen bestätigen",
     .reihenfolge = 80,
     .optionen =
-        [](CLI::App& a) {
-            a.add_option("text", opt.text, "Die Frage (Anführungszeichen nicht nötig)")->required();
-            a.add_option("--adresse", opt.adresse, "Adresse des Sprachmodells (sonst die Einstellung kiAdresse)");
-            a.add_option("--modell", opt.modell, "Name des Modells (sonst kiModell, sonst das erste dort)");
+        [](CLI::App& a, Katalogprofil) {
+            a.add_option("TEXT", opt.text, "Die Frage (Anführungszeichen nicht nötig)")->type_name("")->required();
+            a.add_option("--adresse", opt.adresse, "Adresse des Sprachmodells (sonst die Einstellung kiAdresse)")
+                ->type_name("URL");
+            a.add_option("--modell", opt.modell, "Name des Modells (sonst kiModell, sonst das erste dort)")
+                ->type_name("NAME");
             a.add_flag("--probelauf", opt.probelauf, "Nur zeigen, was mit den Vorschlägen geschähe; nichts anfassen");
             a.add_flag("--ja", opt.ja, "Vorschläge ohne Rückfrage ausführen");
         },

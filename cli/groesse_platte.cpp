@@ -2,8 +2,8 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstring>
 
+#include "basis/systemfehler.hpp"
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
 #include "kern/format.hpp"
@@ -21,14 +21,13 @@ int groesse(const Kontext& k) {
     for (const auto& p : groessePfade) {
         struct stat st;
         if (::lstat(p.c_str(), &st) != 0) {
-            status = fehler(fmt::format("„{}“ gibt es nicht oder ist nicht erreichbar ({}).", p,
-                                        errno == ENOENT ? "nicht gefunden" : std::strerror(errno)));
+            status = fehler(pfadFehler(p, errno));
             continue;
         }
         const auto [bytes, unlesbar, angehalten] = Groesse::miss(p);
         if (unlesbar > 0)
-            warnung(fmt::format("In „{}“ war{} {} Eintr{} nicht lesbar; die Größe ist eine Untergrenze.", p,
-                                unlesbar == 1 ? "" : "en", unlesbar, unlesbar == 1 ? "ag" : "äge"));
+            warnung(fmt::format("In „{}“ {} {} nicht lesbar; die Größe ist eine Untergrenze.", p,
+                                unlesbar == 1 ? "war" : "waren", anzahl(unlesbar, "Eintrag", "Einträge")));
         if (unlesbar > 0) status = 1;
         if (k.json) {
             liste.push_back(json{{"pfad", p}, {"bytes", bytes}});
@@ -44,7 +43,9 @@ const bool groesseRegistriert = registriere({
     .name = "groesse",
     .beschreibung = "Belegten Platz von Dateien und Ordnern messen",
     .reihenfolge = 10,
-    .optionen = [](CLI::App& a) { a.add_option("pfad", groessePfade, "Datei oder Ordner")->required(); },
+    .optionen = [](CLI::App& a, Katalogprofil) {
+        a.add_option("PFAD", groessePfade, "Datei oder Ordner")->type_name("")->required();
+    },
     .ausfuehren = groesse,
 });
 
@@ -70,18 +71,26 @@ int platte(const Kontext& k) {
         druckeJson(j);
         return 0;
     }
+    // Linux has no purgeable space and no volumes in a container: its disk holds file systems
+    const bool mac = k.profil == Katalogprofil::macos;
     std::printf("Platte von %s\n", kurzerPfad(k.home, k.home).c_str());
     std::printf("  Gesamt:            %s\n", alsBytes(s.gesamt).c_str());
     std::printf("  Wirklich frei:     %s (%.0f %%)\n", alsBytes(s.echtFrei).c_str(), s.anteilFrei() * 100.0);
-    std::printf("  Frei mit Löschbarem: %s\n", alsBytes(s.mitLoeschbarem).c_str());
-    std::printf("  Löschbar:          %s\n", alsBytes(s.loeschbar()).c_str());
+    if (mac) {
+        std::printf("  Frei mit Löschbarem: %s\n", alsBytes(s.mitLoeschbarem).c_str());
+        std::printf("  Löschbar:          %s\n", alsBytes(s.loeschbar()).c_str());
+    }
     std::printf("  Lage:              %s\n", std::string(name(lage)).c_str());
     if (!p) {
         std::printf("\nDie Aufteilung der Platte ließ sich nicht lesen.\n");
         return 0;
     }
-    std::printf("\nVolumes (belegt %s von %s, frei %s):\n", alsBytes(p->belegt()).c_str(),
-                alsBytes(p->gesamt).c_str(), alsBytes(p->frei).c_str());
+    if (mac)
+        std::printf("\nVolumes (belegt %s von %s, frei %s):\n", alsBytes(p->belegt()).c_str(),
+                    alsBytes(p->gesamt).c_str(), alsBytes(p->frei).c_str());
+    else
+        std::printf("\nDateisysteme auf der Platte mit / (%s groß, frei %s):\n", alsBytes(p->gesamt).c_str(),
+                    alsBytes(p->frei).c_str());
     for (const auto& v : p->volumes)
         std::printf("  %-22s %12s  %s\n    %s\n", v.titel().c_str(), alsBytes(v.bytes).c_str(), v.geraet.c_str(),
                     std::string(v.erklaerung()).c_str());

@@ -29,9 +29,11 @@ inline SafetyGuard waechterFuer(const Kontext& k) {
 struct Kommando {
     std::string name;
     std::string beschreibung;
-    int reihenfolge = 100;  // position in the help text
-    // Declares the subcommand's options; bind them to state owned by the command's file.
-    std::function<void(CLI::App&)> optionen;
+    std::string beschreibungMac = {};  // under the macOS profile, when it differs
+    int reihenfolge = 100;             // position in the help text
+    // Declares the subcommand's options, their help worded for the profile given with --profil;
+    // bind them to state owned by the command's file.
+    std::function<void(CLI::App&, Katalogprofil)> optionen;
     // Runs it; returns the exit status.
     std::function<int(const Kontext&)> ausfuehren;
 };
@@ -39,6 +41,9 @@ struct Kommando {
 // For use in a namespace-scope initializer: `const bool registriert = registriere({...});`
 bool registriere(Kommando kommando);
 
-std::string aufDeutsch(const CLI::ParseError& fehler);
+// The profile's value for `--profil` and the command that repeats it where needed: "" under
+// the system's own profile, else "--profil macos " (for "hainbrem --profil macos aufraeumen").
+std::string profilWort(Katalogprofil profil);
+std::string profilVorsatz(Katalogprofil profil);
 
 }  // namespace hainbrem::cli

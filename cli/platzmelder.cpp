@@ -2,16 +2,13 @@
 // (hainbrem-waechter, beside this one) because it speaks D-Bus through Qt; so every other
 // command keeps running where no Qt is installed.
 #include <fmt/format.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
 #include <string>
 #include <vector>
 
+#include "cli/aufruf.hpp"
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
-#include "plattform/plattform.hpp"
 
 namespace hainbrem::cli {
 namespace {
@@ -19,21 +16,13 @@ namespace {
 std::optional<double> grenzeGB;
 
 int platzmelder(const Kontext& k) {
-    const fs::path selbst = plattform::eigenesProgramm();
-    const fs::path programm = (selbst.empty() ? fs::path("hainbrem") : selbst).parent_path() / "hainbrem-waechter";
-    std::vector<std::string> argumente{programm.native()};
+    std::vector<std::string> argumente;
     if (k.json) argumente.emplace_back("--json");
     if (grenzeGB) {
         argumente.emplace_back("--grenze");
         argumente.push_back(fmt::format("{}", *grenzeGB));  // not locale-bound
     }
-    std::vector<char*> argv;
-    for (auto& a : argumente) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    std::fflush(nullptr);
-    ::execv(programm.c_str(), argv.data());
-    return fehler("Der Wächter „" + programm.native() + "“ lässt sich nicht starten (" + std::strerror(errno) +
-                  "). Er wird nur mit der Qt-Anwendung gebaut.");
+    return werdeHilfsprogramm("hainbrem-waechter", argumente, "hainbrem waechter");
 }
 
 const bool registriert = registriere({
@@ -41,9 +30,10 @@ const bool registriert = registriere({
     .beschreibung = "Freien Platz alle 20 Sekunden lesen, jede Änderung zeigen und knappen Platz melden (bis Strg-C)",
     .reihenfolge = 90,
     .optionen =
-        [](CLI::App& a) {
-            a.add_option("--grenze", grenzeGB, "Warnen unter so vielen GB (sonst die Einstellung, 10 GB)")
-                ->check(CLI::Range(0.0, 1e9));
+        [](CLI::App& a, Katalogprofil) {
+            a.add_option("--grenze", grenzeGB, "Warnen unter so vielen GB (sonst die Einstellung warnGrenzeGB, 10 GB)")
+                ->type_name("GB")
+                ->transform(kommazahl(0, 1'000'000));  // a transform: it rewrites "2,5" for the C library
         },
     .ausfuehren = platzmelder,
 });

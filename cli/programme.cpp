@@ -11,7 +11,7 @@
 #include "kern/format.hpp"
 #include "kern/laufend.hpp"
 #include "kern/programme.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem::cli {
 namespace {
@@ -91,9 +91,9 @@ int deinstalliere(const std::vector<Programm>& liste, const Kontext& k) {
     }
     const std::vector<Fund> funde = Programme::deinstallation(p, mitnehmen);
     if (liegenGelassen > 0)
-        warnung(fmt::format("{} Ordner mit persönlichen Daten der App {} liegen (mit --mit-daten {} mit).",
-                            liegenGelassen, liegenGelassen == 1 ? "bleibt" : "bleiben",
-                            liegenGelassen == 1 ? "kommt er" : "kommen sie"));
+        warnung(fmt::format("{} mit persönlichen Daten der App {} liegen (mit --mit-daten {} mit).",
+                            anzahl(static_cast<int64_t>(liegenGelassen), "Ordner", "Ordner"),
+                            liegenGelassen == 1 ? "bleibt" : "bleiben", liegenGelassen == 1 ? "kommt er" : "kommen sie"));
     return fuehreRundeAus(funde, "Deinstallieren: " + p.name, {programmeOpt.probelauf, programmeOpt.ja}, k);
 }
 
@@ -144,7 +144,8 @@ int programme(const Kontext& k) {
                         "%s\n",
                         p.befehl->c_str());
         if (!p.reste.empty())
-            std::printf("            Reste: %zu, %s\n", p.reste.size(), alsBytes(p.resteBytes()).c_str());
+            std::printf("            %s, %s\n", anzahl(static_cast<int64_t>(p.reste.size()), "Rest", "Reste").c_str(),
+                        alsBytes(p.resteBytes()).c_str());
         for (const auto& f : p.reste)
             std::printf("              [%s] %10s  %s\n", f.vorgewaehlt ? "x" : " ", alsBytes(f.bytes).c_str(),
                         kurzerPfad(f.url, k.home).c_str());
@@ -175,23 +176,22 @@ int programme(const Kontext& k) {
 
 const bool programmeRegistriert = registriere({
     .name = "programme",
-    .beschreibung = standardProfil == Katalogprofil::macos
-                        ? "Programme mit ihren Resten zeigen, deinstallieren; Reste entfernter Programme"
-                        : "Flatpaks, Snaps und AppImages mit ihren Resten zeigen, deinstallieren; Reste entfernter "
-                          "Programme",
+    .beschreibung = "Flatpaks, Snaps und AppImages mit ihren Resten zeigen, deinstallieren; Reste entfernter Programme",
+    .beschreibungMac = "Programme mit ihren Resten zeigen, deinstallieren; Reste entfernter Programme",
     .reihenfolge = 51,
     .optionen =
-        [](CLI::App& a) {
+        [](CLI::App& a, Katalogprofil profil) {
+            const bool mac = profil == Katalogprofil::macos;
             a.add_option("--ordner", programmeOpt.ordner,
-                         standardProfil == Katalogprofil::macos
-                             ? "Programmordner statt /Applications und ~/Applications (mehrfach möglich)"
+                         mac ? "Programmordner statt /Applications und ~/Applications (mehrfach möglich)"
                              : "Ordner mit AppImages statt ~/Applications, ~/.local/bin, ~/bin, ~/AppImages (mehrfach "
-                               "möglich)");
+                               "möglich)")
+                ->type_name("ORDNER");
             a.add_option("--deinstallieren", programmeOpt.deinstallieren,
-                         standardProfil == Katalogprofil::macos
-                             ? "Programm (Name, Kennung oder Pfad) samt vorgewählter Reste in den Papierkorb"
+                         mac ? "Programm (Name, Kennung oder Pfad) samt vorgewählter Reste in den Papierkorb"
                              : "Programm (Name, Kennung oder Pfad) deinstallieren: AppImages in den Papierkorb, Flatpak "
-                               "und Snap über ihr Paketsystem; vorgewählte Reste in den Papierkorb");
+                               "und Snap über ihr Paketsystem; vorgewählte Reste in den Papierkorb")
+                ->type_name("NAME");
             a.add_flag("--mit-daten", programmeOpt.mitDaten, "Auch persönliche Daten der App mitnehmen");
             a.add_flag("--probelauf", programmeOpt.probelauf, "Nur zeigen, was geschähe; nichts anfassen");
             a.add_flag("--ja", programmeOpt.ja, "Ohne Rückfrage ausführen");

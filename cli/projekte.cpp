@@ -2,16 +2,19 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <system_error>
 
 #include "basis/ergebnis.hpp"
 #include "basis/pfade.hpp"
+#include "basis/systemfehler.hpp"
+#include "cli/aufruf.hpp"
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
 #include "cli/runde.hpp"
 #include "kern/format.hpp"
 #include "kern/projekte.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem::cli {
 namespace {
@@ -26,12 +29,10 @@ struct {
 // alone the guard lets build folders go, and not inside a build folder, whose dependencies look
 // like projects.
 Ergebnis<fs::path> gegebenerOrdner(const std::string& pfad, const Umgebung& u) {
+    if (istZuLang(pfad)) return Fehlschlag{pfadFehler(pfad, ENAMETOOLONG)};
     std::error_code fehler;
     const fs::path echt = fs::canonical(pfad, fehler);
-    if (fehler)
-        return Fehlschlag{
-            fmt::format("„{}“ gibt es nicht oder ist nicht erreichbar ({}).", pfad,
-                        fehler == std::errc::no_such_file_or_directory ? "nicht gefunden" : fehler.message())};
+    if (fehler) return Fehlschlag{pfadFehler(pfad, fehler.value())};
     if (!fs::is_directory(echt, fehler)) return Fehlschlag{fmt::format("„{}“ ist kein Ordner.", pfad)};
     const fs::path echtesHome = fs::canonical(u.home, fehler);
     if (fehler || !liegtInOderIst(echt.native(), echtesHome.native()))
@@ -51,8 +52,6 @@ std::string gesuchtIn(const std::vector<fs::path>& wurzeln, const fs::path& home
 }
 
 int projekte(const Kontext& k) {
-    if (projekteOpt.tiefe < 1 || projekteOpt.tiefe > 64)
-        return fehler("--tiefe muss zwischen 1 und 64 liegen (Vorgabe 6).");
     if ((projekteOpt.ja || projekteOpt.probelauf) && !projekteOpt.aufraeumen)
         return fehler("--ja und --probelauf gelten nur zusammen mit --aufraeumen.");
     Umgebung u{k.home, k.temp, false, nullptr, {}};
@@ -103,8 +102,8 @@ int projekte(const Kontext& k) {
                         "den Ordner mit deinen Projekten: hainbrem projekte PFAD\n",
                         Projekte::wurzelnText(k.profil).c_str());
         else
-            std::printf("Keine Bauordner gefunden (gesucht in %s, bis %d Ebenen tief).\n",
-                        gesuchtIn(wurzeln, k.home).c_str(), projekteOpt.tiefe);
+            std::printf("Keine Bauordner gefunden (gesucht in %s, bis %s tief).\n", gesuchtIn(wurzeln, k.home).c_str(),
+                        anzahl(projekteOpt.tiefe, "Ebene", "Ebenen").c_str());
         return 0;
     }
     int64_t summe = 0, vorgewaehlt = 0;
@@ -131,7 +130,8 @@ int projekte(const Kontext& k) {
                     "wird nur, wenn die passende Projektdatei daneben liegt (package.json, Package.swift, Cargo.toml "
                     "…), und nie, wenn ein Hintergrunddienst das Projekt nutzt.\n");
     if (vorgewaehlt > 0)
-        std::printf("Löschen: hainbrem projekte --aufraeumen%s\n", projekteOpt.pfad.empty() ? "" : " PFAD");
+        std::printf("Löschen: hainbrem %sprojekte --aufraeumen%s\n", profilVorsatz(k.profil).c_str(),
+                    projekteOpt.pfad.empty() ? "" : " PFAD");
     return 0;
 }
 
@@ -140,10 +140,13 @@ const bool projekteRegistriert = registriere({
     .beschreibung = "Bauordner in Entwicklerprojekten finden und die alten löschen",
     .reihenfolge = 50,
     .optionen =
-        [](CLI::App& a) {
-            a.add_option("pfad", projekteOpt.pfad,
-                         "Ordner mit deinen Projekten (ohne: " + Projekte::wurzelnText(standardProfil) + ")");
-            a.add_option("--tiefe", projekteOpt.tiefe, "Wie tief unter den Projektordnern gesucht wird (Vorgabe 6)");
+        [](CLI::App& a, Katalogprofil profil) {
+            a.add_option("PFAD", projekteOpt.pfad,
+                         "Ordner mit deinen Projekten (ohne: " + Projekte::wurzelnText(profil) + ")")
+                ->type_name("");
+            a.add_option("--tiefe", projekteOpt.tiefe, "Wie tief unter den Projektordnern gesucht wird, 1 bis 64 (Vorgabe 6)")
+                ->type_name("ZAHL")
+                ->check(ganzzahl(1, 64));
             a.add_flag("--aufraeumen", projekteOpt.aufraeumen, "Die vorgewählten Bauordner endgültig löschen");
             a.add_flag("--probelauf", projekteOpt.probelauf, "Nur zeigen, was geschähe; nichts anfassen");
             a.add_flag("--ja", projekteOpt.ja, "Ohne Rückfrage ausführen");

@@ -1,6 +1,7 @@
 // hainbrem pruefen and hainbrem regeln
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <set>
 
 #include "cli/ausgabe.hpp"
@@ -8,7 +9,7 @@
 #include "kern/format.hpp"
 #include "kern/katalog.hpp"
 #include "kern/laufend.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/verlauf.hpp"
 
 namespace hainbrem::cli {
@@ -18,6 +19,7 @@ std::vector<std::string> nurRegeln;
 
 json alsJson(const Regel& r) {
     return json{{"id", r.id},
+                {"nurAufDemMac", r.nurAufDemMac},
                 {"titel", r.titel},
                 {"symbol", r.symbol},
                 {"gruppe", std::string(titel(r.gruppe))},
@@ -29,6 +31,28 @@ json alsJson(const Regel& r) {
 }
 
 std::string artText(Entsorgung art) { return art == Entsorgung::loeschen ? "löschen" : "Papierkorb"; }
+
+// What to run after a check: the preselected findings (of the rules checked), and how to take
+// what is not preselected.
+std::vector<std::string> naechsteSchritte(const std::vector<RegelErgebnis>& ergebnisse,
+                                          const std::vector<std::string>& regeln, Katalogprofil profil) {
+    bool vorgewaehlt = false, nichtVorgewaehlt = false;
+    for (const auto& e : ergebnisse)
+        for (const auto& f : e.funde) (f.vorgewaehlt ? vorgewaehlt : nichtVorgewaehlt) = true;
+    const std::string befehl = "hainbrem " + profilVorsatz(profil) + "aufraeumen";
+    std::string nur;
+    for (const auto& id : regeln) nur += " --regel " + id;
+    std::vector<std::string> zeilen;
+    if (vorgewaehlt) zeilen.push_back("Aufräumen: " + befehl + nur);
+    if (nichtVorgewaehlt) {
+        // one rule named: its whole list; else the way to name one
+        if (regeln.size() == 1)
+            zeilen.push_back("Auch das nicht Vorgewählte dieser Regel: " + befehl + nur + " --alle");
+        else
+            zeilen.push_back("Auch das nicht Vorgewählte einer Regel: " + befehl + " --regel ID --alle");
+    }
+    return zeilen;
+}
 
 int pruefen(const Kontext& k) {
     std::vector<Regel> auswahl;
@@ -88,7 +112,13 @@ int pruefen(const Kontext& k) {
     if (!umgebung.vollzugriff && k.profil == Katalogprofil::macos)
         warnung("Ohne Festplattenvollzugriff bleiben App-Container, Mail-Anhänge und Geräte-Backups ungeprüft.");
     if (ergebnisse.empty()) {
-        std::printf("Nichts gefunden, was weg kann.\n");
+        const bool nurMac = !auswahl.empty() && std::all_of(auswahl.begin(), auswahl.end(), [](const Regel& r) {
+            return r.nurAufDemMac;
+        });
+        std::printf("Nichts gefunden, was weg kann.%s\n",
+                    nurMac ? (nurRegeln.size() == 1 ? " Diese Regel gilt Programmen, die es unter Linux nicht gibt."
+                                                    : " Diese Regeln gelten Programmen, die es unter Linux nicht gibt.")
+                           : "");
         return 0;
     }
     // one path can be found by two rules (~/.cache/uv); the totals count it once
@@ -100,8 +130,8 @@ int pruefen(const Kontext& k) {
             if (f.vorgewaehlt && vorgewaehltGezaehlt.insert(f.url.native()).second)
                 vorgewaehlt = addiere(vorgewaehlt, f.bytes);
         }
-        std::printf("%s  ·  %s  ·  %s  ·  %zu %s\n", e.regel.titel.c_str(), std::string(name(e.regel.risiko)).c_str(),
-                    alsBytes(e.bytes()).c_str(), e.funde.size(), e.funde.size() == 1 ? "Fund" : "Funde");
+        std::printf("%s  ·  %s  ·  %s  ·  %s\n", e.regel.titel.c_str(), std::string(name(e.regel.risiko)).c_str(),
+                    alsBytes(e.bytes()).c_str(), anzahl(static_cast<int64_t>(e.funde.size()), "Fund", "Funde").c_str());
         for (const auto& f : e.funde) {
             std::string zeile = fmt::format("  {:>10}  {}  {}", alsBytes(f.bytes), f.vorgewaehlt ? "[x]" : "[ ]",
                                             kurzerPfad(f.url, k.home));
@@ -116,6 +146,7 @@ int pruefen(const Kontext& k) {
         std::printf("\n");
     }
     std::printf("Zusammen %s, davon vorgewählt %s.\n", alsBytes(gesamt).c_str(), alsBytes(vorgewaehlt).c_str());
+    for (const auto& zeile : naechsteSchritte(ergebnisse, nurRegeln, k.profil)) std::printf("%s\n", zeile.c_str());
     return 0;
 }
 
@@ -124,8 +155,9 @@ const bool pruefenRegistriert = registriere({
     .beschreibung = "Alle Aufräum-Regeln prüfen und zeigen, was weg kann",
     .reihenfolge = 20,
     .optionen =
-        [](CLI::App& a) {
-            a.add_option("--regel", nurRegeln, "Nur diese Regel prüfen (Kennung, mehrfach möglich)");
+        [](CLI::App& a, Katalogprofil) {
+            a.add_option("--regel", nurRegeln, "Nur diese Regel prüfen (Kennung aus hainbrem regeln, mehrfach möglich)")
+                ->type_name("ID");
         },
     .ausfuehren = pruefen,
 });
@@ -137,12 +169,25 @@ int regeln(const Kontext& k) {
         druckeJson(liste);
         return 0;
     }
+    // as the check shows them: a rule for Mac programs finds nothing under Linux and is left out
     int nummer = 0;
+    std::vector<std::string> nurMac;
     for (const auto& r : Katalog::regeln(k.profil)) {
+        if (r.nurAufDemMac) {
+            nurMac.push_back(r.id);
+            continue;
+        }
         std::printf("%2d. %s (%s)\n    %s · %s\n", ++nummer, r.titel.c_str(), r.id.c_str(),
                     std::string(titel(r.gruppe)).c_str(), std::string(name(r.risiko)).c_str());
         std::printf("    Was:          %s\n    Warum sicher: %s\n    Danach:       %s\n\n", r.was.c_str(),
                     r.warumSicher.c_str(), r.danach.c_str());
+    }
+    if (!nurMac.empty()) {
+        std::string ids;
+        for (const auto& id : nurMac) (ids += ids.empty() ? "" : ", ") += id;
+        std::printf("Nicht gezeigt: %s für Programme, die es unter Linux nicht gibt (%s). Sie finden hier nichts; "
+                    "ihre Texte zeigt „hainbrem --profil macos regeln“.\n",
+                    anzahl(static_cast<int64_t>(nurMac.size()), "Regel", "Regeln").c_str(), ids.c_str());
     }
     return 0;
 }

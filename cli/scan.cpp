@@ -9,6 +9,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "basis/systemfehler.hpp"
+#include "cli/aufruf.hpp"
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
 #include "cli/runde.hpp"
@@ -18,7 +20,7 @@
 #include "kern/laufend.hpp"
 #include "kern/verlauf.hpp"
 #include "kern/format.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/tiefenscan.hpp"
 #include "plattform/plattform.hpp"
 
@@ -45,11 +47,15 @@ struct ScanWahl {
     bool platte = false;
 };
 
+// A Mac has one start disk; on Linux the disk holding "/" with its file systems is scanned.
+std::string plattenHilfe(Katalogprofil profil) {
+    return profil == Katalogprofil::macos ? "Die ganze Startplatte durchsuchen"
+                                          : "Die ganze Systemplatte durchsuchen: jedes Dateisystem auf der Platte mit /";
+}
+
 std::optional<std::string> pruefePfad(const std::string& pfad) {
     struct stat st;
-    if (::lstat(pfad.c_str(), &st) != 0)
-        return fmt::format("„{}“ gibt es nicht oder ist nicht erreichbar ({}).", pfad,
-                           errno == ENOENT ? "nicht gefunden" : std::strerror(errno));
+    if (::lstat(pfad.c_str(), &st) != 0) return pfadFehler(pfad, errno);
     if (!S_ISDIR(st.st_mode)) return fmt::format("„{}“ ist kein Ordner.", pfad);
     return std::nullopt;
 }
@@ -69,8 +75,8 @@ TiefenscanErgebnis scanneMitAnzeige(const Kontext& k, const ScanWahl& wahl, bool
         },
         [&] {
             if (unterbrochen.load()) stopp.request_stop();
-            anzeige.zeige(fmt::format("Durchsuche … {} Dateien, {}{}",
-                                      alsZahl(steuerung.erledigt.load(std::memory_order_relaxed)),
+            anzeige.zeige(fmt::format("Durchsuche … {}, {}{}",
+                                      anzahl(steuerung.erledigt.load(std::memory_order_relaxed), "Datei", "Dateien"),
                                       alsBytes(steuerung.bytes.load(std::memory_order_relaxed)),
                                       stopp.stop_requested() ? " (wird abgebrochen)" : ""));
         });
@@ -142,21 +148,26 @@ void druckeBaum(const Knoten& k, const Kontext& kx, int64_t ganz, int ebene, int
                     "Kleinkram (kleinere Dateien und Ordner)");
 }
 
-std::string dauerText(double s) { return fmt::format("{:.1f} s", s); }
+std::string dauerText(double s) {
+    std::string t = fmt::format("{:.1f} s", s);
+    std::replace(t.begin(), t.end(), '.', Zahlformat::ausLocale().dezimalTrenner);
+    return t;
+}
 
 std::string alterText(Zeitpunkt t) {
+    // Flatpak (ostree) gives its files the time 0: that is no date, not 1970
+    if (t <= Zeitpunkt{} + std::chrono::hours(24)) return "ohne Datum";
     const auto tage = std::chrono::duration_cast<std::chrono::hours>(std::chrono::system_clock::now() - t).count() / 24;
     if (tage < 1) return "heute";
-    if (tage == 1) return "vor 1 Tag";
-    if (tage < 60) return fmt::format("vor {} Tagen", tage);
-    if (tage < 730) return fmt::format("vor {} Monaten", tage / 30);
-    return fmt::format("vor {} Jahren", tage / 365);
+    if (tage < 60) return "vor " + anzahl(tage, "Tag", "Tagen");
+    if (tage < 730) return "vor " + anzahl(tage / 30, "Monat", "Monaten");
+    return "vor " + anzahl(tage / 365, "Jahr", "Jahren");
 }
 
 void druckeUnlesbarUndAusgelassen(const TiefenscanErgebnis& e, const Kontext& k) {
     if (e.unlesbar > 0)
-        std::printf("Nicht lesbar: %lld Eintr%s (die Größen sind Untergrenzen)\n", static_cast<long long>(e.unlesbar),
-                    e.unlesbar == 1 ? "ag" : "äge");
+        std::printf("Nicht lesbar: %s (die Größen sind Untergrenzen)\n",
+                    anzahl(e.unlesbar, "Eintrag", "Einträge").c_str());
     for (const auto& a : e.ausgelassen) std::printf("Ausgelassen: %s\n", kurzerPfad(a, k.home).c_str());
 }
 
@@ -184,8 +195,8 @@ int scan(const Kontext& k) {
         return 0;
     }
     const Knoten& w = *e.wurzel;
-    std::printf("%s: %s in %s Dateien\n\n", w.istVirtuell() ? w.name.c_str() : kurzerPfad(w.pfad, k.home).c_str(),
-                alsBytes(w.bytes).c_str(), alsZahl(w.dateien).c_str());
+    std::printf("%s: %s in %s\n\n", w.istVirtuell() ? w.name.c_str() : kurzerPfad(w.pfad, k.home).c_str(),
+                alsBytes(w.bytes).c_str(), anzahl(w.dateien, "Datei", "Dateien").c_str());
     druckeBaum(w, k, w.bytes, 0, std::max(tiefeAnzeige, 1), 15);
     std::printf("\n");
     for (const auto& c : w.kinder)
@@ -203,10 +214,12 @@ const bool scanRegistriert = registriere({
     .beschreibung = "Belegten Platz nach Ordnern aufschlüsseln (Home, ein Ordner oder die ganze Platte)",
     .reihenfolge = 40,
     .optionen =
-        [](CLI::App& a) {
-            auto* p = a.add_option("pfad", scanWahl.pfad, "Ordner (ohne: dein Home-Ordner)");
-            a.add_flag("--platte", scanWahl.platte, "Die ganze Startplatte durchsuchen")->excludes(p);
-            a.add_option("--tiefe", tiefeAnzeige, "Wie viele Ebenen gezeigt werden (Text)")->check(CLI::Range(1, 10));
+        [](CLI::App& a, Katalogprofil profil) {
+            auto* p = a.add_option("PFAD", scanWahl.pfad, "Ordner (ohne: dein Home-Ordner)")->type_name("");
+            a.add_flag("--platte", scanWahl.platte, plattenHilfe(profil))->excludes(p);
+            a.add_option("--tiefe", tiefeAnzeige, "Wie viele Ebenen die Textausgabe zeigt, 1 bis 10 (Vorgabe 2)")
+                ->type_name("ZAHL")
+                ->check(ganzzahl(1, 10));
         },
     .ausfuehren = scan,
 });
@@ -232,7 +245,7 @@ int gross(const Kontext& k) {
     }
     if (liste.empty()) {
         std::printf("Keine großen Dateien (ab %s)%s gefunden.\n", alsBytes(Tiefenscan::grossAb).c_str(),
-                    aelterAls ? fmt::format(", älter als {} Tage,", *aelterAls).c_str() : "");
+                    aelterAls ? (", älter als " + anzahl(*aelterAls, "Tag", "Tage") + ",").c_str() : "");
     } else {
         int64_t summe = 0;
         for (const auto& d : liste) {
@@ -240,7 +253,8 @@ int gross(const Kontext& k) {
             std::printf("%12s  %-16s %s%s\n", alsBytes(d.belegt).c_str(), alterText(d.geaendert).c_str(),
                         kurzerPfad(d.pfad, k.home).c_str(), d.istPaket ? "  (Paket)" : "");
         }
-        std::printf("\n%zu Einträge, zusammen %s\n", liste.size(), alsBytes(summe).c_str());
+        std::printf("\n%s, zusammen %s\n", anzahl(static_cast<int64_t>(liste.size()), "Eintrag", "Einträge").c_str(),
+                    alsBytes(summe).c_str());
     }
     druckeUnlesbarUndAusgelassen(e, k);
     return 0;
@@ -251,11 +265,13 @@ const bool grossRegistriert = registriere({
     .beschreibung = "Große Dateien und Pakete zeigen, die größten zuerst",
     .reihenfolge = 41,
     .optionen =
-        [](CLI::App& a) {
-            auto* p = a.add_option("pfad", grossWahl.pfad, "Ordner (ohne: dein Home-Ordner)");
-            a.add_flag("--platte", grossWahl.platte, "Die ganze Startplatte durchsuchen")->excludes(p);
-            a.add_option("--aelter-als", aelterAls, "Nur Dateien, die seit mehr als TAGE Tagen unverändert sind")
-                ->check(CLI::Range(0, 36500));
+        [](CLI::App& a, Katalogprofil profil) {
+            auto* p = a.add_option("PFAD", grossWahl.pfad, "Ordner (ohne: dein Home-Ordner)")->type_name("");
+            a.add_flag("--platte", grossWahl.platte, plattenHilfe(profil))->excludes(p);
+            a.add_option("--aelter-als", aelterAls,
+                         "Nur Dateien, die seit mehr als TAGE Tagen unverändert sind (0 bis 36.500)")
+                ->type_name("TAGE")
+                ->check(ganzzahl(0, 36500));
         },
     .ausfuehren = gross,
 });
@@ -300,8 +316,10 @@ int duplikate(const Kontext& k) {
         gruppen = imHintergrund([&] { return Duplikate::finde(e.kandidaten, &steuerung); },
                                 [&] {
                                     if (unterbrochen.load()) stopp.request_stop();
-                                    anzeige.zeige(fmt::format("Vergleiche {} Dateien … {:.0f} %", e.kandidaten.size(),
-                                                              steuerung.anteil() * 100));
+                                    anzeige.zeige(fmt::format(
+                                        "Vergleiche {} … {:.0f} %",
+                                        anzahl(static_cast<int64_t>(e.kandidaten.size()), "Datei", "Dateien"),
+                                        steuerung.anteil() * 100));
                                 });
     }
     if (stopp.stop_requested()) warnung("Abgebrochen – nicht alle Dateien wurden verglichen.");
@@ -324,7 +342,8 @@ int duplikate(const Kontext& k) {
         return status;
     }
     if (gruppen.empty()) {
-        std::printf("Keine doppelten Dateien gefunden (%zu Dateien ab 1 MB verglichen).\n", e.kandidaten.size());
+        std::printf("Keine doppelten Dateien gefunden (%s ab 1 MB verglichen).\n",
+                    anzahl(static_cast<int64_t>(e.kandidaten.size()), "Datei", "Dateien").c_str());
         return status;
     }
     int64_t frei = 0;
@@ -336,7 +355,8 @@ int duplikate(const Kontext& k) {
         for (const auto& d : g.dateien)
             std::printf("  %s %s\n", d.pfad == g.behalten ? "behalten:" : "Kopie:   ", kurzerPfad(d.pfad, k.home).c_str());
     }
-    std::printf("\n%zu Gruppen; wirklich frei würden %s.\n", gruppen.size(), alsBytes(frei).c_str());
+    std::printf("\n%s; wirklich frei würden %s.\n", anzahl(static_cast<int64_t>(gruppen.size()), "Gruppe", "Gruppen").c_str(),
+                alsBytes(frei).c_str());
     druckeUnlesbarUndAusgelassen(e, k);
     if (aufraeumen) status = entsorgeKopien(gruppen, k);
     return status;
@@ -347,8 +367,8 @@ const bool duplikateRegistriert = registriere({
     .beschreibung = "Doppelte Dateien ab 1 MB finden (Größe, Anfang und Ende, dann der ganze Inhalt)",
     .reihenfolge = 42,
     .optionen =
-        [](CLI::App& a) {
-            a.add_option("pfad", dupWahl.pfad, "Ordner (ohne: dein Home-Ordner)");
+        [](CLI::App& a, Katalogprofil) {
+            a.add_option("PFAD", dupWahl.pfad, "Ordner (ohne: dein Home-Ordner)")->type_name("");
             a.add_flag("--aufraeumen", dupOpt.aufraeumen,
                        "Alle Kopien außer der vorgeschlagenen in den Papierkorb legen (mit Rückfrage)");
             auto* ja = a.add_flag("--ja", dupOpt.ja, "Ohne Rückfrage ausführen");

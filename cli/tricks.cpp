@@ -2,7 +2,7 @@
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
 #include "kern/format.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/speichertricks.hpp"
 
 namespace hainbrem::cli {
@@ -58,8 +58,9 @@ int tricks(const Kontext& k) {
         std::printf("\niCloud-Ordner, die vollständig auf dem Mac liegen\n");
         if (cloud.empty()) std::printf("  keine\n");
         for (const auto& o : cloud)
-            std::printf("%12s  %s (%zu Dateien, zuletzt geöffnet %s)\n", alsBytes(o.bytes).c_str(), o.name.c_str(),
-                        o.dateien.size(), tagesDatum(o.zuletztGeoeffnet).c_str());
+            std::printf("%12s  %s (%s, zuletzt geöffnet %s)\n", alsBytes(o.bytes).c_str(), o.name.c_str(),
+                        anzahl(static_cast<int64_t>(o.dateien.size()), "Datei", "Dateien").c_str(),
+                        tagesDatum(o.zuletztGeoeffnet).c_str());
         if (optimieren) std::printf("Mac-Speicher optimieren: %s\n", *optimieren ? "an" : "aus");
     }
     if (!texte.hinweis.empty()) std::printf("\n%s\n", texte.hinweis.c_str());
@@ -68,10 +69,8 @@ int tricks(const Kontext& k) {
 
 const bool tricksRegistriert = registriere({
     .name = "tricks",
-    .beschreibung = standardProfil == Katalogprofil::macos
-                        ? "Systemdaten aufschlüsseln, lokale Schnappschüsse und iCloud-Dateien auf dem Mac zeigen"
-                        : "Systemdaten aufschlüsseln: Swap, temporäre Dateien, Systemprotokoll, was Paketsysteme "
-                          "aufbewahren",
+    .beschreibung = "Systemdaten aufschlüsseln: Swap, temporäre Dateien, Systemprotokoll, was Paketsysteme aufbewahren",
+    .beschreibungMac = "Systemdaten aufschlüsseln, lokale Schnappschüsse und iCloud-Dateien auf dem Mac zeigen",
     .reihenfolge = 52,
     .optionen = nullptr,
     .ausfuehren = tricks,

@@ -1,6 +1,13 @@
 // hainbrem urteil PFAD [--art loeschen|papierkorb]: what the guard says about one location.
+#include <sys/stat.h>
+
+#include <cerrno>
+
+#include "basis/systemfehler.hpp"
+#include "cli/aufruf.hpp"
 #include "cli/ausgabe.hpp"
 #include "cli/kommando.hpp"
+#include "cli/pfadangabe.hpp"
 #include "kern/safetyguard.hpp"
 
 namespace hainbrem::cli {
@@ -10,28 +17,32 @@ std::string urteilPfad;
 std::string urteilArt = "papierkorb";
 
 int urteil(const Kontext& k) {
-    const std::optional<Entsorgung> art = entsorgungAus(urteilArt);
-    if (!art) {
-        fehler(fmt::format("Unbekannte Art „{}“ – möglich sind loeschen und papierkorb.", urteilArt));
-        return 2;
+    const Entsorgung art = *entsorgungAus(urteilArt);  // the option's check let only these two pass
+    // as `entsorgen` takes it: the folder part as the shell means it, the last part as written
+    const auto angabe = wieDieShell(urteilPfad);
+    std::optional<std::string> grund;
+    std::filesystem::path pfad = angabe ? angabe->pfad : std::filesystem::path(urteilPfad);
+    struct stat st;
+    if (!angabe)
+        grund = angabe.error();
+    else if (::lstat(pfad.c_str(), &st) != 0 && errno != ENOENT)
+        grund = pfadFehler(urteilPfad, errno);  // too long, or behind a file: no verdict to give
+    Urteil u = Urteil::erlaubt();
+    if (!grund) {
+        u = waechterFuer(k).pruefe(pfad, art);
+        if (!u.istErlaubt()) grund = u.grund();
     }
-    std::filesystem::path pfad(urteilPfad);
-    std::error_code e;
-    // relative to where the user stands; "." and ".." stay as typed so the guard judges them
-    if (!urteilPfad.empty() && pfad.is_relative()) pfad = std::filesystem::absolute(pfad, e);
-    if (e) pfad = urteilPfad;
-
-    const SafetyGuard waechter = waechterFuer(k);
-    const Urteil u = waechter.pruefe(pfad, *art);
     if (k.json) {
         druckeJson(json{{"pfad", pfad.native()},
-                        {"art", std::string(rohwert(*art))},
-                        {"erlaubt", u.istErlaubt()},
-                        {"grund", u.istErlaubt() ? json(nullptr) : json(u.grund())}});
+                        {"art", std::string(rohwert(art))},
+                        {"erlaubt", !grund},
+                        {"grund", grund ? json(*grund) : json(nullptr)}});
     } else {
-        std::printf("%s\n", u.istErlaubt() ? "erlaubt" : u.grund().c_str());
+        if (angabe && angabe->woandersHin)
+            warnung("„" + urteilPfad + "“ führt über einen Link nach „" + pfad.native() + "“.");
+        std::printf("%s\n", grund ? zeige(*grund).c_str() : "erlaubt");
     }
-    return u.istErlaubt() ? 0 : 1;
+    return grund ? 1 : 0;
 }
 
 const bool urteilRegistriert = registriere({
@@ -40,9 +51,11 @@ const bool urteilRegistriert = registriere({
                     "(Status 0: erlaubt, 1: abgelehnt)",
     .reihenfolge = 40,
     .optionen =
-        [](CLI::App& a) {
-            a.add_option("pfad", urteilPfad, "Datei oder Ordner")->required();
-            a.add_option("--art", urteilArt, "loeschen (endgültig) oder papierkorb (Standard)");
+        [](CLI::App& a, Katalogprofil) {
+            a.add_option("PFAD", urteilPfad, "Datei oder Ordner")->type_name("")->required();
+            a.add_option("--art", urteilArt, "loeschen (endgültig) oder papierkorb (Vorgabe)")
+                ->type_name("ART")
+                ->check(einesVon({"loeschen", "papierkorb"}));
         },
     .ausfuehren = urteil,
 });

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "basis/systemfehler.hpp"
 #include "basis/zeichen.hpp"
 
 extern char** environ;
@@ -73,7 +74,7 @@ Ergebnis<std::string> ausfuehren(const std::string& programm, const std::vector<
     posix_spawn_file_actions_destroy(&aktionen);
     if (rc != 0)
         return Fehlschlag{rc == ENOENT ? "„" + programm + "“ gibt es hier nicht"
-                                       : "„" + programm + "“ ließ sich nicht starten: " + std::strerror(rc)};
+                                       : "„" + programm + "“ ließ sich nicht starten: " + systemFehler(rc)};
     ::close(aus.schreiben);
     aus.schreiben = -1;
     ::close(fehler.schreiben);

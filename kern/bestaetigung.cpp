@@ -6,7 +6,7 @@
 #include "kern/format.hpp"
 #include "kern/paketsysteme.hpp"
 #include "kern/plattenstand.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem {
 
@@ -41,7 +41,7 @@ Bestaetigung bestaetigung(const std::vector<Fund>& funde, const std::function<bo
     if (endgueltig.anzahl > 0) b.zeilen.push_back(endgueltig);
     if (korb.anzahl > 0) b.zeilen.push_back(korb);
     if (paket.anzahl > 0) b.zeilen.push_back(paket);
-    b.teile = "in " + std::to_string(b.anzahl) + (b.anzahl == 1 ? " Teil" : " Teilen");
+    b.teile = "in " + anzahl(static_cast<int64_t>(b.anzahl), "Teil", "Teilen");
     b.hinweis = laufHinweisText;
     for (const auto& name : b.laufendeBesitzer) b.warnungen.push_back(name + " läuft noch, seine Teile blieben liegen.");
     return b;
@@ -49,15 +49,14 @@ Bestaetigung bestaetigung(const std::vector<Fund>& funde, const std::function<bo
 
 std::string erklaerung(const Runde& runde, const std::function<int64_t()>& echtFreiJetzt) {
     std::vector<std::string> teile;
-    const int64_t korb = runde.imPapierkorbBytes();
-    if (korb > 0) teile.push_back(alsBytes(korb) + " liegen im Papierkorb – frei erst nach dem Leeren");
-    // what went to the Trash is not free yet, and what came back from it never was
-    int64_t imKorbGewesen = 0;
     size_t uebersprungen = 0, fehlgeschlagen = 0;
     std::optional<std::string> ersterGrund;
+    int64_t inDenKorb = 0;  // a dry run's Trash items, which never reach it
     for (const auto& p : runde.posten) {
-        if (p.imPapierkorb && !p.fehler) imKorbGewesen = addiere(imKorbGewesen, p.bytes);
-        if (!p.fehler) continue;
+        if (!p.fehler) {
+            if (p.art == Entsorgung::papierkorb) inDenKorb = addiere(inDenKorb, p.bytes);
+            continue;
+        }
         if (p.ergebnis == PostenErgebnis::fehlgeschlagen || p.ergebnis == PostenErgebnis::unterbrochen) {
             ++fehlgeschlagen;
             if (!ersterGrund) ersterGrund = *p.fehler;
@@ -65,12 +64,24 @@ std::string erklaerung(const Runde& runde, const std::function<int64_t()>& echtF
             ++uebersprungen;
         }
     }
-    const int64_t g = runde.gewonnen();
-    const int64_t e = subtrahiere(runde.erwartet(), imKorbGewesen);
-    if (g < multipliziere(e, 8) / 10 && e > 50'000'000)
-        teile.push_back(
-            "weniger als erwartet: Klone, Hardlinks oder ein Schnappschuss halten Daten fest, oder andere Programme "
-            "schreiben gerade");
+    if (runde.probelauf) {
+        // nothing was removed or measured: only what would have happened
+        if (runde.erwartetFrei() > 0 || inDenKorb == 0) teile.push_back(alsBytes(runde.erwartetFrei()) + " würden frei");
+        if (inDenKorb > 0)
+            teile.push_back(alsBytes(inDenKorb) + " gingen in den Papierkorb – frei erst nach dem Leeren");
+    } else {
+        if (const int64_t korb = runde.imPapierkorbBytes(); korb > 0)
+            teile.push_back(alsBytes(korb) + " liegen im Papierkorb – frei erst nach dem Leeren");
+        if (const int64_t zurueck = runde.zurueckgelegtBytes(); zurueck > 0)
+            teile.push_back(alsBytes(zurueck) + " zurückgelegt");
+        // measured against what left the disk for good: the Trash frees nothing, put back or not
+        const int64_t g = runde.gewonnen();
+        const int64_t e = runde.erwartetFrei();
+        if (g < multipliziere(e, 8) / 10 && e > 50'000'000)
+            teile.push_back(
+                "weniger als erwartet: Klone, Hardlinks oder ein Schnappschuss halten Daten fest, oder andere "
+                "Programme schreiben gerade");
+    }
     if (uebersprungen > 0) teile.push_back(std::to_string(uebersprungen) + " übersprungen (läuft gerade oder geschützt)");
     if (fehlgeschlagen > 0)
         teile.push_back(std::to_string(fehlgeschlagen) + " nicht geschafft: " + *ersterGrund);

@@ -51,7 +51,8 @@ inline constexpr const char* laufHinweisText = "Läuft ein Programm, dem etwas d
 Bestaetigung bestaetigung(const std::vector<Fund>& funde, const std::function<bool(const std::string&)>& laeuft,
                           const std::filesystem::path& home = {});
 
-// The result bar's explanation line; `echtFreiJetzt` is read only when everything went.
+// The result bar's explanation line; `echtFreiJetzt` is read only when everything went. After a
+// dry run it says what would have been freed.
 std::string erklaerung(const Runde& runde, const std::function<int64_t()>& echtFreiJetzt);
 std::string erklaerung(const Runde& runde, const std::filesystem::path& home);
 

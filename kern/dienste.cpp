@@ -7,7 +7,7 @@
 #include <system_error>
 
 #include "kern/eigenschaftsliste.hpp"
-#include "kern/text.hpp"
+#include "kern/zeilen.hpp"
 
 namespace hainbrem::Dienste {
 

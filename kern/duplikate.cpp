@@ -13,7 +13,7 @@
 
 #include "kern/arbeiter.hpp"
 #include "kern/groesse.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "plattform/plattform.hpp"
 #include "plattform/scan.hpp"
 

@@ -10,7 +10,7 @@
 #include "kern/paketsysteme.hpp"
 #include "kern/papierkorb_info.hpp"
 #include "kern/plattenstand.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "plattform/papierkorb.hpp"
 
 namespace hainbrem {

@@ -3,9 +3,11 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 
 #include "basis/pfade.hpp"
+#include "basis/systemfehler.hpp"
 #include "kern/format.hpp"
 #include "kern/groesse.hpp"
 
@@ -13,17 +15,9 @@ namespace hainbrem::Erklaeren {
 
 namespace {
 
-std::string verbinde(const std::vector<std::string>& teile, std::string_view zwischen) {
-    std::string aus;
-    for (size_t i = 0; i < teile.size(); ++i) {
-        if (i > 0) aus += zwischen;
-        aus += teile[i];
-    }
-    return aus;
-}
 
 std::string einheit(int64_t n, const char* eins, const char* mehr) {
-    return "vor " + std::to_string(n) + " " + (n == 1 ? eins : mehr);
+    return "vor " + anzahl(n, eins, mehr);
 }
 
 std::string urteilText(const Urteil& u) { return u.istErlaubt() ? "erlaubt" : "nein (" + u.grund() + ")"; }
@@ -72,7 +66,10 @@ Fakten fakten(std::string_view pfad, const Umgebung& u, const SafetyGuard& guard
     Fakten f;
     f.pfad = erweitere(pfad, u.home);
     struct stat st {};
-    if (::lstat(f.pfad.c_str(), &st) != 0) return f;
+    if (::lstat(f.pfad.c_str(), &st) != 0) {
+        f.fehler = errno;
+        return f;
+    }
     f.gibtEs = true;
     CloudSchutz::aktivieren();  // measuring must never pull a cloud file down
     f.bytes = Groesse::belegt(f.pfad);
@@ -101,7 +98,8 @@ Fakten fakten(std::string_view pfad, const Umgebung& u, const SafetyGuard& guard
 }
 
 std::string text(const std::string& pfad, const Fakten& f, const fs::path& home, Zeitpunkt jetzt) {
-    if (!f.gibtEs) return pfad + " gibt es nicht.";
+    // a path too long or behind a file is not simply missing
+    if (!f.gibtEs) return f.fehler && f.fehler != ENOENT ? pfadFehler(pfad, f.fehler) : pfad + " gibt es nicht.";
     std::vector<std::string> zeilen;
     zeilen.push_back(kurzpfad(f.pfad, home) + ": " + alsBytes(f.bytes) + ", zuletzt geändert " +
                      (f.geaendert ? relativ(*f.geaendert, jetzt) : "unbekannt") + ".");

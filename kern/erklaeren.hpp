@@ -18,6 +18,7 @@ namespace fs = std::filesystem;
 
 struct Fakten {
     bool gibtEs = false;
+    int fehler = 0;  // why it could not be looked at (errno), when it could not
     fs::path pfad;  // expanded
     int64_t bytes = 0;
     std::optional<Zeitpunkt> geaendert;

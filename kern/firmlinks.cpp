@@ -1,6 +1,6 @@
 // The firmlinks file of macOS, parsed apart from the walking so the disk layout can be tried on
 // made-up systems.
-#include "kern/text.hpp"
+#include "kern/zeilen.hpp"
 #include "kern/tiefenscan.hpp"
 
 namespace hainbrem::Tiefenscan {

@@ -98,4 +98,17 @@ std::string alsZahl(int64_t zahl, const Zahlformat& format) {
 
 std::string alsZahl(int64_t zahl) { return alsZahl(zahl, prozessFormat()); }
 
+std::string anzahl(int64_t n, std::string_view eins, std::string_view viele) {
+    return alsZahl(n) + " " + std::string(n == 1 ? eins : viele);
+}
+
+std::string verbinde(const std::vector<std::string>& teile, std::string_view zwischen) {
+    std::string aus;
+    for (size_t i = 0; i < teile.size(); ++i) {
+        if (i > 0) aus += zwischen;
+        aus += teile[i];
+    }
+    return aus;
+}
+
 }  // namespace hainbrem

@@ -1,11 +1,12 @@
 #include "kern/groesse.hpp"
 
+#include <algorithm>
 #include <mutex>
 #include <set>
 #include <utility>
 
 #include "kern/arbeiter.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/wanderer.hpp"
 #include "plattform/plattform.hpp"
 
@@ -72,9 +73,10 @@ public:
         : arbeiter_(faeden, Arbeiter::Reihenfolge::neuesteZuerst), s_(steuerung) {}
 
     // Walks the open folder `fd` here and waits for every part handed over.
-    Messung messe(int fd, const struct stat& st, const std::string& pfad) {
+    Messung messe(int fd, const struct stat& st, const std::string& pfad, int64_t& neueste) {
         geh(fd, st, pfad);
         arbeiter_.warte([this] { return offen_ == 0; });
+        neueste = neueste_;
         return Messung{summe_, unlesbar_, s_.angehalten()};
     }
 
@@ -89,6 +91,7 @@ private:
     void geh(int fd, const struct stat& st, const std::string& pfad) {
         int64_t summe = 0;
         int64_t unlesbar = 0;
+        int64_t neueste = 0;
         int64_t eintraege = 0;
         int64_t gemeldet = 0;  // bytes of `summe` already in the control
         auto melde = [&] {
@@ -98,6 +101,7 @@ private:
         };
         auto besuch = [&](const Eintrag& e) {
             if (s_.angehalten()) return Weiter::abbrechen;
+            if (e.statt) neueste = std::max<int64_t>(neueste, e.statt->st_mtime);
             switch (e.art) {
                 case EintragArt::datei: zaehleDatei(*e.statt, summe); break;
                 case EintragArt::ordnerAnfang: summe = addiere(summe, bloecke(*e.statt)); break;
@@ -123,6 +127,7 @@ private:
         std::lock_guard lock(summeSperre_);
         summe_ = addiere(summe_, summe);
         unlesbar_ += unlesbar;
+        neueste_ = std::max(neueste_, neueste);
     }
 
     void zaehleDatei(const struct stat& st, int64_t& summe) {
@@ -139,6 +144,7 @@ private:
     std::mutex summeSperre_;
     int64_t summe_ = 0;
     int64_t unlesbar_ = 0;
+    int64_t neueste_ = 0;
     std::mutex linkSperre_;
     std::set<std::pair<dev_t, ino_t>> gesehen_;
 };
@@ -146,6 +152,11 @@ private:
 }  // namespace
 
 Messung miss(const fs::path& wurzel, unsigned faeden, Steuerung* steuerung) {
+    int64_t neueste = 0;
+    return miss(wurzel, neueste, faeden, steuerung);
+}
+
+Messung miss(const fs::path& wurzel, int64_t& neueste, unsigned faeden, Steuerung* steuerung) {
     CloudSchutz::aktivieren();
     Steuerung ersatz;  // when the caller passed none
     Steuerung& s = steuerung ? *steuerung : ersatz;
@@ -157,12 +168,15 @@ Messung miss(const fs::path& wurzel, unsigned faeden, Steuerung* steuerung) {
         m.unlesbar = 1;
     } else if (!S_ISDIR(st.st_mode)) {
         m.bytes = bloecke(st);
+        neueste = st.st_mtime;
     } else if (const int fd = ::open(pfad.c_str(), intern::ordnerFlags); fd < 0) {
         m.bytes = bloecke(st);
         m.unlesbar = 1;
+        neueste = st.st_mtime;
     } else {
-        m = GeteilteMessung(faeden == 0 ? 1 : faeden, s).messe(fd, st, pfad);
+        m = GeteilteMessung(faeden == 0 ? 1 : faeden, s).messe(fd, st, pfad, neueste);
         m.bytes = addiere(bloecke(st), m.bytes);
+        neueste = std::max<int64_t>(neueste, st.st_mtime);
         s.dazu(0, bloecke(st));
         return m;
     }

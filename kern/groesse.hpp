@@ -31,6 +31,9 @@ struct Messung {
 // A folder that cannot be listed still counts its own blocks. Uses up to `faeden` threads.
 // The control counts entries in `erledigt` and their bytes in `bytes`.
 Messung miss(const fs::path& wurzel, unsigned faeden = 2, Steuerung* steuerung = nullptr);
+// The same, and the newest modification time of the item or anything below it in `neueste`
+// (seconds since the epoch; 0 when nothing could be read).
+Messung miss(const fs::path& wurzel, int64_t& neueste, unsigned faeden = 2, Steuerung* steuerung = nullptr);
 int64_t belegt(const fs::path& wurzel, unsigned faeden = 2, Steuerung* steuerung = nullptr);
 
 // Bytes not shared with clones; absent where the file system cannot tell.

@@ -6,7 +6,7 @@
 
 #include "kern/arbeiter.hpp"
 #include "kern/groesse.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem {
 
@@ -42,19 +42,24 @@ struct Messung {
 
 // Measures every path on at most `gleichzeitigeMessungen` threads; a measurement cut short by
 // the control counts as not made.
-std::unordered_map<std::string, int64_t> messe(const std::vector<Messung>& messungen, Steuerung& s) {
-    std::unordered_map<std::string, int64_t> tabelle;
+struct Gemessen {
+    int64_t bytes = 0;
+    int64_t neueste = 0;  // newest change of anything inside, seconds
+};
+std::unordered_map<std::string, Gemessen> messe(const std::vector<Messung>& messungen, Steuerung& s) {
+    std::unordered_map<std::string, Gemessen> tabelle;
     if (messungen.empty() || s.angehalten()) return tabelle;
-    std::vector<std::optional<int64_t>> bytes(messungen.size());
+    std::vector<std::optional<Gemessen>> bytes(messungen.size());
     Arbeiter arbeiter(static_cast<unsigned>(std::min<size_t>(gleichzeitigeMessungen, messungen.size())));
     arbeiter.fuerAlle(messungen.size(), [&](size_t i) {
         if (s.angehalten()) return;
         // one thread per measurement: the pool is the only parallelism; the entries it counts
         // are no findings, so it gets a control of its own that only shares the stop
         Steuerung innen(s.halt);
-        const Groesse::Messung m = Groesse::miss(messungen[i].pfad, 1, &innen);
+        int64_t neueste = 0;
+        const Groesse::Messung m = Groesse::miss(messungen[i].pfad, neueste, 1, &innen);
         if (m.angehalten) return;
-        bytes[i] = m.bytes;
+        bytes[i] = Gemessen{m.bytes, neueste};
         s.dazu(static_cast<int64_t>(messungen[i].funde), m.bytes);
     });
     for (size_t i = 0; i < messungen.size(); ++i)
@@ -104,7 +109,10 @@ std::vector<RegelErgebnis> pruefe(const Umgebung& umgebung, const std::vector<Re
         std::vector<Fund> gemessen;
         for (auto& f : funde) {
             const auto it = tabelle.find(f.url.native());
-            f.bytes = it == tabelle.end() ? 0 : it->second;
+            f.bytes = it == tabelle.end() ? 0 : it->second.bytes;
+            // the newest change inside dates a finding its rule left undated
+            if (!f.datum && it != tabelle.end() && it->second.neueste > 0)
+                f.datum = Zeitpunkt(std::chrono::seconds(it->second.neueste));
             if (f.bytes >= 1) gemessen.push_back(std::move(f));
         }
         std::stable_sort(gemessen.begin(), gemessen.end(),

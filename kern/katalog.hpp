@@ -15,6 +15,8 @@ struct Regel {
     Gruppe gruppe = Gruppe::programme;
     Risiko risiko = Risiko::sicher;
     std::string was, warumSicher, danach;
+    // Under the Linux profile: a rule for Mac programs, which finds nothing there.
+    bool nurAufDemMac = false;
     // Lists one or two folder levels, never measures, never throws.
     std::function<std::vector<Fund>(const Umgebung&)> finde;
 };

@@ -5,7 +5,7 @@
 #include <mutex>
 
 #include "basis/pfade.hpp"
-#include "kern/text.hpp"
+#include "kern/zeilen.hpp"
 #include "plattform/prozesse.hpp"
 
 namespace hainbrem {

@@ -13,6 +13,7 @@
 #include <mutex>
 #include <vector>
 
+#include "basis/systemfehler.hpp"
 #include "kern/arbeiter.hpp"
 #include "kern/groesse.hpp"
 #include "plattform/dateisystem.hpp"
@@ -39,7 +40,7 @@ std::string fehlerText(int nummer) {
         case ELOOP: return "Symbolischer Link an unerwarteter Stelle";
         case EMFILE:
         case ENFILE: return "Zu viele offene Dateien";
-        default: return std::string("Systemfehler: ") + std::strerror(nummer);
+        default: return systemFehler(nummer);
     }
 }
 

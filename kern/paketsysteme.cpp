@@ -13,7 +13,7 @@
 #include "kern/befehl.hpp"
 #include "kern/format.hpp"
 #include "kern/groesse.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/schluesseldatei.hpp"
 #include "kern/testsperre.hpp"
 #include "plattform/programme.hpp"

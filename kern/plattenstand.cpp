@@ -6,8 +6,9 @@
 #include "basis/pfade.hpp"
 #include "kern/befehl.hpp"
 #include "kern/eigenschaftsliste.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "plattform/plattform.hpp"
+#include "plattform/scan.hpp"
 
 namespace hainbrem {
 
@@ -78,14 +79,54 @@ void sortiere(std::vector<Platte::Volume>& v) {
 }
 }  // namespace
 
+namespace {
+// Linux: the same roles, in the words of a Linux system; "Data" holds home (and "/" when the
+// system is on the same file system).
+struct LinuxRolle {
+    std::string_view rolle, titel, erklaerung;
+};
+constexpr LinuxRolle linuxRollen[] = {
+    {"Data", "Deine Daten", "Das Dateisystem mit deinem Home-Ordner: deine Dateien, Einstellungen und Caches."},
+    {"System", "System",
+     "Das Linux-System: Programme und Bibliotheken der Distribution, die ihr Paketmanager verwaltet, dazu "
+     "Protokolle und Caches in /var."},
+    {"VM", "Auslagerung (Swap)",
+     "Eine Swap-Partition: fest eingerichteter Platz, in den Linux Arbeitsspeicher auslagert. Sie bleibt so groß, "
+     "wie sie angelegt wurde."},
+    {"Preboot", "Systemstart",
+     "Startdateien: Kernel und Initramfs in /boot oder die Startprogramme der EFI-Partition. Alte Kernel entfernt der "
+     "Paketmanager."},
+};
+const LinuxRolle* linuxRolle(std::string_view rolle) {
+    for (const auto& r : linuxRollen)
+        if (r.rolle == rolle) return &r;
+    return nullptr;
+}
+bool mitSystem(const Platte::Volume& v) { return v.rolle == "Data" && v.einhaengepunkt == "/"; }
+}  // namespace
+
 std::string Platte::Volume::titel() const {
+    if (profil != Katalogprofil::macos) {
+        if (mitSystem(*this)) return "System und deine Daten";
+        const LinuxRolle* r = linuxRolle(rolle);
+        return r ? std::string(r->titel) : name;
+    }
     const RollenText* r = rollenText(rolle);
     return r ? std::string(r->titel) : name;
 }
 
-std::string_view Platte::Volume::erklaerung() const {
+std::string Platte::Volume::erklaerung() const {
+    if (profil != Katalogprofil::macos) {
+        if (mitSystem(*this))
+            return "Das Dateisystem mit Linux und deinem Home-Ordner: Programme der Distribution, Einstellungen, Caches "
+                   "und deine Dateien.";
+        if (const LinuxRolle* r = linuxRolle(rolle)) return std::string(r->erklaerung);
+        return einhaengepunkt.empty() ? "Ein weiteres Dateisystem auf dieser Platte, nicht eingehängt: Hainbrem sieht "
+                                        "nicht hinein und zählt die ganze Partition."
+                                      : "Ein weiteres Dateisystem auf dieser Platte, eingehängt unter " + einhaengepunkt + ".";
+    }
     const RollenText* r = rollenText(rolle);
-    return r ? r->erklaerung : "Ein Volume des Systems.";
+    return std::string(r ? r->erklaerung : "Ein Volume des Systems.");
 }
 
 std::optional<Platte> Platte::ausDiskutil(std::string_view info, std::string_view apfsListe) {
@@ -115,6 +156,7 @@ std::optional<Platte> Platte::ausDiskutil(std::string_view info, std::string_vie
             p.volumes.push_back(std::move(vol));
         }
         sortiere(p.volumes);
+        if (const Volume* system = p.volume("System")) p.name = system->name;
         return p;
     }
     return std::nullopt;
@@ -166,22 +208,41 @@ struct Sammlung {
     int64_t frei = 0;
 };
 
+bool hatKinder(const json& g) {
+    const auto it = g.find("children");
+    return it != g.end() && it->is_array() && !it->empty();
+}
+
 void sammle(const json& g, Sammlung& s) {
     const std::string fstyp = textAus(g, "fstype");
-    const auto punkte = einhaengepunkte(g);
-    if (!fstyp.empty() || !punkte.empty()) {
+    std::vector<std::string> punkte;
+    for (auto& p : einhaengepunkte(g))
+        if (!p.empty()) punkte.push_back(std::move(p));
+    // an encrypted or LVM container holds its volumes as children: it is none itself
+    if ((!fstyp.empty() || !punkte.empty()) && !(punkte.empty() && hatKinder(g))) {
         Platte::Volume v;
+        v.profil = Katalogprofil::linuxDesktop;
         v.geraet = textAus(g, "name");
+        v.typ = fstyp;
         const std::string etikett = textAus(g, "label");
         v.name = !etikett.empty() ? etikett : !v.geraet.empty() ? v.geraet : "?";
+        const int64_t groesse = zahlAus(g, "size");
         if (fstyp == "swap") {
             v.rolle = "VM";
-            v.bytes = zahlAus(g, "size");  // the whole partition is held for swapping
+            v.bytes = groesse;  // the whole partition is held for swapping
+        } else if (punkte.empty()) {
+            v.bytes = groesse;  // not mounted: what it holds is unknown, the partition is its
         } else {
             v.bytes = zahlAus(g, "fsused");
-            s.frei = addiere(s.frei, zahlAus(g, "fsavail"));
+            v.frei = zahlAus(g, "fsavail");
+            s.frei = addiere(s.frei, v.frei);
+            if (const int64_t fsgroesse = zahlAus(g, "fssize"); fsgroesse > 0) {
+                v.reserviert = std::max<int64_t>(0, subtrahiere(subtrahiere(fsgroesse, v.bytes), v.frei));
+                v.verwaltung = std::max<int64_t>(0, subtrahiere(groesse, fsgroesse));
+            }
         }
         for (const auto& p : punkte) {
+            if (v.einhaengepunkt.empty() && p.starts_with('/')) v.einhaengepunkt = p;
             if (p == "/boot" || p == "/boot/efi") v.rolle = "Preboot";
             s.punkte.emplace_back(s.volumes.size(), p);
         }
@@ -189,6 +250,12 @@ void sammle(const json& g, Sammlung& s) {
     }
     if (auto it = g.find("children"); it != g.end() && it->is_array())
         for (const auto& k : *it) sammle(k, s);
+}
+
+std::string ohneRaender(std::string t) {
+    while (!t.empty() && (t.back() == ' ' || t.back() == '\t' || t.back() == '\n')) t.pop_back();
+    const size_t a = t.find_first_not_of(" \t\n");
+    return a == std::string::npos ? std::string() : t.substr(a);
 }
 }  // namespace
 
@@ -217,6 +284,9 @@ std::optional<Platte> Platte::ausLsblk(std::string_view text, const std::filesys
         platte.gesamt = zahlAus(g, "size");
         platte.frei = s.frei;
         platte.volumes = std::move(s.volumes);
+        // a virtual disk has no model: then it is simply the disk
+        platte.name = ohneRaender(textAus(g, "model"));
+        if (platte.name.empty()) platte.name = "Festplatte";
         sortiere(platte.volumes);
         return platte;
     }
@@ -232,12 +302,127 @@ std::optional<Platte> Platte::lesen(Katalogprofil profil) {
         return ausDiskutil(*info, *liste);
     } else {
         const auto aus = Befehl::ausfuehren(
-            "/usr/bin/lsblk", {"--json", "--bytes", "-o", "NAME,TYPE,SIZE,FSTYPE,FSUSED,FSAVAIL,LABEL,MOUNTPOINTS"});
+            "/usr/bin/lsblk", {"--json", "--bytes", "-o", "NAME,TYPE,SIZE,FSTYPE,FSSIZE,FSUSED,FSAVAIL,LABEL,MODEL,MOUNTPOINTS"});
         if (!aus) return std::nullopt;
         std::error_code fehler;
         const auto home = std::filesystem::weakly_canonical(plattform::heimOrdner(), fehler);
-        return ausLsblk(*aus, fehler ? plattform::heimOrdner() : home);
+        auto platte = ausLsblk(*aus, fehler ? plattform::heimOrdner() : home);
+        // without udev's database lsblk knows no file system type; the mount table does
+        if (platte) {
+            const auto tabelle = plattform::einhaengTabelle();
+            for (auto& v : platte->volumes)
+                if (v.typ.empty() && !v.einhaengepunkt.empty())
+                    for (const auto& e : tabelle)
+                        if (e.punkt == v.einhaengepunkt) v.typ = e.typ;
+        }
+        return platte;
     }
+}
+
+double Plattenbild::anteilFrei() const {
+    return gesamt < 1 ? 0.0 : static_cast<double>(echtFrei) / static_cast<double>(gesamt);
+}
+
+namespace {
+
+std::string prozent(int64_t teil, int64_t ganz) {
+    if (ganz < 1) return "?";
+    return std::to_string((teil * 100 + ganz / 2) / ganz);
+}
+
+std::string reserveText(const std::vector<const Platte::Volume*>& mitReserve) {
+    const bool ext = !mitReserve.empty() && std::all_of(mitReserve.begin(), mitReserve.end(), [](const auto* v) {
+        return v->typ == "ext2" || v->typ == "ext3" || v->typ == "ext4";
+    });
+    if (!ext)
+        return "Das Dateisystem hält diesen Platz zurück: für root, für seine Metadaten oder als Reserve. Für deine "
+               "Dateien ist er nicht frei.";
+    std::string anteil;
+    if (mitReserve.size() == 1) {
+        const auto& v = *mitReserve.front();
+        const int64_t fs = addiere(addiere(v.bytes, v.frei), v.reserviert.value_or(0));
+        anteil = " (hier " + prozent(v.reserviert.value_or(0), fs) + " % des Dateisystems)";
+    }
+    return "ext4 hält diesen Platz als Reserve zurück" + anteil +
+           ", meist für root, damit das System weiterläuft, wenn die Platte voll ist. Für deine Dateien ist er nicht frei; "
+           "„tune2fs -m“ ändert die Reserve.";
+}
+
+}  // namespace
+
+Plattenbild plattenbild(const Plattenstand& stand, const std::optional<Platte>& platte) {
+    Plattenbild b;
+    b.echtFrei = stand.echtFrei;
+    b.mitLoeschbarem = stand.mitLoeschbarem;
+    if (!platte || platte->gesamt < 1) {
+        b.gesamt = stand.gesamt;
+        if (stand.gesamt > 0) {
+            b.teile.push_back({Plattenteil::Art::volume, "Belegt", std::max<int64_t>(0, stand.belegt()), {}});
+            b.teile.push_back({Plattenteil::Art::frei, "Frei", stand.echtFrei, {}});
+        }
+        return b;
+    }
+    b.name = platte->name;
+    b.gesamt = platte->gesamt;
+    const Platte::Volume* daten = platte->volume("Data");
+    const bool linux = std::any_of(platte->volumes.begin(), platte->volumes.end(),
+                                   [](const auto& v) { return v.profil != Katalogprofil::macos; });
+    int64_t reserviert = 0, verwaltung = 0, freiAnderswo = 0;
+    bool allesBekannt = true;  // every mounted file system told its size
+    std::vector<const Platte::Volume*> mitReserve;
+    for (const auto& v : platte->volumes) {
+        int64_t belegt = v.bytes;
+        // where home is, the watcher's fresher reading of the same file system
+        if (linux && &v == daten && v.reserviert &&
+            addiere(addiere(v.bytes, v.frei), *v.reserviert) == stand.gesamt)
+            belegt = std::max<int64_t>(0, subtrahiere(subtrahiere(stand.gesamt, *v.reserviert), stand.echtFrei));
+        if (belegt > 0) b.teile.push_back({Plattenteil::Art::volume, v.titel(), belegt, v.erklaerung()});
+        if (!linux) continue;
+        if (&v != daten) freiAnderswo = addiere(freiAnderswo, v.frei);
+        if (!v.einhaengepunkt.empty() && v.typ != "swap" && !v.reserviert) allesBekannt = false;
+        if (v.reserviert.value_or(0) > 0) {
+            reserviert = addiere(reserviert, *v.reserviert);
+            mitReserve.push_back(&v);
+        }
+        verwaltung = addiere(verwaltung, v.verwaltung);
+    }
+    if (reserviert > 0)
+        b.teile.push_back({Plattenteil::Art::reserviert, "Vom Dateisystem zurückgehalten", reserviert, reserveText(mitReserve)});
+    if (verwaltung > 0)
+        b.teile.push_back({Plattenteil::Art::verwaltung, "Verwaltung des Dateisystems", verwaltung,
+                           "Was das Dateisystem für seine eigene Buchführung fest eingerichtet hat (bei ext4 die "
+                           "Inode-Tabellen und das Journal). Es gehört zu keiner Datei und lässt sich nicht freigeben."});
+    // on a Mac the volumes share the container's free space; on Linux home's file system has its own,
+    // unless home lies on another disk: then the watcher's figure is not this disk's
+    const bool homeHier = daten || !linux;
+    int64_t summe = addiere(homeHier ? stand.echtFrei : 0, freiAnderswo);
+    for (const auto& t : b.teile) summe = addiere(summe, t.bytes);
+    const int64_t rest = subtrahiere(b.gesamt, summe);
+    if (rest > 0) {
+        if (!linux)
+            b.teile.push_back({Plattenteil::Art::rest, "Andere Bereiche der Platte", rest,
+                               "Teile des Containers, die weder ein Volume zählt noch frei sind."});
+        else if (allesBekannt)
+            b.teile.push_back({Plattenteil::Art::rest, "Außerhalb der Dateisysteme", rest,
+                               "Platz auf der Platte, der zu keinem Dateisystem gehört: die Partitionstabelle, Lücken "
+                               "zwischen Partitionen, eine Verschlüsselung oder eine Volume-Gruppe (LVM), die ihn noch "
+                               "nicht vergeben hat."});
+        else
+            b.teile.push_back({Plattenteil::Art::rest, "Andere Bereiche der Platte", rest,
+                               "Was weder Dateien belegen noch frei ist: Reserven und Verwaltung der Dateisysteme und "
+                               "Platz außerhalb von ihnen."});
+    }
+    if (homeHier)
+        b.teile.push_back({Plattenteil::Art::frei, "Frei", stand.echtFrei,
+                           linux && freiAnderswo > 0 ? "Frei, wo dein Home-Ordner liegt." : ""});
+    if (freiAnderswo > 0)
+        b.teile.push_back({Plattenteil::Art::freiAnderswo, homeHier ? "Frei auf anderen Volumes" : "Frei", freiAnderswo,
+                           homeHier ? "Frei auf den anderen Dateisystemen dieser Platte; deine Dateien im Home-Ordner "
+                                      "können ihn nicht nutzen."
+                                    : "Frei auf dieser Platte; dein Home-Ordner liegt auf einer anderen."});
+    // readings that do not fit together (a disk smaller than its parts) still add up
+    if (rest < 0) b.gesamt = summe;
+    return b;
 }
 
 }  // namespace hainbrem

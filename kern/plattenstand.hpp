@@ -40,16 +40,29 @@ struct Platte {
         std::string rolle;
         int64_t bytes = 0;
         std::string geraet;
+        // Read from lsblk (a Mac's volumes share their container's free space): where it is
+        // mounted (the first mount point; empty: not mounted), what is free for the user, what
+        // the file system keeps back (ext4: for root), the partition beyond the file system (its
+        // fixed bookkeeping), and the file system's type. An unknown size is absent.
+        std::string einhaengepunkt = {};
+        int64_t frei = 0;
+        std::optional<int64_t> reserviert = std::nullopt;
+        int64_t verwaltung = 0;
+        std::string typ = {};
+        Katalogprofil profil = Katalogprofil::macos;  // whose words the titles are in
 
         const std::string& id() const { return geraet; }
         std::string titel() const;
-        std::string_view erklaerung() const;
+        std::string erklaerung() const;
         bool operator==(const Volume&) const = default;
     };
 
     int64_t gesamt = 0;
     int64_t frei = 0;
     std::vector<Volume> volumes;  // largest first; equal sizes keep the tool's order
+    // The disk as its user knows it: the drive's model on Linux ("Samsung SSD 980 1TB", else
+    // "Festplatte"), the system volume's name on a Mac ("Macintosh HD"); empty when unknown.
+    std::string name = {};
 
     int64_t belegt() const;
     const Volume* volume(std::string_view rolle) const;
@@ -61,9 +74,33 @@ struct Platte {
     static std::optional<Platte> lesen(Katalogprofil profil = standardProfil);
     // diskutil "info -plist /" and "apfs list -plist" outputs (XML or binary property lists).
     static std::optional<Platte> ausDiskutil(std::string_view info, std::string_view apfsListe);
-    // `lsblk --json --bytes -o NAME,TYPE,SIZE,FSTYPE,FSUSED,FSAVAIL,LABEL,MOUNTPOINTS` for the
-    // disk holding "/"; the file system holding `home` is the user's data.
+    // `lsblk --json --bytes -o NAME,TYPE,SIZE,FSTYPE,FSSIZE,FSUSED,FSAVAIL,LABEL,MODEL,MOUNTPOINTS`
+    // for the disk holding "/"; the file system holding `home` is the user's data.
     static std::optional<Platte> ausLsblk(std::string_view json, const std::filesystem::path& home);
 };
+
+// One part of the disk as the overview shows it.
+struct Plattenteil {
+    enum class Art { volume, reserviert, verwaltung, rest, frei, freiAnderswo };
+    Art art = Art::volume;
+    std::string titel;
+    int64_t bytes = 0;
+    std::string erklaerung;
+    bool operator==(const Plattenteil&) const = default;
+};
+
+// The disk and its free space as one picture whose figures agree: the parts add up to `gesamt`,
+// and the free part of the volume holding home is `stand.echtFrei`, the watcher's figure (a
+// fresher reading than the disk's, taken from the same file system).
+struct Plattenbild {
+    std::string name;                 // the disk as its user knows it; empty without a disk reading
+    int64_t gesamt = 0;               // the whole disk; without a disk reading the home volume
+    int64_t echtFrei = 0;             // really free where home is
+    int64_t mitLoeschbarem = 0;       // what the file manager shows as available
+    std::vector<Plattenteil> teile;   // volumes largest first, what the file systems keep, the rest, the free space
+    double anteilFrei() const;        // echtFrei of gesamt
+    bool operator==(const Plattenbild&) const = default;
+};
+Plattenbild plattenbild(const Plattenstand& stand, const std::optional<Platte>& platte);
 
 }  // namespace hainbrem

@@ -15,9 +15,9 @@
 #include "kern/namen.hpp"
 #include "kern/pakete.hpp"
 #include "kern/programme_teile.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/safetyguard.hpp"
-#include "kern/text.hpp"
+#include "kern/zeilen.hpp"
 #include "plattform/programme.hpp"
 
 namespace hainbrem {

@@ -16,10 +16,10 @@
 #include "kern/paketsysteme.hpp"
 #include "kern/programme.hpp"
 #include "kern/programme_teile.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/safetyguard.hpp"
 #include "kern/schluesseldatei.hpp"
-#include "kern/text.hpp"
+#include "kern/zeilen.hpp"
 #include "plattform/programme.hpp"
 
 namespace hainbrem::Programme {

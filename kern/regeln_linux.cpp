@@ -544,13 +544,17 @@ std::vector<Regel> baueLinuxRegeln() {
         const auto it = std::find_if(fassungen.begin(), fassungen.end(), [&](const auto& f) { return f.id == r.id; });
         if (it == fassungen.end()) {
             r.finde = nichts;  // a rule without Linux places finds nothing rather than Mac places
+            r.nurAufDemMac = true;
             continue;
         }
         if (!it->titel.empty()) r.titel = it->titel;
         if (!it->was.empty()) r.was = it->was;
         if (!it->warumSicher.empty()) r.warumSicher = it->warumSicher;
         if (!it->danach.empty()) r.danach = it->danach;
-        if (it->finde == nichts) r.was += nurMac;
+        if (it->finde == nichts) {
+            r.was += nurMac;
+            r.nurAufDemMac = true;
+        }
         r.finde = it->finde;
     }
     return regeln;

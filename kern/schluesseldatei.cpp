@@ -1,6 +1,6 @@
 #include "kern/schluesseldatei.hpp"
 
-#include "kern/text.hpp"
+#include "kern/zeilen.hpp"
 
 namespace hainbrem {
 

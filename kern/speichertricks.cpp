@@ -14,8 +14,8 @@
 #include "kern/groesse.hpp"
 #include "kern/paketsysteme.hpp"
 #include "kern/plattenstand.hpp"
-#include "kern/rechnen.hpp"
-#include "kern/text.hpp"
+#include "kern/ueberlauf.hpp"
+#include "kern/zeilen.hpp"
 #include "plattform/tricks.hpp"
 
 namespace hainbrem {
@@ -125,8 +125,9 @@ Ergebnis<int> auslagern(const std::vector<fs::path>& dateien, Steuerung* steueru
     }
     if (schlecht == 0) return gut;
     if (gut == 0) return Fehlschlag{"Keine Datei ließ sich auslagern; sie bleiben auf dem Mac."};
-    return Fehlschlag{std::to_string(schlecht) + " von " + std::to_string(gut + schlecht) +
-                      " Dateien ließen sich nicht auslagern; sie bleiben auf dem Mac."};
+    return Fehlschlag{std::to_string(schlecht) + " von " + anzahl(gut + schlecht, "Datei", "Dateien") +
+                      (schlecht == 1 ? " ließ sich nicht auslagern; sie bleibt auf dem Mac."
+                                     : " ließen sich nicht auslagern; sie bleiben auf dem Mac.")};
 }
 
 std::optional<bool> wahrheitAus(std::string_view ausgabe) {
@@ -311,10 +312,12 @@ SystemdatenPosten linuxSwap(const std::optional<std::vector<plattform::SwapBerei
 SystemdatenPosten linuxJournal(const fs::path& ordner, const Groesse::Messung& m, bool da) {
     SystemdatenPosten p{std::string(journalTitel), da && !m.angehalten ? std::optional(m.bytes) : std::nullopt,
                         "Das Systemprotokoll von systemd (" + ordner.native() +
-                            "). Es wächst bis zu seiner eingestellten Grenze; „journalctl --vacuum-size=500M“ "
-                            "als root verkleinert es. Hainbrem fasst es nicht an."};
+                            "). Es wächst bis zu seiner eingestellten Grenze; der Befehl begrenzt es auf 500 MB. "
+                            "Hainbrem fasst es nicht an."};
+    if (da) p.befehl = "sudo journalctl --vacuum-size=500M";
     if (!da)
-        p.erklaerung += " Hier gibt es kein dauerhaftes Journal.";
+        p.erklaerung = "Das Systemprotokoll von systemd (" + ordner.native() +
+                       "). Hier gibt es kein dauerhaftes Journal.";
     else if (m.unlesbar > 0)
         p.erklaerung += " Ein Teil war nicht lesbar, die Zahl ist eine Untergrenze.";
     return p;

@@ -16,7 +16,7 @@
 
 #include "basis/pfade.hpp"
 #include "kern/eingriff.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/wanderer.hpp"
 #include "plattform/plattform.hpp"
 

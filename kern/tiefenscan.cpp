@@ -14,7 +14,7 @@
 
 #include "basis/pfade.hpp"
 #include "kern/groesse.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/tiefengang.hpp"
 #include "plattform/plattform.hpp"
 #include "plattform/scan.hpp"
@@ -57,6 +57,10 @@ Platte::Volume mitRolle(std::string rolle) {
 constexpr std::string_view restMitZugriff =
     "Geschützte Systemdaten, die nur root lesen darf, und lokale Schnappschüsse. Hainbrem misst sie über die "
     "Volume-Größe, kann aber nicht hineinsehen.";
+constexpr std::string_view linuxRest =
+    "Was Hainbrem nicht lesen durfte (Ordner anderer Benutzer und von root), gelöschte Dateien, die ein Programm "
+    "noch offen hält, und was das Dateisystem für Ordner und Attribute braucht. Hainbrem misst es über die belegte "
+    "Größe des Dateisystems, kann aber nicht hineinsehen.";
 constexpr std::string_view restOhneZugriff =
     "Was Hainbrem ohne Festplattenvollzugriff nicht lesen darf (Mail, Nachrichten, App-Container …), dazu "
     "geschützte Systemdaten und Schnappschüsse. Mit Festplattenvollzugriff wird dieser Rest deutlich kleiner.";
@@ -127,48 +131,71 @@ TiefenscanErgebnis scanneLinuxPlatte(const fs::path& homePfad, bool vollzugriff,
     Scan scan(lauf, aufteilen, steuerung);
     const auto knoten = scan.lauf(wurzeln);
     const auto platte = Platte::lesen(Katalogprofil::linuxDesktop);
-
-    struct stat hst {};
-    const dev_t datenGeraet = ::stat(home.c_str(), &hst) == 0 ? hst.st_dev : volumen.front().geraet;
-    auto volumeZu = [&](const std::string& quelle) -> const Platte::Volume* {
-        if (!platte || quelle.empty()) return nullptr;
-        const std::string name = nameAus(quelle);
-        for (const auto& v : platte->volumes)
-            if (v.geraet == name) return &v;
-        return nullptr;
-    };
-    std::string titel = "Startplatte";
-    if (platte && platte->volume("System"))
-        titel = platte->volume("System")->name;
-    else if (platteName)
-        titel = *platteName;
-    auto wurzel = std::make_shared<Knoten>(titel, "#platte", true);
-    std::set<std::string> gesehen;
-    for (size_t i = 0; i < volumen.size(); ++i) {
-        const Platte::Volume* pv = volumeZu(volumen[i].quelle);
-        if (pv) gesehen.insert(pv->geraet);
-        if (!knoten[i]) continue;
-        if (volumen[i].geraet != datenGeraet) {
-            wurzel->dazu(knoten[i]);
-            continue;
-        }
-        const Platte::Volume daten = pv ? *pv : mitRolle("Data");
-        auto d = std::make_shared<Knoten>(mitRolle("Data").titel(), "#daten", true);
-        d->erklaerung = std::string(daten.erklaerung());
-        d->bytes = knoten[i]->bytes;
-        d->dateien = knoten[i]->dateien;
-        d->unvollstaendig = knoten[i]->unvollstaendig;
-        d->kinder = knoten[i]->kinder;
-        ergaenzeRest(*d, pv, vollzugriff);
-        d->sortiere();
-        wurzel->dazu(d);
-    }
-    ergaenzeVolumes(*wurzel, platte, [&](const Platte::Volume& v) { return gesehen.contains(v.geraet); });
-    wurzel->sortiere();
+    std::vector<GescanntesVolume> gescannt;
+    for (size_t i = 0; i < volumen.size(); ++i)
+        gescannt.push_back({volumen[i].quelle.empty() ? std::string() : nameAus(volumen[i].quelle), knoten[i]});
+    auto wurzel = linuxPlatte(gescannt, platte, Plattenstand::jetzt(home));
     return scan.ergebnis(wurzel, start, std::move(ausgelassen), true);
 }
 
 }  // namespace
+
+Knoten::Zeiger linuxPlatte(const std::vector<GescanntesVolume>& gescannt, const std::optional<Platte>& platte,
+                           const Plattenstand& stand) {
+    auto wurzel = std::make_shared<Knoten>(platte && !platte->name.empty() ? platte->name : std::string("Festplatte"),
+                                           "#platte", true);
+    const Plattenbild bild = plattenbild(stand, platte);
+    if (bild.gesamt > 0) wurzel->platz = bild.gesamt;
+    auto volumeZu = [&](const std::string& geraet) -> const Platte::Volume* {
+        if (!platte || geraet.empty()) return nullptr;
+        for (const auto& v : platte->volumes)
+            if (v.geraet == geraet) return &v;
+        return nullptr;
+    };
+    std::set<std::string> gesehen;
+    std::vector<std::pair<const Platte::Volume*, Knoten::Zeiger>> gelesen;
+    for (const auto& g : gescannt) {
+        if (!g.knoten) continue;
+        const Platte::Volume* v = volumeZu(g.geraet);
+        if (v) gesehen.insert(v->geraet);
+        gelesen.emplace_back(v, g.knoten);
+    }
+    std::vector<Knoten::Zeiger> ungesehen;
+    if (platte)
+        for (const auto& v : platte->volumes)
+            if (!gesehen.contains(v.geraet) && v.bytes > grossAb)
+                ungesehen.push_back(virtuell(v.titel(), "#vol-" + v.geraet, v.bytes, v.erklaerung()));
+    // one file system alone is the disk's first ring: no ring of a single segment
+    const bool allein = gelesen.size() == 1 && ungesehen.empty();
+    for (const auto& [v, k] : gelesen) {
+        Knoten::Zeiger ziel = wurzel;
+        if (!allein) {
+            ziel = std::make_shared<Knoten>(v ? v->titel() : k->name, k->pfad, true);
+            if (v) ziel->erklaerung = v->erklaerung();
+        }
+        ziel->bytes = addiere(ziel->bytes, k->bytes);
+        ziel->dateien = addiere(ziel->dateien, k->dateien);
+        ziel->unvollstaendig = ziel->unvollstaendig || k->unvollstaendig;
+        ziel->kinder.insert(ziel->kinder.end(), k->kinder.begin(), k->kinder.end());
+        // what the file system holds beyond what the walk could read
+        if (v && v->bytes > k->bytes)
+            ziel->dazu(virtuell("Nicht einsehbar", allein ? "#rest" : "#rest-" + v->geraet,
+                                subtrahiere(v->bytes, k->bytes), std::string(linuxRest)));
+        ziel->sortiere();
+        if (!allein) wurzel->dazu(ziel);
+    }
+    for (auto& u : ungesehen) wurzel->dazu(std::move(u));
+    // what is neither files nor free, as the overview names it
+    for (const auto& t : bild.teile) {
+        const char* pfad = t.art == Plattenteil::Art::reserviert   ? "#reserve"
+                           : t.art == Plattenteil::Art::verwaltung ? "#verwaltung"
+                           : t.art == Plattenteil::Art::rest       ? "#ausserhalb"
+                                                                   : nullptr;
+        if (pfad && t.bytes > 0) wurzel->dazu(virtuell(t.titel, pfad, t.bytes, t.erklaerung));
+    }
+    wurzel->sortiere();
+    return wurzel;
+}
 
 TiefenscanErgebnis scanneOrdner(const fs::path& pfad, const std::string& kandidatenWurzel,
                                 Steuerung* steuerung) {
@@ -265,6 +292,7 @@ TiefenscanErgebnis scanneMacPlatte(const fs::path& homePfad, bool vollzugriff, S
     const Platte::Volume* system = platte ? platte->volume("System") : nullptr;
     const Platte::Volume* datenVol = platte ? platte->volume("Data") : nullptr;
     auto wurzel = std::make_shared<Knoten>(system ? system->name : std::string("Macintosh HD"), "#platte", true);
+    if (platte && platte->gesamt > 0) wurzel->platz = platte->gesamt;
     const Platte::Volume datenRolle = datenVol ? *datenVol : mitRolle("Data");
     auto daten = std::make_shared<Knoten>(datenRolle.titel(), "#daten", true);
     daten->erklaerung = std::string(datenRolle.erklaerung());

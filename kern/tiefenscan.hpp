@@ -51,6 +51,8 @@ public:
     bool istPaket = false;
     bool unvollstaendig = false;
     std::optional<std::string> erklaerung;
+    // The whole disk a whole-disk scan's root stands for; `bytes` is what of it is not free.
+    std::optional<int64_t> platz;
 
     void dazu(Zeiger kind);
     bool istVirtuell() const { return pfad.starts_with('#'); }
@@ -77,7 +79,27 @@ struct TiefenscanErgebnis {
     bool ganzePlatte = false;
 };
 
+struct Runde;
+
 namespace Tiefenscan {
+
+// What a round did to paths a scan saw: `von` is gone from its place; a Trash item's bytes went
+// to `nach` (the Trash, or back to its place when undone).
+struct Umzug {
+    std::string von;
+    std::optional<std::string> nach;
+    int64_t bytes = 0;
+    bool operator==(const Umzug&) const = default;
+};
+// The items a round removed (without error), each with where its bytes went.
+std::vector<Umzug> umzuege(const Runde& runde);
+// The items an undo put back: those `nachher` marks put back and `vorher` did not.
+std::vector<Umzug> umzuege(const Runde& vorher, const Runde& nachher);
+// A copy of the tree after the moves: a node that went is dropped, its bytes leave every node
+// above it and, when they went somewhere, join every node above that place; an item too small to
+// be a node leaves the nearest node above it the same way. Branches not touched are shared;
+// `wurzel` is returned itself when nothing of it changed.
+Knoten::Zeiger nachUmzug(const Knoten::Zeiger& wurzel, const std::vector<Umzug>& umzuege);
 
 inline constexpr int64_t knotenAbDatei = 20'000'000;   // a file from here on becomes a node
 inline constexpr int64_t knotenUeberOrdner = 999'999;  // a folder above this becomes a node
@@ -136,6 +158,18 @@ Knoten::Zeiger scanne(const std::string& pfad, const std::set<std::string, std::
 Knoten::Zeiger walk(const std::string& pfad, const Lauf& lauf, Sammler& sammler, Steuerung& steuerung);
 
 // ---- the disk layout, separated from the walking so it can be tested with made-up systems ----
+
+// Linux: the tree of the start disk from its walked file systems (each by lsblk's device name,
+// "" when unknown) and the disk's reading. One file system is the disk's first ring itself; with
+// several, each is a node titled by its role. Beside them what no walk sees: the rest of a file
+// system no walk could read, what the file systems keep back, space outside them, and volumes
+// not walked (swap). The root is named like the disk and knows its size.
+struct GescanntesVolume {
+    std::string geraet;
+    Knoten::Zeiger knoten;
+};
+Knoten::Zeiger linuxPlatte(const std::vector<GescanntesVolume>& gescannt, const std::optional<Platte>& platte,
+                           const Plattenstand& stand);
 
 // macOS: the firmlinks file ("<path>\t<name in the data volume>" per line).
 std::vector<std::pair<std::string, std::string>> firmlinksAus(std::string_view text);

@@ -16,9 +16,10 @@
 #include <random>
 #include <sstream>
 
+#include "basis/systemfehler.hpp"
 #include "basis/zeichen.hpp"
 #include "kern/kodierung.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 #include "kern/testsperre.hpp"
 #include "plattform/plattform.hpp"
 
@@ -35,6 +36,20 @@ int64_t Runde::erwartet() const {
     int64_t s = 0;
     for (const auto& p : posten)
         if (!p.fehler) s = addiere(s, p.bytes);
+    return s;
+}
+
+int64_t Runde::erwartetFrei() const {
+    int64_t s = 0;
+    for (const auto& p : posten)
+        if (!p.fehler && p.art != Entsorgung::papierkorb) s = addiere(s, p.bytes);
+    return s;
+}
+
+int64_t Runde::zurueckgelegtBytes() const {
+    int64_t s = 0;
+    for (const auto& p : posten)
+        if (p.zurueckgelegt && !p.fehler) s = addiere(s, p.bytes);
     return s;
 }
 
@@ -401,7 +416,7 @@ std::string schreibFehler(const fs::path& datei, int nummer) {
         case EPERM: grund = "Keine Berechtigung"; break;
         case EROFS: grund = "Der Datenträger ist schreibgeschützt"; break;
         case EIO: grund = "Lese- oder Schreibfehler des Datenträgers"; break;
-        default: grund = std::string("Systemfehler: ") + std::strerror(nummer);
+        default: grund = systemFehler(nummer);
     }
     return "Der Verlauf „" + datei.native() + "“ lässt sich nicht schreiben: " + grund;
 }

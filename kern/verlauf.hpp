@@ -28,7 +28,12 @@ struct Runde {
 
     int64_t gewonnen() const;
     int64_t erwartet() const;
+    // What the round was to free on the disk: the items that went for good (deleted or
+    // uninstalled). What went to the Trash frees nothing until it is emptied, put back or not.
+    int64_t erwartetFrei() const;
     int64_t imPapierkorbBytes() const;
+    // The Trash items put back since.
+    int64_t zurueckgelegtBytes() const;
     // Some Trash item of this round is not put back and still lies in the Trash. Found out when
     // the round was read from the history or finished by the disposer (`pruefeRueckgaengig`), so
     // showing it never touches the disk.

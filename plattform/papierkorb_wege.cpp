@@ -9,24 +9,10 @@
 #include <cstring>
 #include <memory>
 
+#include "basis/pfade.hpp"
 #include "plattform/papierkorb.hpp"
 
 namespace hainbrem::plattform {
-
-namespace {
-
-std::string nameVon(const std::string& pfad) {
-    const size_t schnitt = pfad.rfind('/');
-    return schnitt == std::string::npos ? pfad : pfad.substr(schnitt + 1);
-}
-
-std::string elternVon(const std::string& pfad) {
-    const size_t schnitt = pfad.rfind('/');
-    if (schnitt == std::string::npos) return ".";
-    return schnitt == 0 ? "/" : pfad.substr(0, schnitt);
-}
-
-}  // namespace
 
 Ergebnis<Ort> oeffneAufgeloest(const fs::path& pfad) {
     const std::string& roh = pfad.native();

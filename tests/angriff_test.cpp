@@ -38,19 +38,11 @@ extern char** environ;
 namespace hainbrem {
 namespace {
 
+using test::lies;
+using test::schreibe;
 using test::Testordner;
 
-std::string lies(const fs::path& p) {
-    std::ifstream ein(p, std::ios::binary);
-    std::stringstream s;
-    s << ein.rdbuf();
-    return s.str();
-}
 
-void schreibe(const fs::path& p, const std::string& inhalt) {
-    fs::create_directories(p.parent_path());
-    std::ofstream(p, std::ios::binary) << inhalt;
-}
 
 // Who runs the removing commands: nobody when the tests are root, else the test's own user.
 struct Ausfuehrer {

@@ -305,7 +305,7 @@ TEST(EntsorgerTest, BefehleAufEinemTestHome) {
     aus = test::laufe(env + HAINBREM_BINARY " rueckgaengig " + runde.at("id").get<std::string>().substr(0, 8) + " 2>&1",
                       &status);
     EXPECT_EQ(status, 0) << aus;
-    EXPECT_NE(aus.find("1 zurückgelegt."), std::string::npos) << aus;
+    EXPECT_NE(aus.find("1 Teil zurückgelegt."), std::string::npos) << aus;
     EXPECT_TRUE(fs::exists(datei));
 }
 
@@ -358,6 +358,48 @@ TEST(BestaetigungTest, Erklaerung) {
         {runde(100'000'000, 0, 0, true), "100 MB liegen im Papierkorb – frei erst nach dem Leeren"},
     };
     for (const auto& f : faelle) EXPECT_EQ(erklaerung(f.r, frei), f.text);
+}
+
+// What a round was to free counts only what left the disk for good: the Trash frees nothing,
+// whether its items still lie there or were put back. A dry run says what would have happened.
+TEST(BestaetigungTest, ErwartetOhnePapierkorbNachRueckgaengigUndImProbelauf) {
+    auto runde = [](int64_t geloescht, int64_t korb, int64_t gewonnen, bool zurueck, bool probelauf) {
+        Runde r;
+        r.probelauf = probelauf;
+        r.freiVorher = 1'000'000'000;
+        r.freiNachher = r.freiVorher + gewonnen;
+        r.posten.push_back(Posten{"/c", geloescht, Entsorgung::loeschen, std::nullopt, std::nullopt, false});
+        if (korb > 0)
+            r.posten.push_back(Posten{"/k", korb, Entsorgung::papierkorb,
+                                      probelauf ? std::nullopt : std::optional<std::string>("/T/k"), std::nullopt,
+                                      zurueck});
+        return r;
+    };
+    const auto frei = [] { return int64_t{12'340'000'000}; };
+    struct Fall {
+        const char* wie;
+        Runde r;
+        int64_t erwartetFrei;
+        std::string text;
+    };
+    const std::vector<Fall> faelle = {
+        {"nur Papierkorb", runde(0, 900'000'000, 0, false, false), 0,
+         "900 MB liegen im Papierkorb – frei erst nach dem Leeren"},
+        {"zurückgelegt, genau gewonnen", runde(700'000'000, 900'000'000, 700'000'000, true, false), 700'000'000,
+         "900 MB zurückgelegt"},
+        {"zurückgelegt, zu wenig", runde(700'000'000, 900'000'000, 100'000'000, true, false), 700'000'000,
+         "900 MB zurückgelegt · weniger als erwartet: Klone, Hardlinks oder ein Schnappschuss halten Daten fest, "
+         "oder andere Programme schreiben gerade"},
+        {"Probelauf gemischt", runde(700'000'000, 900'000'000, 1'600'000'000, false, true), 700'000'000,
+         "700 MB würden frei · 900 MB gingen in den Papierkorb – frei erst nach dem Leeren"},
+        {"Probelauf nur Papierkorb", runde(0, 900'000'000, 900'000'000, false, true), 0,
+         "900 MB gingen in den Papierkorb – frei erst nach dem Leeren"},
+        {"Probelauf nur Löschen", runde(5'000'000, 0, 5'000'000, false, true), 5'000'000, "5 MB würden frei"},
+    };
+    for (const auto& f : faelle) {
+        EXPECT_EQ(f.r.erwartetFrei(), f.erwartetFrei) << f.wie;
+        EXPECT_EQ(erklaerung(f.r, frei), f.text) << f.wie;
+    }
 }
 
 }  // namespace

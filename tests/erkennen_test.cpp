@@ -15,10 +15,7 @@ namespace {
 
 using test::Testordner;
 
-void schreibe(const fs::path& p, std::string_view inhalt) {
-    fs::create_directories(p.parent_path());
-    std::ofstream(p, std::ios::binary) << inhalt;
-}
+using test::schreibe;
 
 struct DateiFall {
     const char* name;

@@ -17,10 +17,7 @@ using test::Testordner;
 
 double stundenAlt(Zeitpunkt t) { return duration<double, std::ratio<3600>>(system_clock::now() - t).count(); }
 
-void schreibe(const fs::path& p, std::string_view inhalt) {
-    fs::create_directories(p.parent_path());
-    std::ofstream(p, std::ios::binary) << inhalt;
-}
+using test::schreibe;
 
 TEST(FinderKinder, SortiertOhneFinderMuellUndStummBeiFehlern) {
     Testordner t;

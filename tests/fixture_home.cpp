@@ -12,12 +12,6 @@ namespace hainbrem::test {
 
 namespace {
 
-void schreibe(const fs::path& p, std::string_view inhalt) {
-    fs::create_directories(p.parent_path());
-    std::ofstream aus(p, std::ios::binary | std::ios::trunc);
-    aus.write(inhalt.data(), static_cast<std::streamsize>(inhalt.size()));
-}
-
 std::string infoPlist(std::string_view kennung, std::string_view name) {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
            "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "

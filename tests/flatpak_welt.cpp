@@ -21,11 +21,6 @@ std::string umgebungFuer(const fs::path& wurzel, const fs::path& home, const fs:
            " FLATPAK_CONFIG_DIR=" + zitiert(wurzel / "etc") + " ";
 }
 
-void schreibe(const fs::path& p, const std::string& inhalt) {
-    fs::create_directories(p.parent_path());
-    std::ofstream(p, std::ios::binary | std::ios::trunc) << inhalt;
-}
-
 // The repository, built once per test program; removed with the program's static objects.
 struct Repo {
     Testordner ordner;

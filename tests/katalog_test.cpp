@@ -5,7 +5,10 @@
 
 #include <sys/stat.h>
 
+#include <fcntl.h>
+
 #include <atomic>
+#include <map>
 #include <set>
 #include <mutex>
 #include <thread>
@@ -79,6 +82,33 @@ TEST(KatalogPruefe, MisstSortiertStabilUndLaesstLeeresWeg) {
     }
     EXPECT_EQ(ergebnis[0].bytes(), summe);
     EXPECT_GE(ergebnis[0].funde[0].bytes, 64 * 1024);
+}
+
+// A finding its rule left undated is dated by the newest change of anything inside it (what
+// the measuring walk saw anyway); a date the rule gave stays.
+TEST(KatalogPruefe, UndatierteFundeTragenIhreJuengsteAenderung) {
+    Testordner t;
+    const auto setze = [](const fs::path& p, int64_t sekunden) {
+        const struct timespec zeiten[2] = {{sekunden, 0}, {sekunden, 0}};
+        ASSERT_EQ(::utimensat(AT_FDCWD, p.c_str(), zeiten, AT_SYMLINK_NOFOLLOW), 0) << p;
+    };
+    const auto alt = t.datei("cache/alt.bin", 4096);
+    const auto neu = t.datei("cache/tief/innen/neu.bin", 4096);
+    const auto datei = t.datei("einzeln.log", 4096);
+    for (const auto& p : {alt, neu.parent_path(), neu.parent_path().parent_path(), t / "cache"}) setze(p, 1'000'000);
+    setze(neu, 2'000'000);
+    setze(datei, 3'000'000);
+    Fund gegeben = fundFuer(t.datei("gegeben", 4096));
+    gegeben.datum = Zeitpunkt(std::chrono::seconds(42));
+    const auto ergebnis =
+        Katalog::pruefe(umgebungMit(t), {regelMit("r", Risiko::sicher, {fundFuer(t / "cache"), fundFuer(datei), gegeben})});
+    ASSERT_EQ(ergebnis.size(), 1u);
+    std::map<std::string, int64_t> datum;
+    for (const auto& f : ergebnis[0].funde) {
+        ASSERT_TRUE(f.datum) << f.url;
+        datum[f.url.filename()] = std::chrono::duration_cast<std::chrono::seconds>(f.datum->time_since_epoch()).count();
+    }
+    EXPECT_EQ(datum, (std::map<std::string, int64_t>{{"cache", 2'000'000}, {"einzeln.log", 3'000'000}, {"gegeben", 42}}));
 }
 
 TEST(KatalogPruefe, LaufendeBesitzerWerdenZurueckgehaltenOhneBesitzerNie) {
@@ -289,7 +319,7 @@ TEST(KatalogBefehl, PruefenJsonAufDemTestHome) {
     EXPECT_EQ(google["besitzer"], "Google Chrome");
     EXPECT_EQ(google["art"], "loeschen");
     EXPECT_EQ(google["vorgewaehlt"], true);
-    EXPECT_TRUE(google["datum"].is_null());
+    EXPECT_TRUE(google["datum"].is_string()) << "ohne Datum der Regel: die jüngste Änderung darin";
     EXPECT_TRUE(google["titel"].is_null());
 
     const auto dmg = finde("installer", "Programm.dmg");

@@ -20,12 +20,7 @@ namespace fs = std::filesystem;
 
 using test::Testordner;
 
-std::string lies(const fs::path& p) {
-    std::ifstream ein(p);
-    std::stringstream s;
-    s << ein.rdbuf();
-    return s.str();
-}
+using test::lies;
 
 std::string zeile(const std::string& inhalt, const std::string& schluessel) {
     std::istringstream ein(inhalt);

@@ -131,6 +131,17 @@ TEST(Platte, LsblkRollenNachEinhaengepunkt) {
     EXPECT_EQ(p->volume("VM")->bytes, 8589934592);
     EXPECT_EQ(p->volume("Preboot")->geraet, "nvme0n1p2");
     EXPECT_EQ(p->volume("Data")->name, "daten");
+    // a Linux disk in Linux words: no macOS, no snapshots, no cryptexes
+    for (const auto& [rolle, titel] : {std::pair{"System", "System"}, std::pair{"Data", "Deine Daten"},
+                                       std::pair{"VM", "Auslagerung (Swap)"}, std::pair{"Preboot", "Systemstart"}}) {
+        const Platte::Volume* v = p->volume(rolle);
+        ASSERT_NE(v, nullptr) << rolle;
+        EXPECT_EQ(v->titel(), titel);
+        for (const char* macWort : {"macOS", "Apple", "Schnappschüsse", "Cryptexe", "8 GB RAM"})
+            EXPECT_EQ(std::string(v->erklaerung()).find(macWort), std::string::npos) << rolle << ": " << macWort;
+    }
+    EXPECT_EQ(p->volumes.back().geraet, "nvme0n1p1");
+    EXPECT_EQ(p->volumes.back().titel(), "Systemstart") << "die EFI-Partition startet das System mit";
 
     const auto einfach = Platte::ausLsblk(lies("lsblk-einfach.json"), "/root");
     ASSERT_TRUE(einfach);
@@ -141,6 +152,100 @@ TEST(Platte, LsblkRollenNachEinhaengepunkt) {
     EXPECT_FALSE(Platte::ausLsblk("", "/home"));
     EXPECT_FALSE(Platte::ausLsblk("{\"blockdevices\": 3}", "/home"));
     EXPECT_FALSE(Platte::ausLsblk(R"({"blockdevices":[{"name":"sda","mountpoints":["/mnt"]}]})", "/home"));
+}
+
+// The overview's picture of the disk: its parts always add up to the disk, the free part where
+// home is equals the watcher's "wirklich frei", and what is neither files nor free is named.
+TEST(Plattenbild, TeileErgebenDiePlatteUndFreiIstWirklichFrei) {
+    using Art = Plattenteil::Art;
+    struct Fall {
+        const char* wie;
+        std::optional<Platte> platte;
+        Plattenstand stand;
+        std::string name;
+        std::vector<std::pair<Art, std::string>> teile;  // kind and title, in order
+    };
+    const int64_t vdaFs = 270553174016, vdaFrei = 81723559936 - 1'000'000;  // a fresher reading: 1 MB less
+    auto ohneFsGroesse = lies("lsblk-reserve.json");
+    const std::string_view fsGroesse = "\"fssize\":270553174016";
+    ohneFsGroesse.replace(ohneFsGroesse.find(fsGroesse), fsGroesse.size(), "\"fssize\":null");
+    const std::vector<Fall> faelle{
+        {"eine Platte, ein Dateisystem mit großer Reserve", Platte::ausLsblk(lies("lsblk-reserve.json"), "/home/anna"),
+         {vdaFs, vdaFrei, vdaFrei}, "Festplatte",
+         {{Art::volume, "System und deine Daten"}, {Art::reserviert, "Vom Dateisystem zurückgehalten"},
+          {Art::verwaltung, "Verwaltung des Dateisystems"}, {Art::frei, "Frei"}}},
+        {"getrennte Partitionen", Platte::ausLsblk(lies("lsblk-getrennt.json"), "/home/anna"),
+         {424000000000, 90000000000, 90000000000}, "Samsung SSD 980 PRO 512GB",
+         {{Art::volume, "Deine Daten"}, {Art::volume, "System"}, {Art::volume, "Auslagerung (Swap)"},
+          {Art::volume, "Systemstart"}, {Art::volume, "Systemstart"}, {Art::reserviert, "Vom Dateisystem zurückgehalten"},
+          {Art::verwaltung, "Verwaltung des Dateisystems"}, {Art::rest, "Außerhalb der Dateisysteme"}, {Art::frei, "Frei"},
+          {Art::freiAnderswo, "Frei auf anderen Volumes"}}},
+        {"älteres lsblk ohne Größe des Dateisystems", Platte::ausLsblk(ohneFsGroesse, "/home/anna"),
+         {vdaFs, vdaFrei, vdaFrei}, "Festplatte",
+         {{Art::volume, "System und deine Daten"}, {Art::rest, "Andere Bereiche der Platte"}, {Art::frei, "Frei"}}},
+        {"Mac", Platte::ausDiskutil(lies("diskutil-info-apfs.plist"), lies("diskutil-apfs-list.plist")),
+         {245107195904, 61234567168, 70 * GB}, "Macintosh HD", {}},
+        {"ohne Plattenlesung", std::nullopt, {500 * GB, 20 * GB, 20 * GB}, "",
+         {{Art::volume, "Belegt"}, {Art::frei, "Frei"}}},
+    };
+    for (const auto& f : faelle) {
+        ASSERT_TRUE(f.platte || std::string(f.wie) == "ohne Plattenlesung") << f.wie;
+        const Plattenbild b = plattenbild(f.stand, f.platte);
+        EXPECT_EQ(b.name, f.name) << f.wie;
+        EXPECT_EQ(b.gesamt, f.platte ? f.platte->gesamt : f.stand.gesamt) << f.wie;
+        int64_t summe = 0;
+        std::vector<std::pair<Art, std::string>> teile;
+        for (const auto& t : b.teile) {
+            EXPECT_GT(t.bytes, 0) << f.wie << ": " << t.titel;
+            summe += t.bytes;
+            teile.emplace_back(t.art, t.titel);
+            if (t.art == Art::frei) {
+                EXPECT_EQ(t.bytes, f.stand.echtFrei) << f.wie;
+            }
+            const bool linux = f.platte && f.platte->volumes.front().profil == Katalogprofil::linuxDesktop;
+            for (const char* wort : {"macOS", "Mac", "APFS"}) {
+                EXPECT_TRUE(!linux || t.erklaerung.find(wort) == std::string::npos) << f.wie << ": " << t.erklaerung;
+            }
+        }
+        EXPECT_EQ(summe, b.gesamt) << f.wie;
+        if (!f.teile.empty()) {
+            EXPECT_EQ(teile, f.teile) << f.wie;
+        }
+    }
+
+    // the fresher reading moves the home volume's files, never the reserve
+    const Plattenbild vda = plattenbild({vdaFs, vdaFrei, vdaFrei}, Platte::ausLsblk(lies("lsblk-reserve.json"), "/h"));
+    EXPECT_EQ(vda.teile[0].bytes, 21021720576 + 1'000'000);
+    EXPECT_EQ(vda.teile[1].bytes, vdaFs - 21021720576 - 81723559936);
+    EXPECT_EQ(vda.teile[1].erklaerung.find("ext4 hält diesen Platz als Reserve zurück (hier 62 % des Dateisystems), meist für root"), 0u)
+        << vda.teile[1].erklaerung;
+    EXPECT_EQ(vda.teile[2].bytes, 274877906944 - vdaFs);
+    EXPECT_NEAR(vda.anteilFrei(), static_cast<double>(vdaFrei) / 274877906944.0, 1e-12);
+}
+
+TEST(Platte, LsblkVerschluesseltUndNichtEingehaengt) {
+    // a LUKS partition holds the mounted file system; a partition of another system is not mounted
+    const auto p = Platte::ausLsblk(R"({"blockdevices":[{"name":"sda","size":1000000000,"model":"Disk",
+        "children":[
+          {"name":"sda1","size":600000000,"fstype":"crypto_LUKS","mountpoints":[null],
+           "children":[{"name":"dm-0","size":590000000,"fstype":"ext4","fssize":580000000,"fsused":100000000,
+                        "fsavail":450000000,"mountpoints":["/"]}]},
+          {"name":"sda2","size":300000000,"fstype":"ntfs","label":"Windows","mountpoints":[null]}]}]})",
+                                    "/home/anna");
+    ASSERT_TRUE(p);
+    ASSERT_EQ(p->volumes.size(), 2u) << "der Container ist kein Volume";
+    EXPECT_EQ(p->volumes[0].name, "Windows");
+    EXPECT_EQ(p->volumes[0].bytes, 300000000);
+    EXPECT_EQ(p->volumes[0].erklaerung(),
+              "Ein weiteres Dateisystem auf dieser Platte, nicht eingehängt: Hainbrem sieht nicht hinein und zählt die "
+              "ganze Partition.");
+    EXPECT_EQ(p->volumes[1].geraet, "dm-0");
+    EXPECT_EQ(p->volumes[1].reserviert, 30000000);
+    EXPECT_EQ(p->volumes[1].verwaltung, 10000000);
+    const Plattenbild b = plattenbild({580000000, 450000000, 450000000}, p);
+    EXPECT_EQ(b.teile.back().titel, "Frei");
+    EXPECT_EQ(b.teile[b.teile.size() - 2].titel, "Außerhalb der Dateisysteme");
+    EXPECT_EQ(b.teile[b.teile.size() - 2].bytes, 1000000000 - 600000000 - 300000000 + 10000000);
 }
 
 }  // namespace

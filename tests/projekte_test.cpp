@@ -422,7 +422,7 @@ TEST(ProjekteBefehl, ListetUndLoeschtNurVorgewaehltesNachBestaetigung) {
     EXPECT_EQ(liste[1]["vorgewaehlt"], false);
 
     befehl(w, "projekte --tiefe 0", &status);
-    EXPECT_EQ(status, 1);
+    EXPECT_EQ(status, 2);  // a mistake in the call, as every option's
     // no terminal to ask and no --ja: nothing is touched
     befehl(w, "projekte --aufraeumen", &status);
     EXPECT_EQ(status, 1);
@@ -460,7 +460,7 @@ TEST(ProjekteBefehl, PfadStattDerCodeOrdner) {
     const std::string leer = befehl(w, "projekte " + (w.t.ordner("home/Leer")).native(), &status);
     EXPECT_NE(leer.find("Keine Bauordner gefunden (gesucht in ~/Leer, bis 6 Ebenen tief)."), std::string::npos) << leer;
     const std::string standard = befehl(w, "projekte --tiefe 1", &status);
-    EXPECT_NE(standard.find("Keine Bauordner gefunden (gesucht in ~/code, bis 1 Ebenen tief)."), std::string::npos)
+    EXPECT_NE(standard.find("Keine Bauordner gefunden (gesucht in ~/code, bis 1 Ebene tief)."), std::string::npos)
         << standard;
 
     w.projekt("code/web/node_modules/paket", "node_modules", "package.json");
@@ -468,7 +468,7 @@ TEST(ProjekteBefehl, PfadStattDerCodeOrdner) {
     w.t.datei("home/notiz.txt");
     const std::pair<std::string, std::string> falsch[] = {
         {(w.t / "draussen").native(), "liegt außerhalb deines Home-Ordners"},
-        {(w.home / "fehlt").native(), "gibt es nicht oder ist nicht erreichbar (nicht gefunden)"},
+        {(w.home / "fehlt").native(), "fehlt“ gibt es nicht."},
         {(w.home / "notiz.txt").native(), "ist kein Ordner"},
         // below a build folder, dependencies with their package.json look like projects
         {(w.home / "code/web/node_modules").native(), "liegt in einem Bauordner (~/code/web/node_modules)"},

@@ -329,7 +329,7 @@ TEST(WaechterBefehl, UrteilAlsTextUndJson) {
     EXPECT_EQ(status, 0);
 
     const std::string falsch = test::laufe(vorne + " urteil /tmp --art weg 2>&1", &status);
-    EXPECT_NE(falsch.find("Unbekannte Art „weg“"), std::string::npos) << falsch;
+    EXPECT_NE(falsch.find("Ungültiger Wert für --art: „weg“"), std::string::npos) << falsch;
     EXPECT_EQ(status, 2);
 }
 

@@ -231,11 +231,12 @@ TEST(Systemdaten, LinuxZeilenOhneMacWorte) {
     EXPECT_EQ(zeilen[2].titel, "Systemprotokoll (Journal)");
     EXPECT_EQ(zeilen[2].bytes, Groesse::belegt(t / "journal"));
     EXPECT_GE(*zeilen[2].bytes, 80'000);
-    EXPECT_NE(zeilen[2].erklaerung.find("journalctl --vacuum-size="), std::string::npos);
+    EXPECT_EQ(zeilen[2].befehl, "sudo journalctl --vacuum-size=500M");
 
     u.journalOrdner = t / "fehlt";  // journal kept in memory only
     const auto ohne = Systemdaten::messen(u, a.ausfuehrer());
     EXPECT_FALSE(ohne[2].bytes);
+    EXPECT_FALSE(ohne[2].befehl) << "ohne Journal kein Befehl dafür";
     zeilen.push_back(ohne[2]);
     for (const auto& z : zeilen)
         for (const char* wort : {"macOS", "Time Machine", "Finder", "/var/folders"}) {

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -63,6 +64,18 @@ private:
 };
 
 // Sets a file's modification time to `tageAlt` days before now.
+// A whole file as it lies on disk ("" when missing).
+inline std::string lies(const fs::path& p) {
+    std::ifstream ein(p, std::ios::binary);
+    return {std::istreambuf_iterator<char>(ein), std::istreambuf_iterator<char>()};
+}
+
+// Writes `inhalt` as the whole file, with the folders above it.
+inline void schreibe(const fs::path& p, std::string_view inhalt) {
+    fs::create_directories(p.parent_path());
+    std::ofstream(p, std::ios::binary) << inhalt;
+}
+
 inline void altere(const fs::path& p, double tageAlt) {
     timespec zeiten[2];
     ::clock_gettime(CLOCK_REALTIME, &zeiten[0]);

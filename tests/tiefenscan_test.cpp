@@ -7,10 +7,13 @@
 
 #include <algorithm>
 #include <functional>
+#include <sstream>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <thread>
 #include <tuple>
 
+#include "kern/verlauf.hpp"
 #include "plattform/scan.hpp"
 #include "testordner.hpp"
 
@@ -336,6 +339,125 @@ TEST(Knoten, DazuKleinkramWegUndFinde) {
     EXPECT_EQ(Knoten::finde(w, "/w/a/b"), b);
     EXPECT_EQ(Knoten::finde(w, "/w"), w);
     EXPECT_EQ(Knoten::finde(w, "/anders"), nullptr);
+}
+
+// A round changes the tree the map shows: what went is dropped, the Trash holds what went there,
+// an undo puts it back; the tree the views still hold stays as it was.
+TEST(Knoten, NachUmzugOhneEntferntesMitPapierkorb) {
+    auto ordner = [](const std::string& pfad, int64_t eigen, std::vector<Knoten::Zeiger> kinder) {
+        auto k = std::make_shared<Knoten>(pfad.substr(pfad.rfind('/') + 1), pfad, true);
+        k->bytes = eigen;
+        k->dateien = 1;
+        for (auto& c : kinder) k->dazu(c);
+        k->sortiere();
+        return k;
+    };
+    const auto spotify = ordner("/h/.cache/spotify", 60, {});
+    const auto cache = ordner("/h/.cache", 10, {spotify, ordner("/h/.cache/thumbnails", 30, {})});
+    const auto iso = std::make_shared<Knoten>("big.iso", "/h/Downloads/big.iso", false);
+    iso->bytes = 40;
+    iso->dateien = 1;
+    const auto downloads = ordner("/h/Downloads", 10, {iso});
+    const auto local = ordner("/h/.local", 5, {});
+    const auto wurzel = ordner("/h", 1, {cache, downloads, local});
+    ASSERT_EQ(wurzel->bytes, 156);
+
+    Runde r;
+    r.posten = {Posten{"/h/.cache/spotify", 60, Entsorgung::loeschen, std::nullopt, std::nullopt, false},
+                Posten{"/h/.cache/klein", 4, Entsorgung::loeschen, std::nullopt, std::nullopt, false},
+                Posten{"/h/Downloads/big.iso", 40, Entsorgung::papierkorb, "/h/.local/share/Trash/files/big.iso",
+                       std::nullopt, false},
+                Posten{"/h/.cache/thumbnails", 30, Entsorgung::loeschen, std::nullopt, "Läuft gerade", false},
+                Posten{"/tmp/alt", 7, Entsorgung::loeschen, std::nullopt, std::nullopt, false}};
+    const auto nach = Tiefenscan::nachUmzug(wurzel, Tiefenscan::umzuege(r));
+    ASSERT_NE(nach, wurzel);
+    struct Fall {
+        std::string pfad;
+        std::optional<int64_t> vorher, nachher;  // absent: no node
+    };
+    const std::vector<Fall> faelle{
+        {"/h", 156, 156 - 60 - 4},           // the Trash item only moved, the temp folder is not in the tree
+        {"/h/.cache", 100, 100 - 60 - 4},    // a node that went, and the small one from its own rest
+        {"/h/.cache/spotify", 60, std::nullopt},
+        {"/h/.cache/thumbnails", 30, 30},    // failed: stays
+        {"/h/Downloads", 50, 10},
+        {"/h/Downloads/big.iso", 40, std::nullopt},
+        {"/h/.local", 5, 45},                // the Trash is inside it
+    };
+    for (const auto& f : faelle) {
+        const auto alt = Knoten::finde(wurzel, f.pfad), neu = Knoten::finde(nach, f.pfad);
+        EXPECT_EQ(alt ? std::optional(alt->bytes) : std::nullopt, f.vorher) << f.pfad;
+        EXPECT_EQ(neu ? std::optional(neu->bytes) : std::nullopt, f.nachher) << f.pfad;
+    }
+    EXPECT_EQ(Knoten::finde(nach, "/h/.cache")->kinder.size(), 1u);
+    EXPECT_EQ(Knoten::finde(nach, "/h/.cache/thumbnails"), Knoten::finde(wurzel, "/h/.cache/thumbnails"))
+        << "was sich nicht ändert, wird geteilt";
+
+    // undo: the Trash item back in its place, as a part of the folder's small things
+    Runde zurueck = r;
+    zurueck.posten[2].zurueckgelegt = true;
+    const auto umzug = Tiefenscan::umzuege(r, zurueck);
+    ASSERT_EQ(umzug, (std::vector<Tiefenscan::Umzug>{{"/h/.local/share/Trash/files/big.iso", "/h/Downloads/big.iso", 40}}));
+    const auto wieder = Tiefenscan::nachUmzug(nach, umzug);
+    EXPECT_EQ(Knoten::finde(wieder, "/h/.local")->bytes, 5);
+    EXPECT_EQ(Knoten::finde(wieder, "/h/Downloads")->bytes, 50);
+    EXPECT_EQ(wieder->bytes, 156 - 60 - 4);
+    EXPECT_EQ(Tiefenscan::nachUmzug(wieder, {}), wieder);
+    EXPECT_TRUE(Tiefenscan::umzuege(zurueck, zurueck).empty());
+}
+
+// The Linux disk as a tree: one file system is the first ring itself, several are each a node;
+// what no walk sees is named and the root knows the disk's size.
+TEST(Tiefenscan, LinuxPlatteOhneVerschwendetenRing) {
+    auto ordner = [](const std::string& pfad, int64_t bytes) {
+        auto k = std::make_shared<Knoten>(pfad == "/" ? "/" : pfad.substr(pfad.rfind('/') + 1), pfad, true);
+        k->bytes = bytes;
+        return k;
+    };
+    auto lsblk = [](const std::string& name) {
+        std::ifstream ein(std::string(HAINBREM_FIXTURES) + "/platte/" + name);
+        std::stringstream s;
+        s << ein.rdbuf();
+        return s.str();
+    };
+    {
+        auto wurzel = ordner("/", 0);
+        wurzel->dazu(ordner("/usr", 9'000'000'000));
+        wurzel->dazu(ordner("/home", 11'000'000'000));
+        const auto platte = Platte::ausLsblk(lsblk("lsblk-reserve.json"), "/home/anna");
+        ASSERT_TRUE(platte);
+        const auto k = Tiefenscan::linuxPlatte({{"vda", wurzel}}, platte, {270553174016, 81723559936, 81723559936});
+        EXPECT_EQ(k->name, "Festplatte");
+        EXPECT_EQ(k->platz, 274877906944);
+        std::vector<std::string> pfade;
+        for (const auto& c : k->kinder) pfade.push_back(c->pfad);
+        EXPECT_EQ(pfade, (std::vector<std::string>{"#reserve", "/home", "/usr", "#verwaltung", "#rest"}));
+        EXPECT_EQ(k->bytes, 274877906944 - 81723559936);
+        for (const auto& c : k->kinder)
+            if (c->istVirtuell()) {
+                ASSERT_TRUE(c->erklaerung) << c->pfad;
+                for (const char* wort : {"Mac", "Festplattenvollzugriff", "Schnappschüsse"})
+                    EXPECT_EQ(c->erklaerung->find(wort), std::string::npos) << *c->erklaerung;
+            }
+    }
+    {
+        const auto platte = Platte::ausLsblk(lsblk("lsblk-getrennt.json"), "/home/anna");
+        ASSERT_TRUE(platte);
+        const auto k = Tiefenscan::linuxPlatte({{"nvme0n1p3", ordner("/", 20'000'000'000)},
+                                                {"nvme0n1p5", ordner("/home", 300'000'000'000)},
+                                                {"nvme0n1p2", ordner("/boot", 268'435'456)}},
+                                               platte, {424000000000, 90000000000, 90000000000});
+        EXPECT_EQ(k->name, "Samsung SSD 980 PRO 512GB");
+        std::vector<std::string> namen;
+        for (const auto& c : k->kinder) namen.push_back(c->name);
+        EXPECT_EQ(namen, (std::vector<std::string>{"Deine Daten", "System", "Vom Dateisystem zurückgehalten",
+                                                    "Verwaltung des Dateisystems", "Auslagerung (Swap)", "Systemstart",
+                                                    "Außerhalb der Dateisysteme"}));
+        const auto daten = Knoten::finde(k, "/home");
+        ASSERT_TRUE(daten);
+        EXPECT_EQ(daten->name, "Deine Daten");
+        EXPECT_EQ(Knoten::finde(k, "#rest-nvme0n1p5")->bytes, 21'000'000'000) << "was der Lauf nicht las";
+    }
 }
 
 TEST(Tiefenscan, PaketEndungen) {

@@ -16,18 +16,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
+using test::lies;
+using test::schreibe;
 using test::Testordner;
 
-std::string lies(const fs::path& p) {
-    std::ifstream ein(p, std::ios::binary);
-    std::stringstream s;
-    s << ein.rdbuf();
-    return s.str();
-}
-void schreibe(const fs::path& p, const std::string& inhalt) {
-    fs::create_directories(p.parent_path());
-    std::ofstream(p, std::ios::binary) << inhalt;
-}
 
 Runde beispiel(std::string id = "0F5C2B8E-2D1A-4C3B-9E7F-1A2B3C4D5E6F", long sekunden = 1794774900) {
     Runde r;

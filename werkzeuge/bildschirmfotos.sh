@@ -1,21 +1,23 @@
 #!/usr/bin/env bash
 # Pictures of every page of hainbrem-app on a sample home (werkzeuge/beispielhome.sh), taken
-# under Xvfb right after the application has checked, scanned and searched everything: every
-# page, the panel, the settings and the sheet in light, then all again switched live to dark, and
-# one page back in light. The README's pictures are copied to docs/bilder/.
+# under Xvfb: every page before anything ran ("-leer"), then the application checks, scans and
+# searches everything, cleans up one round (the sheet, the result bar, the history) and undoes
+# it; after that every page, the panel and the settings in light, then all again switched live to
+# dark, and one page back in light. The README's pictures are copied to docs/bilder/.
 #   bash werkzeuge/bildschirmfotos.sh [ORDNER] [PROGRAMM]
 #   ORDNER: where the PNGs go (default: build/bildschirmfotos)
-#   PROGRAMM: hainbrem-app to run (default: build/release/app/hainbrem-app, else build/debug)
+#   PROGRAMM: hainbrem-fotograf to run (default: build/release/werkzeuge/hainbrem-fotograf, else build/debug)
+#   GANZE_PLATTE=1: the scan covers the whole start disk instead of the sample home
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ziel=$(realpath -m "${1:-build/bildschirmfotos}")
 app=${2:-}
 if [ -z "$app" ]; then
-  for kandidat in build/release/app/hainbrem-app build/debug/app/hainbrem-app; do
+  for kandidat in build/release/werkzeuge/hainbrem-fotograf build/debug/werkzeuge/hainbrem-fotograf; do
     if [ -x "$kandidat" ]; then app=$kandidat; break; fi
   done
 fi
-if [ -z "$app" ] || [ ! -x "$app" ]; then echo "bildschirmfotos: hainbrem-app nicht gebaut" >&2; exit 1; fi
+if [ -z "$app" ] || [ ! -x "$app" ]; then echo "bildschirmfotos: hainbrem-fotograf nicht gebaut (cmake --build --preset debug --target hainbrem-fotograf)" >&2; exit 1; fi
 command -v Xvfb >/dev/null || { echo "bildschirmfotos: Xvfb fehlt (Paket xvfb)" >&2; exit 1; }
 
 arbeit=$(mktemp -d /tmp/hainbrem-fotos-XXXXXX)
@@ -36,7 +38,7 @@ mkdir -p "$ziel"
 env -i PATH="$PATH" DISPLAY="$anzeige" HOME="$home" XDG_CONFIG_HOME="$home/.config" \
   XDG_DATA_HOME="$home/.local/share" XDG_RUNTIME_DIR="$arbeit" TMPDIR="$arbeit/tmp" LANG=de_DE.UTF-8 \
   ASAN_OPTIONS=detect_leaks=0 QT_QPA_PLATFORM=xcb \
-  "$app" -pruefen YES -scan YES -nurHome YES -fotos "$ziel"
+  "$app" -nurHome "$([ "${GANZE_PLATTE:-}" = 1 ] && echo NO || echo YES)" -fotos "$ziel"
 mkdir -p docs/bilder
 for bild in uebersicht karte; do
   if command -v convert >/dev/null; then

@@ -40,8 +40,17 @@ std::unique_ptr<Sprachmodell> Assistent::ausEinstellungen(Einstellungen& e) {
     return std::make_unique<OpenAiModell>(e.kiAdresse(), e.kiModell(), nullptr, geduldAus(e.speicher()));
 }
 
+std::string Assistent::anweisungenFuer(Katalogprofil profil) {
+    std::string text = anweisungen;
+    if (profil == Katalogprofil::linuxDesktop) {
+        static constexpr std::string_view mac = "einer Mac-App,";
+        text.replace(text.find(mac), mac.size(), "einem Programm für Linux,");
+    }
+    return text;
+}
+
 std::unique_ptr<Sitzung> Assistent::kiSitzung() {
-    auto s = sprachmodell_->sitzung(anweisungen, alleWerkzeuge(m_));
+    auto s = sprachmodell_->sitzung(anweisungenFuer(m_.umgebung().profil), alleWerkzeuge(m_));
     s->werkzeugMeldung = [p = QPointer<Assistent>(this)](const std::string& name) {
         if (p) emit p->werkzeugGerufen(QString::fromStdString(name));
     };

@@ -31,6 +31,8 @@ public:
         "nur, wenn der Nutzer es ausdrücklich will.\n"
         "- Wenn du dir bei einem Ordner nicht sicher bist, sag das und rate nicht.\n"
         "- Größen nennst du so, wie die Werkzeuge sie liefern.";
+    // The instructions for the profile: a Mac's verbatim, and the same for a program on Linux.
+    static std::string anweisungenFuer(Katalogprofil profil);
     static constexpr const char* zuLangText =
         "Die Unterhaltung wurde zu lang für das Modell auf dem Gerät. Ich habe neu angefangen – frag bitte noch "
         "einmal.";

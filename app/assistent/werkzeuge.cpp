@@ -12,20 +12,12 @@
 #include "kern/erklaeren.hpp"
 #include "kern/format.hpp"
 #include "kern/groesse.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem {
 
 namespace {
 
-std::string verbinde(const std::vector<std::string>& teile, std::string_view zwischen) {
-    std::string aus;
-    for (size_t i = 0; i < teile.size(); ++i) {
-        if (i > 0) aus += zwischen;
-        aus += teile[i];
-    }
-    return aus;
-}
 
 }  // namespace
 
@@ -43,8 +35,13 @@ std::string ersteZeichen(std::string_view text, size_t n) {
 
 // ---------------------------------------------------------------- texts
 
-std::string plattenstandText(const Plattenstand& s) {
+std::string plattenstandText(const Plattenstand& s, Katalogprofil profil) {
+    if (profil == Katalogprofil::linuxDesktop)
+        return "Gesamt " + alsBytes(s.gesamt) + ", wirklich frei " + alsBytes(s.echtFrei) + ", belegt " +
+               alsBytes(s.belegt()) + ".";
     const int64_t nurLoeschbar = std::max<int64_t>(0, subtrahiere(s.mitLoeschbarem, s.echtFrei));
+    // purgeable space only when there is some
+    if (nurLoeschbar == 0) return "Gesamt " + alsBytes(s.gesamt) + ", wirklich frei " + alsBytes(s.echtFrei) + ".";
     return "Gesamt " + alsBytes(s.gesamt) + ", wirklich frei " + alsBytes(s.echtFrei) + ", laut Finder verfügbar " +
            alsBytes(s.mitLoeschbarem) + " (davon nur löschbar: " + alsBytes(nurLoeschbar) + ").";
 }
@@ -74,8 +71,8 @@ std::string groessteOrdnerText(const std::string& pfad, const fs::path& home, co
         const std::string wo = kind.istVirtuell() ? kind.name : kurzpfad(kind.pfad, home);
         zeilen.push_back("- " + wo + ": " + alsBytes(kind.bytes) + (kind.istPaket ? " (Paket)" : ""));
     }
-    return kurzpfad(k->pfad, home) + " belegt " + alsBytes(k->bytes) + " in " + std::to_string(k->dateien) +
-           " Dateien.\n" + verbinde(zeilen, "\n");
+    return kurzpfad(k->pfad, home) + " belegt " + alsBytes(k->bytes) + " in " + anzahl(k->dateien, "Datei", "Dateien") +
+           ".\n" + verbinde(zeilen, "\n");
 }
 
 std::map<std::string, Fund> bekannteFunde(const AppModell& m) {
@@ -196,17 +193,21 @@ std::vector<std::string> texte(const QJsonValue& v) {
 }
 }  // namespace
 
-PlattenWerkzeug::PlattenWerkzeug(fs::path home, std::function<Plattenstand(const fs::path&)> lesen)
-    : home_(std::move(home)), lesen_(std::move(lesen)) {
+PlattenWerkzeug::PlattenWerkzeug(fs::path home, Katalogprofil profil,
+                                 std::function<Plattenstand(const fs::path&)> lesen)
+    : home_(std::move(home)), profil_(profil), lesen_(std::move(lesen)) {
     if (!lesen_) lesen_ = &Plattenstand::jetzt;
 }
 
 std::string_view PlattenWerkzeug::beschreibung() const {
+    if (profil_ == Katalogprofil::linuxDesktop)
+        return "Wie groß die Platte mit dem Home-Ordner ist, wie viel davon wirklich frei und wie viel belegt ist.";
     return "Wie viel Platz auf dem Mac wirklich frei ist, wie viel der Finder anzeigt und wie viel nur löschbar ist.";
 }
 
 void PlattenWerkzeug::call(const QJsonObject&, Fertig fertig) {
-    imHintergrund([home = home_, lesen = lesen_] { return plattenstandText(lesen(home)); }, std::move(fertig));
+    imHintergrund([home = home_, profil = profil_, lesen = lesen_] { return plattenstandText(lesen(home), profil); },
+                  std::move(fertig));
 }
 
 std::string_view FundeWerkzeug::beschreibung() const {
@@ -239,13 +240,18 @@ void FundeWerkzeug::call(const QJsonObject&, Fertig fertig) {
 }
 
 std::string_view OrdnerWerkzeug::beschreibung() const {
+    if (profil_ == Katalogprofil::linuxDesktop)
+        return "Die größten Unterordner und Dateien eines Ordners. Pfad mit ~ für den Benutzerordner, z. B. ~ oder "
+               "~/.cache.";
     return "Die größten Unterordner und Dateien eines Ordners. Pfad mit ~ für den Benutzerordner, z. B. ~ oder "
-           "~/Library.";
+           "~/Downloads.";
 }
 
-OrdnerWerkzeug::OrdnerWerkzeug(AppModell& modell) : modell_(modell), home_(modell.umgebung().home) {}
+OrdnerWerkzeug::OrdnerWerkzeug(AppModell& modell)
+    : modell_(modell), home_(modell.umgebung().home), profil_(modell.umgebung().profil) {}
 
 std::vector<Argument> OrdnerWerkzeug::argumente() const {
+    if (profil_ == Katalogprofil::linuxDesktop) return {{"pfad", false, "Ordnerpfad, z. B. ~/.local/share"}};
     return {{"pfad", false, "Ordnerpfad, z. B. ~/Library/Application Support"}};
 }
 
@@ -315,7 +321,7 @@ void AuswahlWerkzeug::call(const QJsonObject& argumente, Fertig fertig) {
 
 std::vector<std::unique_ptr<Werkzeug>> alleWerkzeuge(AppModell& modell) {
     std::vector<std::unique_ptr<Werkzeug>> w;
-    w.push_back(std::make_unique<PlattenWerkzeug>(modell.umgebung().home));
+    w.push_back(std::make_unique<PlattenWerkzeug>(modell.umgebung().home, modell.umgebung().profil));
     w.push_back(std::make_unique<FundeWerkzeug>(modell));
     w.push_back(std::make_unique<OrdnerWerkzeug>(modell));
     w.push_back(

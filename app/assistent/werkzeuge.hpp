@@ -38,7 +38,8 @@ std::string ersteZeichen(std::string_view text, size_t n);
 
 // ---- the texts, as pure functions of what the tools read
 
-std::string plattenstandText(const Plattenstand& stand);
+// A Mac counts purgeable space as available; Linux has none, so its text speaks of what is free.
+std::string plattenstandText(const Plattenstand& stand, Katalogprofil profil);
 
 inline constexpr size_t maxRegeln = 14;
 inline constexpr size_t maxBegruendung = 110;
@@ -102,14 +103,16 @@ std::string unbekanntesWerkzeug(std::string_view name);
 
 class PlattenWerkzeug : public Werkzeug {
 public:
-    // `lesen` empty: Plattenstand::jetzt.
-    explicit PlattenWerkzeug(fs::path home, std::function<Plattenstand(const fs::path&)> lesen = {});
+    // `lesen` empty: Plattenstand::jetzt. The profile words the texts (a Mac's Finder, Linux).
+    explicit PlattenWerkzeug(fs::path home, Katalogprofil profil,
+                             std::function<Plattenstand(const fs::path&)> lesen = {});
     std::string_view name() const override { return "plattenstand"; }
     std::string_view beschreibung() const override;
     void call(const QJsonObject& argumente, Fertig fertig) override;
 
 private:
     fs::path home_;
+    Katalogprofil profil_;
     std::function<Plattenstand(const fs::path&)> lesen_;
 };
 
@@ -135,6 +138,7 @@ public:
 private:
     AppModell& modell_;
     fs::path home_;
+    Katalogprofil profil_;  // its examples are the profile's folders
 };
 
 class ErklaerWerkzeug : public Werkzeug {

@@ -1,10 +1,11 @@
 #include "app/fenster/anzeige.hpp"
 
 #include <algorithm>
+#include <cctype>
 #include <chrono>
 
 #include "basis/pfade.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem::anzeige {
 
@@ -40,10 +41,43 @@ int64_t summe(const std::vector<Fund>& funde) {
     return s;
 }
 
-int64_t ohneVolume(const Platte& platte) {
-    int64_t rest = subtrahiere(platte.gesamt, platte.frei);
-    for (const auto& v : platte.volumes) rest = subtrahiere(rest, v.bytes);
-    return std::max<int64_t>(rest, 0);
+namespace {
+constexpr std::string_view festesLeerzeichen = "\u00A0";
+constexpr std::string_view wortVerbinder = "\u2060";
+constexpr std::string_view einheiten[] = {"Byte", "KB", "MB", "GB", "TB", "PB", "EB"};
+}  // namespace
+
+std::string ohneUmbruch(std::string_view text) {
+    std::string r;
+    r.reserve(text.size() + 8);
+    for (size_t i = 0; i < text.size(); ++i) {
+        const bool nachZahl = i > 0 && text[i - 1] >= '0' && text[i - 1] <= '9';
+        if (text[i] == ' ' && nachZahl) {
+            const std::string_view rest = text.substr(i + 1);
+            const bool einheit = std::any_of(std::begin(einheiten), std::end(einheiten), [&](std::string_view e) {
+                return rest.starts_with(e) && (rest.size() == e.size() || !std::isalpha(static_cast<unsigned char>(rest[e.size()])));
+            });
+            if (einheit) {
+                r += festesLeerzeichen;
+                continue;
+            }
+        }
+        r += text[i];
+    }
+    return r;
+}
+
+std::string befehlAmStueck(std::string_view befehl) {
+    std::string r;
+    for (const char c : befehl) {
+        if (c == ' ') {
+            r += festesLeerzeichen;
+        } else {
+            r += c;
+            if (c == '-') r += wortVerbinder;
+        }
+    }
+    return r;
 }
 
 std::vector<Fund> gewaehlte(const std::vector<Fund>& funde, const std::set<std::string>& auswahl) {

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "kern/datensaetze.hpp"
-#include "kern/plattenstand.hpp"
 
 namespace hainbrem::anzeige {
 
@@ -22,9 +21,13 @@ std::string vorWann(std::optional<Zeitpunkt> t, Zeitpunkt jetzt);
 // Sum of the findings' bytes (overflow ends the process, as everywhere).
 int64_t summe(const std::vector<Fund>& funde);
 
-// What of the disk neither a volume nor the free space accounts for (other partitions, space
-// the file system keeps back); never below 0.
-int64_t ohneVolume(const Platte& platte);
+// A size never breaks between its number and its unit: "1,14 GB" keeps a no-break space there,
+// in any text ("… zurzeit 1,14 GB. Du …").
+std::string ohneUmbruch(std::string_view text);
+
+// A command to type shown in one piece: no-break spaces, and a word joiner after every hyphen
+// (line breaking would otherwise split "--vacuum-size"). For display only, never to copy.
+std::string befehlAmStueck(std::string_view befehl);
 
 // The findings whose path is in `auswahl`, in their order.
 std::vector<Fund> gewaehlte(const std::vector<Fund>& funde, const std::set<std::string>& auswahl);

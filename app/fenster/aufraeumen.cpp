@@ -11,11 +11,12 @@
 
 #include "app/fenster/anzeige.hpp"
 #include "app/fenster/design.hpp"
+#include "app/fenster/seitenbau.hpp"
 #include "app/fenster/fundliste.hpp"
 #include "app/fenster/seiten.hpp"
 #include "app/modell/appmodell.hpp"
 #include "kern/format.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem {
 
@@ -65,7 +66,7 @@ public:
                                   .arg(risikoFarbe(e.regel.risiko)));
         risiko->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
         kopf->addWidget(risiko, 0, Qt::AlignVCenter);
-        auto* bytes = new QLabel(QStringLiteral("<b>%1</b>").arg(qs(alsBytes(e.bytes()))));
+        auto* bytes = new QLabel(QStringLiteral("<b>%1</b>").arg(design::bytes(e.bytes())));
         bytes->setToolTip(qs(anzahl(static_cast<int64_t>(e.funde.size()), "Fund", "Funde")));
         bytes->setMinimumWidth(80);
         bytes->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -81,7 +82,8 @@ public:
         if (!e.funde.empty()) {
             auto* liste = new FundListe(modell_, home, this);
             liste->setzeHinweis([](const Fund& f) {
-                return f.besitzer ? qs(*f.besitzer) : f.titel ? qs(*f.titel) : QString();
+                // the title names the thing (a game's shader cache); the owner only says whose it is
+                return f.titel ? qs(*f.titel) : f.besitzer ? qs(*f.besitzer) : QString();
             });
             liste->setzeFunde(e.funde);
             auto* t = new FundTabelle(modell_, liste);
@@ -121,8 +123,7 @@ private:
 
 AufraeumenSeite::AufraeumenSeite(AppModell& modell, const std::filesystem::path& home, QWidget* eltern)
     : QWidget(eltern), modell_(modell), home_(home) {
-    auto* l = new QVBoxLayout(this);
-    l->setContentsMargins(28, 22, 28, 18);
+    auto* l = seitenbau::seitenLayout(this);
     kopf_ = new Seitenkopf(QStringLiteral("Aufräumen"), {});
     auto* neu = design::knopf(QStringLiteral("Neu prüfen"));
     connect(neu, &QPushButton::clicked, &modell_, &AppModell::pruefen);
@@ -178,8 +179,11 @@ void AufraeumenSeite::baue() {
         zahl += e.funde.size();
     }
     karten_->addStretch();
-    kopf_->setzeUnter(QStringLiteral("%1 mit %2. Vorgewählt ist, was sich gefahrlos von selbst neu bildet.")
-                          .arg(qs(anzahl(static_cast<int64_t>(zahl), "Fund", "Funde")), qs(alsBytes(alles))));
+    // counts only once there are findings: before the first check "0 Funde" would be no answer
+    kopf_->setzeUnter(zahl > 0 ? QStringLiteral("%1 mit %2. Vorgewählt ist, was sich gefahrlos von selbst neu bildet.")
+                                     .arg(qs(anzahl(static_cast<int64_t>(zahl), "Fund", "Funde")), design::bytes(alles))
+                               : QStringLiteral("Was an 21 Orten liegt und weg kann. Vorgewählt ist, was sich gefahrlos "
+                                                "von selbst neu bildet."));
     leiste_->aktualisiere();
     status();
 }

@@ -45,7 +45,7 @@ BestaetigungsAnsicht::BestaetigungsAnsicht(AppModell& modell, Auftrag auftrag, Q
         zeile->setHorizontalSpacing(12);
         auto* bild = new design::Symbol(z.symbol, z.farbe, 26);
         auto* titel = new QLabel(QStringLiteral("<b>%1</b>").arg(qs(z.titel).toHtmlEscaped()));
-        auto* bytes = new QLabel(QStringLiteral("<b>%1</b>").arg(qs(alsBytes(z.bytes))));
+        auto* bytes = new QLabel(QStringLiteral("<b>%1</b>").arg(design::bytes(z.bytes)));
         bytes->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         zeile->addWidget(bild, 0, 0, 2, 1, Qt::AlignTop);
         zeile->addWidget(titel, 0, 1);
@@ -55,7 +55,7 @@ BestaetigungsAnsicht::BestaetigungsAnsicht(AppModell& modell, Auftrag auftrag, Q
         l->addLayout(zeile);
     }
     // 2. the total
-    auto* summe = new QLabel(QStringLiteral("Zusammen <b>%1</b> %2").arg(qs(alsBytes(b.bytes)), qs(b.teile)));
+    auto* summe = new QLabel(QStringLiteral("Zusammen <b>%1</b> %2").arg(design::bytes(b.bytes), qs(b.teile)));
     // 3. the note, right under the total
     auto* summeUndHinweis = new QVBoxLayout;
     summeUndHinweis->setSpacing(4);
@@ -81,7 +81,13 @@ BestaetigungsAnsicht::BestaetigungsAnsicht(AppModell& modell, Auftrag auftrag, Q
     for (const auto& h : b.hinweise) {
         auto* zeile = new QHBoxLayout;
         zeile->addWidget(new design::Symbol("exclamationmark.circle", "orange", 20), 0, Qt::AlignTop);
-        auto* text = new QLabel(qs(h));
+        // the command to type on a line of its own, never broken, and copied as it stands
+        const QString hinweis = qs(h);
+        const qsizetype terminal = hinweis.indexOf(QStringLiteral("Im Terminal: "));
+        auto* text = new QLabel(terminal < 0 ? hinweis
+                                             : QStringLiteral("%1<p style='white-space:pre'><code>%2</code></p>")
+                                                   .arg(hinweis.left(terminal + 12).toHtmlEscaped(),
+                                                        hinweis.mid(terminal + 13).toHtmlEscaped()));
         text->setWordWrap(true);
         text->setTextInteractionFlags(Qt::TextSelectableByMouse);
         zeile->addWidget(text, 1);
@@ -123,7 +129,10 @@ void BestaetigungsAnsicht::showEvent(QShowEvent* e) {
     QTimer::singleShot(scharfNach, this, &BestaetigungsAnsicht::aktualisiere);
 }
 
-bool BestaetigungsAnsicht::bereit() const { return erschienen_ && teile_.uhr() - *erschienen_ >= scharfNach; }
+bool BestaetigungsAnsicht::bereit() const {
+    // an order of nothing has nothing to confirm
+    return !auftrag_.funde.empty() && erschienen_ && teile_.uhr() - *erschienen_ >= scharfNach;
+}
 
 void BestaetigungsAnsicht::aktualisiere() { bestaetigen_->setEnabled(bereit()); }
 
@@ -212,11 +221,16 @@ void ErgebnisLeiste::zeige() {
     if (!r) return;
     symbol_->setze("sun.max.fill", "orange");
     schliessen_->setIcon(design::symbol("xmark", palette().color(QPalette::WindowText)));
-    frei_->setText(QStringLiteral("Freier Platz: <b>%1</b>").arg(qs(alsBytes(r->freiNachher))));
-    gewonnen_->setText(QStringLiteral("Gewonnen: <b>%1</b> <span style='color:%2'>gemessen</span>%3")
-                           .arg(qs(alsBytes(r->gewonnen())), design::farbe("gruen").name(),
-                                r->probelauf ? QStringLiteral(" · Probelauf, nichts entfernt") : QString()));
-    erklaerung_->setText(qs(modell_.letzteErklaerung()));
+    // the free space as read last (right after the round, and again after an undo), so the bar never
+    // shows an older figure than the pages below it
+    frei_->setText(QStringLiteral("Freier Platz: <b>%1</b>").arg(design::bytes(modell_.stand().echtFrei)));
+    if (r->probelauf) {
+        gewonnen_->setText(QStringLiteral("<b>Probelauf</b>: nichts entfernt"));
+    } else {
+        gewonnen_->setText(QStringLiteral("Gewonnen: <b>%1</b> <span style='color:%2'>gemessen</span>")
+                               .arg(design::bytes(r->gewonnen()), design::farbe("gruen").name()));
+    }
+    erklaerung_->setText(design::fliesstext(modell_.letzteErklaerung()));
     rueckgaengig_->setEnabled(r->kannRueckgaengig());
 }
 

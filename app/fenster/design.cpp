@@ -16,6 +16,9 @@
 #include <cmath>
 #include <utility>
 
+#include "app/fenster/anzeige.hpp"
+#include "kern/format.hpp"
+
 namespace hainbrem::design {
 
 namespace {
@@ -248,6 +251,17 @@ QIcon symbol(std::string_view s, const QColor& f) {
     return icon;
 }
 
+QIcon zeilenSymbol(std::string_view s, const QColor& f) {
+    QIcon icon = symbol(s, f);
+    const QColor gewaehlt = QApplication::palette().color(QPalette::HighlightedText);
+    for (const int g : {16, 20, 24, 32, 48}) icon.addPixmap(symbolBild(s, gewaehlt, g), QIcon::Selected);
+    return icon;
+}
+
+QString bytes(int64_t b) { return qs(anzeige::ohneUmbruch(alsBytes(b))); }
+
+QString fliesstext(std::string_view s) { return qs(anzeige::ohneUmbruch(s)); }
+
 QColor farbe(std::string_view name) {
     if (name == "gruen") return dunkel ? QColor(0x4c, 0xc3, 0x7d) : QColor(0x24, 0x8a, 0x4f);
     if (name == "orange") return dunkel ? QColor(0xf0, 0xa0, 0x3c) : QColor(0xc2, 0x66, 0x08);
@@ -262,6 +276,8 @@ QColor farbe(std::string_view name) {
 QColor akzent() { return farbe("gruen"); }
 
 QColor spur() { return QApplication::palette().color(dunkel ? QPalette::Midlight : QPalette::Mid); }
+
+QColor frei() { return dunkel ? QColor(0x4a, 0x86, 0x62) : QColor(0xb9, 0xe0, 0xc8); }
 
 QColor flaeche(std::string_view name) {
     if (name == "orange") return QColor(0xc2, 0x66, 0x08);

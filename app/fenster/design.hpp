@@ -24,6 +24,8 @@ QString symbolDatei(std::string_view symbol);
 bool kenntSymbol(std::string_view symbol);
 QPixmap symbolBild(std::string_view symbol, const QColor& farbe, int groesse, qreal pixelVerhaeltnis = 1.0);
 QIcon symbol(std::string_view symbol, const QColor& farbe);
+// For rows of a table: on the selected row (the accent's green) drawn in the selection's text colour.
+QIcon zeilenSymbol(std::string_view symbol, const QColor& farbe);
 
 // Named colours of text and symbols ("gruen", "orange", "rot", "blau", "lila", "grau"), lighter
 // in dark mode; "text" is the window's text colour.
@@ -31,6 +33,9 @@ QColor farbe(std::string_view name);
 QColor akzent();
 // The empty track under a gauge or ring, visible on light and dark cards.
 QColor spur();
+// Free space in a chart of the disk: a pale green in light, a muted one in dark, both clearly
+// apart from the card and from the track.
+QColor frei();
 // Fills under white text (buttons, badges, ticked boxes): the same in light and dark.
 QColor flaeche(std::string_view name);
 
@@ -90,5 +95,9 @@ QLabel* ueberschrift(const QString& text, int punkte = 20, QWidget* eltern = nul
 QLabel* leise(const QString& text, QWidget* eltern = nullptr);  // secondary text, word-wrapped
 
 inline QString qs(std::string_view s) { return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size())); }
+// A size as the windows write it: "1,14 GB", never broken between number and unit.
+QString bytes(int64_t b);
+// A text of the core for a label that wraps: its sizes stay in one piece.
+QString fliesstext(std::string_view s);
 
 }  // namespace hainbrem::design

@@ -11,6 +11,7 @@
 #include "app/fenster/design.hpp"
 #include "app/modell/einstellungen.hpp"
 #include "plattform/anwendung.hpp"
+#include "plattform/plattform.hpp"
 
 namespace hainbrem {
 
@@ -33,7 +34,9 @@ EinstellungenAnsicht::EinstellungenAnsicht(Einstellungen& einstellungen, Anmeldu
     erscheinung_->addItem(QStringLiteral("Dunkel"), QStringLiteral("dunkel"));
     form->addRow(QStringLiteral("Erscheinungsbild"), erscheinung_);
 
-    menueleiste_ = new QCheckBox(QStringLiteral("Wächter in der Menüleiste"));
+    // a Mac has a menu bar; Linux desktops show such symbols in the panel's notification area
+    menueleiste_ = new QCheckBox(plattform::istMacOS ? QStringLiteral("Wächter in der Menüleiste")
+                                                     : QStringLiteral("Wächter als Symbol im Infobereich"));
     form->addRow(QString(), menueleiste_);
     anmelden_ = new QCheckBox(QStringLiteral("Beim Anmelden starten"));
     form->addRow(QString(), anmelden_);

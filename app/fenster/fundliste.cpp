@@ -58,8 +58,7 @@ QVariant FundListe::data(const QModelIndex& index, int rolle) const {
                     return QString::fromStdString(
                         anzeige::vorWann(f.datum, jetzt_ ? jetzt_() : std::chrono::system_clock::now()));
                 case hinweis:
-                    if (hinweis_) return hinweis_(f);
-                    return f.titel ? QString::fromStdString(*f.titel) : QString();
+                    return hinweisText(f);
                 default:
                     return {};
             }
@@ -76,6 +75,11 @@ QVariant FundListe::data(const QModelIndex& index, int rolle) const {
         default:
             return {};
     }
+}
+
+QString FundListe::hinweisText(const Fund& f) const {
+    if (hinweis_) return hinweis_(f);
+    return f.titel ? QString::fromStdString(*f.titel) : QString();
 }
 
 bool FundListe::setData(const QModelIndex& index, const QVariant& wert, int rolle) {
@@ -146,9 +150,15 @@ void FundListe::sort(int spalte, Qt::SortOrder ordnung) {
                 return da > db;
             });
             break;
-        case hinweis:
-            sortiere([&](int a, int b) { return f(a).titel < f(b).titel; });
+        case hinweis: {
+            // by the text shown, which a page may make from more than the title
+            std::vector<QString> text(funde_.size());
+            for (size_t i = 0; i < funde_.size(); ++i) text[i] = hinweisText(funde_[i]);
+            sortiere([&](int a, int b) {
+                return QString::localeAwareCompare(text[static_cast<size_t>(a)], text[static_cast<size_t>(b)]) < 0;
+            });
             break;
+        }
         default:
             break;
     }

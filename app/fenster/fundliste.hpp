@@ -47,6 +47,7 @@ public:
 
 private:
     void auswahlGeaendert();
+    QString hinweisText(const Fund& f) const;
 
     AppModell& modell_;
     std::filesystem::path home_;

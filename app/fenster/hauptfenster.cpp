@@ -66,7 +66,8 @@ Hauptfenster::Hauptfenster(AppModell& modell, std::filesystem::path home, QWidge
                new VerlaufSeite(modell_, home_)};
     for (const Seite s : alleSeiten) {
         stapel_->addWidget(seite(s));
-        leiste_->addItem(new QListWidgetItem(design::symbol(symbol(s), design::akzent()), qs(titel(s))));
+        leiste_->addItem(new QListWidgetItem(design::symbol(symbol(s, modell_.profil()), design::akzent()),
+                                             qs(titel(s, modell_.profil()))));
     }
     connect(leiste_, &QListWidget::currentRowChanged, this, [this](int zeile) {
         if (zeile >= 0 && zeile < static_cast<int>(alleSeiten.size()))
@@ -75,7 +76,8 @@ Hauptfenster::Hauptfenster(AppModell& modell, std::filesystem::path home, QWidge
     // the symbols are drawn in the colours of the mode
     design::beiFarbwechsel(this, [this] {
         for (size_t i = 0; i < alleSeiten.size(); ++i)
-            leiste_->item(static_cast<int>(i))->setIcon(design::symbol(symbol(alleSeiten[i]), design::akzent()));
+            leiste_->item(static_cast<int>(i))
+                ->setIcon(design::symbol(symbol(alleSeiten[i], modell_.profil()), design::akzent()));
         for (QAction* a : findChildren<QAction*>())
             if (const QString s = a->property("hainbremSymbol").toString(); !s.isEmpty())
                 a->setIcon(design::symbol(s.toStdString(), palette().color(QPalette::WindowText)));
@@ -132,7 +134,8 @@ void Hauptfenster::baueMenue() {
     for (size_t i = 0; i < alleSeiten.size(); ++i) {
         const Seite s = alleSeiten[i];
         const int ziffer = static_cast<int>((i + 1) % 10);
-        aktion(gehe, symbol(s).data(), qs(titel(s)), QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_0 + ziffer)),
+        aktion(gehe, symbol(s, modell_.profil()).data(), qs(titel(s, modell_.profil())),
+               QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_0 + ziffer)),
                [this, s] { modell_.setzeSeite(s); });
     }
 }
@@ -163,6 +166,12 @@ void Hauptfenster::zeigen() {
     show();
     raise();
     activateWindow();
+    // a pending sheet (the panel asks for one and then opens this window) stays above what it blocks
+    if (blatt_) {
+        blatt_->show();
+        blatt_->raise();
+        blatt_->activateWindow();
+    }
 }
 
 }  // namespace hainbrem

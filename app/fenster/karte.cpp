@@ -11,6 +11,7 @@
 #include <QVBoxLayout>
 
 #include "app/fenster/design.hpp"
+#include "app/fenster/seitenbau.hpp"
 #include "app/fenster/ringansicht.hpp"
 #include "app/fenster/seiten.hpp"
 #include "app/modell/appmodell.hpp"
@@ -21,14 +22,12 @@ namespace hainbrem {
 using design::qs;
 
 KarteSeite::KarteSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), modell_(modell) {
-    auto* l = new QVBoxLayout(this);
-    l->setContentsMargins(28, 22, 28, 18);
-    auto* kopf = new Seitenkopf(QStringLiteral("Speicherkarte"),
-                                QStringLiteral("Die ganze Platte als Jahresringe – vom System bis zur letzten Datei."));
+    auto* l = seitenbau::seitenLayout(this);
+    kopf_ = new Seitenkopf(QStringLiteral("Speicherkarte"), unterzeile(modell_.scanGanzePlatte()));
     auto* neu = design::knopf(QStringLiteral("Neu scannen"));
     connect(neu, &QPushButton::clicked, &modell_, &AppModell::tiefenscan);
-    kopf->knoepfe()->addWidget(neu);
-    l->addWidget(kopf);
+    kopf_->knoepfe()->addWidget(neu);
+    l->addWidget(kopf_);
 
     auto* inhalt = new QWidget;
     auto* il = new QVBoxLayout(inhalt);
@@ -58,6 +57,10 @@ KarteSeite::KarteSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), mo
     liste_->horizontalHeader()->resizeSection(1, 90);
     liste_->horizontalHeader()->resizeSection(2, 70);
     rl->addWidget(liste_, 1);
+    // what a part no walk can see is (the file system's reserve, swap …), for the one under the pointer
+    erklaerung_ = design::leise({});
+    erklaerung_->hide();
+    rl->addWidget(erklaerung_);
     kopfText_ = design::leise({});
     rl->addWidget(kopfText_);
     teiler->addWidget(rechts);
@@ -66,8 +69,10 @@ KarteSeite::KarteSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), mo
     il->addWidget(teiler, 1);
 
     zustaende_ = new Zustaende({"circle.circle", QStringLiteral("Noch keine Speicherkarte"),
-                                QStringLiteral("Ein Scan misst die ganze Platte in einem Durchgang, etwa 15 Sekunden "
-                                               "lang. Danach siehst du jeden Ordner als Ring und klickst dich hinein."),
+                                QStringLiteral("Ein Scan misst %1 in einem Durchgang. Danach siehst du jeden Ordner als "
+                                               "Ring und klickst dich hinein.")
+                                    .arg(modell_.scanGanzePlatte() ? QStringLiteral("die ganze Platte")
+                                                                   : QStringLiteral("deinen Home-Ordner")),
                                 QStringLiteral("Platte scannen"), [this] { modell_.tiefenscan(); }},
                                [this] { modell_.anhalten(AppModell::Arbeit::scan); }, inhalt);
     l->addWidget(zustaende_, 1);
@@ -76,6 +81,10 @@ KarteSeite::KarteSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), mo
         if (!k->kinder.empty()) oeffne(k);
     });
     connect(ringe_, &Jahresringe::zeigerGeaendert, this, [this](const Knoten::Zeiger& k) {
+        const bool erklaert = k && k->erklaerung;
+        erklaerung_->setVisible(erklaert);
+        if (erklaert) erklaerung_->setText(QStringLiteral("<b>%1</b>: %2").arg(qs(k->name).toHtmlEscaped(),
+                                                                             design::fliesstext(*k->erklaerung).toHtmlEscaped()));
         for (int z = 0; z < liste_->rowCount(); ++z) {
             auto* item = liste_->item(z, 0);
             const bool an = k && item->data(Qt::UserRole).toString() == qs(k->pfad);
@@ -95,7 +104,7 @@ KarteSeite::KarteSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), mo
         zustaende_->zeige(modell_.scanLaeuft(), modell_.scan() != nullptr, modell_.scan() != nullptr, -1,
                           QStringLiteral("%1 · %2 gezählt")
                               .arg(qs(anzahl(modell_.scanDateien(), "Datei", "Dateien")),
-                                   qs(alsBytes(modell_.scanBytes()))));
+                                   design::bytes(modell_.scanBytes())));
     };
     for (auto s : {&AppModell::scanLaeuftGeaendert, &AppModell::scanDateienGeaendert, &AppModell::scanBytesGeaendert})
         connect(&modell_, s, this, status);
@@ -111,12 +120,17 @@ KarteSeite::KarteSeite(AppModell& modell, QWidget* eltern) : QWidget(eltern), mo
     status();
 }
 
+QString KarteSeite::unterzeile(bool ganzePlatte) {
+    return ganzePlatte ? QStringLiteral("Die ganze Platte als Jahresringe – vom System bis zur letzten Datei.")
+                       : QStringLiteral("Dein Home-Ordner als Jahresringe – vom größten Ordner bis zur letzten Datei.");
+}
+
 void KarteSeite::neuerScan() {
     const auto& scan = modell_.scan();
     const Knoten::Zeiger alt = ringe_->mitte();
     wurzel_ = scan ? scan->wurzel : nullptr;
     if (!wurzel_) return;
-    // a scan that only changed its file lists keeps the same tree: stay where the user was
+    kopf_->setzeUnter(unterzeile(scan->ganzePlatte));
     kopfText_->setText(QStringLiteral("%1%2. Klick auf einen Ring oder eine Zeile, um hineinzugehen.")
                            .arg(scan->dauer >= 0.05 ? QStringLiteral("Gescannt in %1 s").arg(QLocale(QLocale::German).toString(scan->dauer, 'f', 1))
                                                     : QStringLiteral("Gescannt"),
@@ -124,22 +138,34 @@ void KarteSeite::neuerScan() {
                                     ? QStringLiteral(", %1 nicht lesbar")
                                           .arg(qs(anzahl(scan->unlesbar, "Eintrag", "Einträge")))
                                     : QString()));
-    if (alt && Knoten::finde(wurzel_, alt->pfad) == alt) return;
-    oeffne(wurzel_);
+    // the same tree (only its file lists changed) or one a round changed: stay where the user was,
+    // or as near as what is left allows
+    Knoten::Zeiger mitte = alt ? naechster(alt->pfad) : nullptr;
+    if (mitte && mitte == alt) return;
+    if (!mitte) mitte = wurzel_;
+    if (mitte->kinder.empty() && mitte != wurzel_) {
+        const auto weg = wurzel_->weg(mitte->pfad);
+        mitte = weg && weg->size() >= 2 ? (*weg)[weg->size() - 2] : wurzel_;
+    }
+    oeffne(mitte);
     zielAnwenden();
 }
 
-void KarteSeite::zielAnwenden() {
-    const auto& ziel = modell_.kartenZiel();
-    if (!ziel || !wurzel_) return;
-    // the deepest node on the way to the target: small files are not nodes of their own
-    std::string pfad = *ziel;
+Knoten::Zeiger KarteSeite::naechster(std::string pfad) const {
     Knoten::Zeiger k;
     while (!(k = Knoten::finde(wurzel_, pfad))) {
         const size_t s = pfad.rfind('/');
         if (s == std::string::npos || s == 0) break;
         pfad.resize(s);
     }
+    return k;
+}
+
+void KarteSeite::zielAnwenden() {
+    const auto& ziel = modell_.kartenZiel();
+    if (!ziel || !wurzel_) return;
+    // the deepest node on the way to the target: small files are not nodes of their own
+    Knoten::Zeiger k = naechster(*ziel);
     if (!k) k = wurzel_;
     Knoten::Zeiger mitte = k;
     if (k->kinder.empty() && k != wurzel_) {
@@ -182,13 +208,13 @@ void KarteSeite::oeffne(Knoten::Zeiger knoten) {
 void KarteSeite::fuelleListe() {
     const Knoten& m = *ringe_->mitte();
     liste_->setRowCount(0);
-    auto zeile = [&](const QString& name, int64_t bytes, const QString& pfad, bool leise) {
+    auto zeile = [&](const QString& name, int64_t bytes, const QString& pfad, bool leise, const QString& erklaerung) {
         const int z = liste_->rowCount();
         liste_->insertRow(z);
         auto* n = new QTableWidgetItem(name);
         n->setData(Qt::UserRole, pfad);
-        n->setToolTip(pfad);
-        auto* b = new QTableWidgetItem(qs(alsBytes(bytes)));
+        n->setToolTip(erklaerung.isEmpty() ? pfad : erklaerung);
+        auto* b = new QTableWidgetItem(design::bytes(bytes));
         b->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
         const double anteil = m.bytes > 0 ? 100.0 * static_cast<double>(bytes) / static_cast<double>(m.bytes) : 0;
         auto* a = new QTableWidgetItem(QStringLiteral("%1 %").arg(QLocale(QLocale::German).toString(anteil, 'f', 1)));
@@ -199,8 +225,10 @@ void KarteSeite::fuelleListe() {
         liste_->setItem(z, 1, b);
         liste_->setItem(z, 2, a);
     };
-    for (const auto& k : m.kinder) zeile(qs(k->name) + (k->kinder.empty() ? QString() : QStringLiteral(" ›")), k->bytes, qs(k->pfad), false);
-    if (m.kleinkram() > 0) zeile(QStringLiteral("Kleinere Dateien und Ordner"), m.kleinkram(), {}, true);
+    for (const auto& k : m.kinder)
+        zeile(qs(k->name) + (k->kinder.empty() ? QString() : QStringLiteral(" ›")), k->bytes, qs(k->pfad), false,
+              k->erklaerung ? design::fliesstext(*k->erklaerung) : QString());
+    if (m.kleinkram() > 0) zeile(QStringLiteral("Kleinere Dateien und Ordner"), m.kleinkram(), {}, true, {});
 }
 
 }  // namespace hainbrem

@@ -29,7 +29,8 @@ protected:
         QPainter p(this);
         p.setRenderHint(QPainter::Antialiasing);
         const auto& s = modell_.stand();
-        const double anteil = s.gesamt > 0 ? std::clamp(s.anteilFrei(), 0.0, 1.0) : 0.0;
+        // the share the overview shows too
+        const double anteil = std::clamp(plattenbild(s, modell_.platte()).anteilFrei(), 0.0, 1.0);
         const QRectF bogen(30, 16, 180, 180);
         p.setPen(QPen(design::spur(), 16, Qt::SolidLine, Qt::RoundCap));
         p.drawArc(bogen, 180 * 16, -180 * 16);
@@ -88,21 +89,39 @@ MenueleistenAnsicht::MenueleistenAnsicht(AppModell& modell, QWidget* eltern)
         hide();
         emit oeffnen();
     });
-    for (auto s : {&AppModell::standGeaendert, &AppModell::katalogGeaendert, &AppModell::katalogLaeuftGeaendert})
+    for (auto s : {&AppModell::standGeaendert, &AppModell::platteGeaendert, &AppModell::katalogGeaendert,
+                   &AppModell::katalogLaeuftGeaendert, &AppModell::katalogGeprueftGeaendert})
         connect(&modell_, s, this, &MenueleistenAnsicht::aktualisiere);
     aktualisiere();
 }
 
 void MenueleistenAnsicht::aktualisiere() {
-    frei_->setText(QStringLiteral("<b>%1</b> wirklich frei").arg(qs(alsBytes(modell_.stand().echtFrei))));
+    frei_->setText(QStringLiteral("<b>%1</b> wirklich frei").arg(design::bytes(modell_.stand().echtFrei)));
     const auto sicher = modell_.katalogSicher();
-    aufraeumen_->setText(sicher.empty() ? QStringLiteral("Keine sicheren Caches zum Aufräumen")
-                                        : QStringLiteral("Sichere Caches aufräumen · ") +
-                                              qs(alsBytes(anzeige::summe(sicher))));
+    // before the first check nobody knows whether there are any
+    aufraeumen_->setText(!modell_.katalogGeprueft() ? QStringLiteral("Sichere Caches: erst prüfen")
+                         : sicher.empty()           ? QStringLiteral("Keine sicheren Caches zum Aufräumen")
+                                                    : QStringLiteral("Sichere Caches aufräumen · ") +
+                                                          design::bytes(anzeige::summe(sicher)));
     aufraeumen_->setEnabled(!sicher.empty());
     pruefen_->setEnabled(!modell_.katalogLaeuft());
     pruefen_->setText(modell_.katalogLaeuft() ? QStringLiteral("Prüft …") : QStringLiteral("Prüfen, was weg kann"));
     anzeige_->update();
+}
+
+QPoint panelOrt(const QRect& symbol, const QSize& panel, const QRect& flaeche) {
+    const auto inFlaeche = [&](int wert, int anfang, int ende, int laenge) {
+        return std::max(anfang, std::min(wert, ende - laenge + 1));
+    };
+    const int unten = symbol.bottom() + 1, oben = symbol.top() - panel.height();
+    if (unten + panel.height() - 1 <= flaeche.bottom() || oben >= flaeche.top()) {
+        const int y = unten + panel.height() - 1 <= flaeche.bottom() ? unten : oben;
+        return {inFlaeche(symbol.left(), flaeche.left(), flaeche.right(), panel.width()), y};
+    }
+    // a symbol on a side panel: beside it
+    const int rechts = symbol.right() + 1, links = symbol.left() - panel.width();
+    const int x = rechts + panel.width() - 1 <= flaeche.right() ? rechts : links;
+    return {x, inFlaeche(symbol.top(), flaeche.top(), flaeche.bottom(), panel.height())};
 }
 
 MenueleistenSymbol::MenueleistenSymbol(AppModell& modell, QObject* eltern)
@@ -114,16 +133,11 @@ MenueleistenSymbol::MenueleistenSymbol(AppModell& modell, QObject* eltern)
             ansicht_->hide();
             return;
         }
-        // under the icon, kept on the screen
         ansicht_->adjustSize();
-        QRect ort = symbol_.geometry();
-        QPoint punkt = ort.isValid() ? ort.bottomLeft() : QCursor::pos();
-        if (const QScreen* s = QGuiApplication::screenAt(punkt)) {
-            const QRect r = s->availableGeometry();
-            punkt.setX(std::clamp(punkt.x(), r.left(), r.right() - ansicht_->width()));
-            punkt.setY(std::clamp(punkt.y(), r.top(), r.bottom() - ansicht_->height()));
-        }
-        ansicht_->move(punkt);
+        const QRect ort = symbol_.geometry().isValid() ? symbol_.geometry() : QRect(QCursor::pos(), QSize(1, 1));
+        const QScreen* s = QGuiApplication::screenAt(ort.center());
+        if (!s) s = QGuiApplication::primaryScreen();
+        ansicht_->move(s ? panelOrt(ort, ansicht_->size(), s->availableGeometry()) : ort.bottomLeft());
         ansicht_->show();
     });
     connect(&modell_, &AppModell::standGeaendert, this, &MenueleistenSymbol::aktualisiere);
@@ -142,7 +156,7 @@ const char* MenueleistenSymbol::symbolName() const {
 void MenueleistenSymbol::aktualisiere() {
     const bool gut = std::string_view(symbolName()) == "leaf.fill";
     symbol_.setIcon(design::symbol(symbolName(), design::farbe(gut ? "gruen" : "orange")));
-    symbol_.setToolTip(QStringLiteral("Hainbrem · %1 wirklich frei").arg(qs(alsBytes(modell_.stand().echtFrei))));
+    symbol_.setToolTip(QStringLiteral("Hainbrem · %1 wirklich frei").arg(design::bytes(modell_.stand().echtFrei)));
     const bool an = modell_.einstellungen().menueleiste();
     symbol_.setVisible(an);
     if (!an) ansicht_->hide();

@@ -35,6 +35,11 @@ private:
     QPushButton* oeffnen_;
 };
 
+// Where the panel opens: under its symbol, or above it when the symbol sits at the bottom of the
+// screen (beside it when neither fits), never over the symbol and always within `flaeche` (the
+// screen's available area).
+QPoint panelOrt(const QRect& symbol, const QSize& panel, const QRect& flaeche);
+
 class MenueleistenSymbol : public QObject {
     Q_OBJECT
 

@@ -1,5 +1,6 @@
 #include "app/fenster/ringansicht.hpp"
 
+#include <algorithm>
 #include <QAccessible>
 #include <QMouseEvent>
 #include <QPainter>
@@ -10,6 +11,8 @@
 #include "kern/format.hpp"
 
 namespace hainbrem {
+
+using design::qs;
 
 namespace {
 constexpr double gradJeRad = 180.0 / jahresringe::pi;
@@ -112,7 +115,7 @@ void Jahresringe::paintEvent(QPaintEvent*) {
     const Knoten& k = zeiger_ ? *zeiger_ : *mitte_;
     const double b = m.innen * 1.5;
     QRectF oben(m.mx - b / 2, m.my - m.innen * 0.55, b, m.innen * 0.55);
-    QRectF unten(m.mx - b / 2, m.my, b, m.innen * 0.5);
+    QRectF unten(m.mx - b / 2, m.my, b, m.innen * 0.9);
     QFont f = font();
     p.setPen(pal.color(QPalette::WindowText));
     f.setBold(true);
@@ -122,7 +125,16 @@ void Jahresringe::paintEvent(QPaintEvent*) {
     f.setBold(false);
     p.setFont(f);
     p.setPen(pal.color(QPalette::PlaceholderText));
-    p.drawText(unten, Qt::AlignHCenter | Qt::AlignTop, QString::fromStdString(alsBytes(k.bytes)));
+    // a disk's centre says how much of it is taken and how big it is
+    const QString groesse = k.platz ? QStringLiteral("%1 belegt\nvon %2").arg(qs(alsBytes(k.bytes)), qs(alsBytes(*k.platz)))
+                                    : qs(alsBytes(k.bytes));
+    // smaller rather than cut: the figures must stay whole inside the circle
+    const double breit = p.fontMetrics().boundingRect(unten.toRect(), Qt::AlignHCenter | Qt::AlignTop, groesse).width();
+    if (breit > b && f.pointSizeF() > 0) {
+        f.setPointSizeF(std::max(6.0, f.pointSizeF() * 0.9 * b / breit));  // hinting rounds widths up
+        p.setFont(f);
+    }
+    p.drawText(unten, Qt::AlignHCenter | Qt::AlignTop, groesse);
 }
 
 void Jahresringe::mouseMoveEvent(QMouseEvent* e) {

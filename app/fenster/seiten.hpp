@@ -106,6 +106,7 @@ private:
     QProgressBar* pruefBalken_;
     QWidget* notfall_;
     QLabel* notfallText_;
+    QPushButton* notfallKnopf_;
     QWidget* ringe_;
     QLabel* volumes_;
 };
@@ -134,14 +135,19 @@ public:
     void oeffne(Knoten::Zeiger knoten);
 
 private:
+    static QString unterzeile(bool ganzePlatte);
     void neuerScan();
     void zielAnwenden();
     void fuelleListe();
+    // The node at `pfad`, else the nearest one above it that is still in the tree.
+    Knoten::Zeiger naechster(std::string pfad) const;
     AppModell& modell_;
+    Seitenkopf* kopf_;
     Zustaende* zustaende_;
     Jahresringe* ringe_;
     QTableWidget* liste_;
     QHBoxLayout* krume_;
+    QLabel* erklaerung_;
     QLabel* kopfText_;
     Knoten::Zeiger wurzel_;
 };
@@ -171,6 +177,7 @@ private:
     QLabel* gruppenText_;
     FundListe* liste_;
     Seitenkopf* kopf_;
+    QPushButton* alle_;
 };
 
 class ProgrammeSeite : public QWidget {

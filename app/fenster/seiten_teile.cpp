@@ -1,12 +1,15 @@
 // The pieces every page is built from.
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QTableWidget>
 #include <QVBoxLayout>
 
 #include "app/fenster/anzeige.hpp"
 #include "app/fenster/design.hpp"
+#include "app/fenster/seitenbau.hpp"
 #include "app/fenster/seiten.hpp"
 #include "app/modell/appmodell.hpp"
 #include "kern/format.hpp"
@@ -138,7 +141,7 @@ void AuswahlLeiste::aktualisiere() {
     text_->setText(funde.empty() ? QStringLiteral("Nichts ausgewählt")
                                  : QStringLiteral("%1 ausgewählt · <b>%2</b>")
                                        .arg(qs(anzahl(static_cast<int64_t>(funde.size()), "Teil", "Teile")),
-                                            qs(alsBytes(anzeige::summe(funde)))));
+                                            design::bytes(anzeige::summe(funde))));
     knopf_->setEnabled(!funde.empty() && !modell_.entsorgtGerade());
 }
 
@@ -154,5 +157,44 @@ AssistentPlatzhalter::AssistentPlatzhalter(QWidget* eltern) : QWidget(eltern) {
     l->addWidget(text);
     l->addStretch();
 }
+
+namespace seitenbau {
+
+QVBoxLayout* seitenLayout(QWidget* seite) {
+    auto* l = new QVBoxLayout(seite);
+    l->setContentsMargins(28, 22, 28, 18);
+    return l;
+}
+
+QWidget* mitLayout(QVBoxLayout*& l) {
+    auto* w = new QWidget;
+    l = new QVBoxLayout(w);
+    l->setContentsMargins(0, 0, 0, 0);
+    return w;
+}
+
+QTableWidget* tabelle(const QStringList& spalten) {
+    auto* t = new QTableWidget(0, static_cast<int>(spalten.size()));
+    t->setHorizontalHeaderLabels(spalten);
+    t->verticalHeader()->hide();
+    t->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    t->setSelectionBehavior(QAbstractItemView::SelectRows);
+    t->setShowGrid(false);
+    t->setAlternatingRowColors(true);
+    t->setWordWrap(true);
+    t->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    t->horizontalHeader()->setStretchLastSection(true);
+    return t;
+}
+
+QTableWidgetItem* rechts(const QString& text) {
+    auto* i = new QTableWidgetItem(text);
+    i->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    return i;
+}
+
+QString wannText(std::optional<Zeitpunkt> t) { return qs(anzeige::vorWann(t, std::chrono::system_clock::now())); }
+
+}  // namespace seitenbau
 
 }  // namespace hainbrem

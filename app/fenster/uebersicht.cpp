@@ -16,7 +16,7 @@
 #include "app/fenster/seiten.hpp"
 #include "app/modell/appmodell.hpp"
 #include "kern/format.hpp"
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem {
 
@@ -24,8 +24,28 @@ using design::qs;
 
 namespace {
 
-// The volumes of the disk as rings: the outer ring the whole disk split by volume, the free
-// part last; the inner disc the share that is really free.
+// The colour of a part of the disk, the same in the ring and in the legend: volumes by their
+// place, what the file systems keep in greys, the free space in pale green.
+QColor teilFarbe(const Plattenbild& bild, size_t i) {
+    static const char* volumeFarben[] = {"blau", "lila", "orange", "rot", "gruen"};
+    const QColor grau = design::farbe("grau");
+    switch (bild.teile[i].art) {
+        case Plattenteil::Art::volume: {
+            size_t nummer = 0;
+            for (size_t k = 0; k < i; ++k) nummer += bild.teile[k].art == Plattenteil::Art::volume;
+            return design::farbe(volumeFarben[nummer % 5]);
+        }
+        case Plattenteil::Art::reserviert: return grau;
+        case Plattenteil::Art::verwaltung: return design::istDunkel() ? grau.darker(130) : grau.lighter(130);
+        case Plattenteil::Art::rest: return design::istDunkel() ? grau.lighter(125) : grau.darker(125);
+        case Plattenteil::Art::frei: return design::frei();
+        case Plattenteil::Art::freiAnderswo: return design::istDunkel() ? design::frei().darker(140) : design::frei().lighter(108);
+    }
+    return grau;
+}
+
+// The disk as rings: the outer ring the whole disk split into its parts, the free part last;
+// the inner ring the share that is really free.
 class PlattenRinge : public QWidget {
 public:
     explicit PlattenRinge(AppModell& modell, QWidget* eltern = nullptr) : QWidget(eltern), modell_(modell) {
@@ -33,13 +53,6 @@ public:
         setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     }
     QSize sizeHint() const override { return {220, 220}; }
-    static QColor farbeFuer(size_t i) {
-        static const char* namen[] = {"blau", "lila", "orange", "rot", "gruen"};
-        return design::farbe(namen[i % 5]);
-    }
-    // what no volume accounts for, between the volumes and the free part
-    static QColor andereFarbe() { return design::farbe("grau"); }
-    static QColor freiFarbe() { return design::spur(); }
 
 protected:
     void paintEvent(QPaintEvent*) override {
@@ -47,39 +60,22 @@ protected:
         p.setRenderHint(QPainter::Antialiasing);
         const double r = std::min(width(), height()) / 2.0 - 6;
         const QPointF m(width() / 2.0, height() / 2.0);
-        const auto& platte = modell_.platte();
-        const auto& stand = modell_.stand();
-        struct Teil {
-            int64_t bytes;
-            QColor farbe;
-        };
-        std::vector<Teil> teile;
-        int64_t gesamt = 0;
-        if (platte && platte->gesamt > 0) {
-            gesamt = platte->gesamt;
-            for (size_t i = 0; i < platte->volumes.size(); ++i) teile.push_back({platte->volumes[i].bytes, farbeFuer(i)});
-            teile.push_back({anzeige::ohneVolume(*platte), andereFarbe()});
-        } else if (stand.gesamt > 0) {
-            gesamt = stand.gesamt;
-            teile.push_back({stand.belegt(), farbeFuer(0)});
-        }
-        const QColor leer = freiFarbe();
-        p.setPen(QPen(leer, 18, Qt::SolidLine, Qt::FlatCap));
+        const Plattenbild bild = plattenbild(modell_.stand(), modell_.platte());
+        p.setPen(QPen(design::spur(), 18, Qt::SolidLine, Qt::FlatCap));
         const QRectF aussen(m.x() - r + 9, m.y() - r + 9, 2 * r - 18, 2 * r - 18);
         p.drawArc(aussen, 0, 360 * 16);
         int start = 90 * 16;
-        for (const auto& t : teile) {
-            if (gesamt <= 0) break;
-            const int span = -static_cast<int>(std::lround(360.0 * 16 * static_cast<double>(t.bytes) /
-                                                           static_cast<double>(gesamt)));
-            p.setPen(QPen(t.farbe, 18, Qt::SolidLine, Qt::FlatCap));
+        for (size_t i = 0; i < bild.teile.size() && bild.gesamt > 0; ++i) {
+            const int span = -static_cast<int>(std::lround(360.0 * 16 * static_cast<double>(bild.teile[i].bytes) /
+                                                           static_cast<double>(bild.gesamt)));
+            p.setPen(QPen(teilFarbe(bild, i), 18, Qt::SolidLine, Qt::FlatCap));
             p.drawArc(aussen, start, span);
             start += span;
         }
-        // inner ring: really free
-        const double anteil = stand.gesamt > 0 ? std::clamp(stand.anteilFrei(), 0.0, 1.0) : 0.0;
+        // inner ring: really free, of the same whole
+        const double anteil = std::clamp(bild.anteilFrei(), 0.0, 1.0);
         const QRectF innen(m.x() - r + 40, m.y() - r + 40, 2 * r - 80, 2 * r - 80);
-        p.setPen(QPen(leer, 10, Qt::SolidLine, Qt::RoundCap));
+        p.setPen(QPen(design::spur(), 10, Qt::SolidLine, Qt::RoundCap));
         p.drawArc(innen, 0, 360 * 16);
         p.setPen(QPen(design::akzent(), 10, Qt::SolidLine, Qt::RoundCap));
         p.drawArc(innen, 90 * 16, -static_cast<int>(std::lround(anteil * 360 * 16)));
@@ -141,7 +137,6 @@ UebersichtSeite::UebersichtSeite(AppModell& modell, QWidget* eltern) : QWidget(e
     links->addStretch();
     pl->addLayout(links, 1);
     ringe_ = new PlattenRinge(modell_);
-    ringe_->setAccessibleName(QStringLiteral("Volumes der Platte"));
     pl->addWidget(ringe_, 0, Qt::AlignTop);
     l->addWidget(platte);
 
@@ -184,10 +179,10 @@ UebersichtSeite::UebersichtSeite(AppModell& modell, QWidget* eltern) : QWidget(e
     nl->addLayout(nkopf);
     notfallText_ = design::leise({});
     nl->addWidget(notfallText_);
-    auto* nknopf = design::knopf(QStringLiteral("Sichere Caches freigeben"), design::Rolle::warnung);
-    connect(nknopf, &QPushButton::clicked, &modell_, &AppModell::notfall);
+    notfallKnopf_ = design::knopf(QStringLiteral("Sichere Caches freigeben"), design::Rolle::warnung);
+    connect(notfallKnopf_, &QPushButton::clicked, &modell_, &AppModell::notfall);
     nl->addStretch();
-    nl->addWidget(nknopf, 0, Qt::AlignLeft);
+    nl->addWidget(notfallKnopf_, 0, Qt::AlignLeft);
     reihe->addWidget(not_, 1);
 
     auto* frage = design::karte();
@@ -228,7 +223,7 @@ void UebersichtSeite::aktualisiere() {
         case Plattenstand::Lage::knapp:
             lage_->setText(QStringLiteral("Wird knapp"));
             lageText_->setText(QStringLiteral("Weniger als %1 wirklich frei. Ein Blick ins Aufräumen lohnt sich.")
-                                   .arg(qs(alsBytes(modell_.warnGrenze()))));
+                                   .arg(design::bytes(modell_.warnGrenze())));
             design::faerbe(lage_, "orange");
             break;
         case Plattenstand::Lage::kritisch:
@@ -238,25 +233,35 @@ void UebersichtSeite::aktualisiere() {
             design::faerbe(lage_, "rot");
             break;
     }
+    // one picture, so every figure of the card agrees: the parts add up to "Gesamt", "Frei" is
+    // "Wirklich frei"
+    const Plattenbild bild = plattenbild(s, modell_.platte());
     const QString zeile = QStringLiteral("<tr><td style='padding-right:18px'>%1</td><td align='right'><b>%2</b></td></tr>");
-    zahlen_->setText(QStringLiteral("<table>") + zeile.arg(QStringLiteral("Gesamt"), qs(alsBytes(s.gesamt))) +
-                     zeile.arg(QStringLiteral("Wirklich frei"), qs(alsBytes(s.echtFrei))) +
-                     zeile.arg(QStringLiteral("Verfügbar laut Dateimanager"), qs(alsBytes(s.mitLoeschbarem))) +
-                     QStringLiteral("</table>"));
+    QString zahlen = QStringLiteral("<table>") + zeile.arg(QStringLiteral("Gesamt"), design::bytes(bild.gesamt)) +
+                     zeile.arg(QStringLiteral("Wirklich frei"), design::bytes(bild.echtFrei));
+    // only where the system frees space by itself does the file manager show more
+    if (bild.mitLoeschbarem > bild.echtFrei)
+        zahlen += zeile.arg(QStringLiteral("Verfügbar laut Dateimanager"), design::bytes(bild.mitLoeschbarem));
+    zahlen_->setText(zahlen + QStringLiteral("</table>"));
     QString vol;
-    if (const auto& p = modell_.platte()) {
-        for (size_t i = 0; i < p->volumes.size(); ++i) {
-            const auto& v = p->volumes[i];
-            vol += QStringLiteral("<span style='color:%1'>●</span> %2 <b>%3</b><br>")
-                       .arg(PlattenRinge::farbeFuer(i).name(), qs(v.titel()).toHtmlEscaped(), qs(alsBytes(v.bytes)));
+    if (modell_.platte()) {
+        if (!bild.name.empty()) vol += QStringLiteral("<p><b>%1</b></p>").arg(qs(bild.name).toHtmlEscaped());
+        vol += QStringLiteral("<table cellspacing='0' cellpadding='1'>");
+        for (size_t i = 0; i < bild.teile.size(); ++i) {
+            const auto& t = bild.teile[i];
+            QString text = QStringLiteral("%1 <b>%2</b>").arg(qs(t.titel).toHtmlEscaped(), design::bytes(t.bytes));
+            // what is neither files nor free is said in words, right under its figure
+            if (t.art != Plattenteil::Art::volume && t.art != Plattenteil::Art::frei && !t.erklaerung.empty())
+                text += QStringLiteral("<br><span style='color:%1'>%2</span>")
+                            .arg(design::farbe("grau").name(), design::fliesstext(t.erklaerung).toHtmlEscaped());
+            vol += QStringLiteral("<tr><td valign='top' style='padding-right:5px; color:%1'>●</td><td>%2</td></tr>")
+                       .arg(teilFarbe(bild, i).name(), text);
         }
-        if (const int64_t rest = anzeige::ohneVolume(*p); rest > 0)
-            vol += QStringLiteral("<span style='color:%1'>●</span> Andere Bereiche der Platte <b>%2</b><br>")
-                       .arg(PlattenRinge::andereFarbe().name(), qs(alsBytes(rest)));
-        vol += QStringLiteral("<span style='color:%1'>●</span> Frei <b>%2</b>")
-                   .arg(PlattenRinge::freiFarbe().name(), qs(alsBytes(p->frei)));
+        vol += QStringLiteral("</table>");
     }
     volumes_->setText(vol);
+    ringe_->setAccessibleName(bild.name.empty() ? QStringLiteral("Volumes der Platte")
+                                                : QStringLiteral("Volumes von %1").arg(qs(bild.name)));
     ringe_->update();
 
     // the check
@@ -283,17 +288,28 @@ void UebersichtSeite::aktualisiere() {
         pruefText_->setText(
             QStringLiteral("Geprüft %1: %2 mit %3. Ausgewählt sind %4.")
                 .arg(qs(anzeige::vorWann(modell_.katalogGeprueft(), std::chrono::system_clock::now())),
-                     qs(anzahl(static_cast<int64_t>(zahl), "Fund", "Funde")), qs(alsBytes(alles)),
-                     qs(alsBytes(anzeige::summe(gewaehlt)))));
+                     qs(anzahl(static_cast<int64_t>(zahl), "Fund", "Funde")), design::bytes(alles),
+                     design::bytes(anzeige::summe(gewaehlt))));
         pruefKnopf_->setText(QStringLiteral("Zum Aufräumen"));
     }
+    // the card always checks afresh first; once a check found nothing safe it says so, like the panel
     const auto sicher = modell_.katalogSicher();
-    notfallText_->setText(
-        modell_.katalogGeprueft()
-            ? QStringLiteral("Caches, die sich von selbst neu bilden, sofort freigeben: zurzeit %1. Du bestätigst vorher.")
-                  .arg(qs(alsBytes(anzeige::summe(sicher))))
-            : QStringLiteral("Prüft sofort und gibt die Caches frei, die sich von selbst neu bilden. Du bestätigst "
-                             "vorher, was weggeht."));
+    const bool nichtsSicheres = modell_.katalogGeprueft() && sicher.empty();
+    notfallKnopf_->setEnabled(!laeuft);
+    notfallKnopf_->setText(nichtsSicheres ? QStringLiteral("Noch einmal prüfen") : QStringLiteral("Sichere Caches freigeben"));
+    design::setzeRolle(notfallKnopf_, nichtsSicheres ? design::Rolle::normal : design::Rolle::warnung);
+    if (!modell_.katalogGeprueft())
+        notfallText_->setText(QStringLiteral("Prüft sofort und gibt die Caches frei, die sich von selbst neu bilden. Du "
+                                             "bestätigst vorher, was weggeht."));
+    else if (nichtsSicheres)
+        notfallText_->setText(
+            QStringLiteral("Gerade liegen keine sicheren Caches herum (geprüft %1). Sie bilden sich mit der Zeit neu; "
+                           "ein Klick prüft noch einmal.")
+                .arg(qs(anzeige::vorWann(modell_.katalogGeprueft(), std::chrono::system_clock::now()))));
+    else
+        notfallText_->setText(
+            QStringLiteral("Caches, die sich von selbst neu bilden, sofort freigeben: zurzeit %1. Du bestätigst vorher.")
+                .arg(design::bytes(anzeige::summe(sicher))));
 }
 
 }  // namespace hainbrem

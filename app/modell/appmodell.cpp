@@ -297,7 +297,10 @@ void AppModell::platteLesen() {
         [this](std::optional<Platte>&& p) { setze(platte_, std::move(p), &AppModell::platteGeaendert); });
 }
 
-void AppModell::standAktualisieren() { platzmelder_->aktualisieren(); }
+void AppModell::standAktualisieren() {
+    platzmelder_->aktualisieren();
+    platteLesen();  // the volumes with the free space above them, so the overview's figures agree
+}
 
 void AppModell::warnen(Plattenstand::Lage lage) { platzmelder_->warnen(lage); }
 
@@ -324,7 +327,8 @@ void AppModell::pruefen() {
                 return;
             }
             standAktualisieren();
-            if (std::exchange(notfallWartet_, false)) bitte(katalogSicher(), notfallTitel);
+            // nothing safe left: no sheet of nothing; the overview's card says so
+            if (std::exchange(notfallWartet_, false) && !katalogSicher().empty()) bitte(katalogSicher(), notfallTitel);
         });
 }
 
@@ -454,7 +458,6 @@ void AppModell::ausfuehren(Auftrag auftrag) {
             setze(verlauf_, verlaufDatei_->runden(), &AppModell::verlaufGeaendert);
             setze(letzteRunde_, std::optional<Runde>(std::move(runde)), &AppModell::letzteRundeGeaendert);
             standAktualisieren();
-            platteLesen();  // the volumes' free part, as fresh as the free space above it
             if (--offeneEntsorgungen_ == 0) setze(entsorgtGerade_, false, &AppModell::entsorgtGeradeGeaendert);
         });
 }
@@ -502,10 +505,13 @@ void AppModell::nachEntsorgung(const Runde& runde) {
         const auto dateiPfad = [](const DateiInfo& d) -> const std::string& { return d.pfad; };
         const bool a = weg.filtere(grosse, dateiPfad);
         const bool b = weg.filtere(kandidaten, dateiPfad);
-        if (a || b) {
+        // the map's tree too: what went is no longer shown, the Trash holds what went there
+        auto wurzel = Tiefenscan::nachUmzug(scan_->wurzel, Tiefenscan::umzuege(runde));
+        if (a || b || wurzel != scan_->wurzel) {
             auto neu = std::make_shared<TiefenscanErgebnis>(*scan_);
             neu->grosse = std::move(grosse);
             neu->kandidaten = std::move(kandidaten);
+            neu->wurzel = std::move(wurzel);
             setze(scan_, ScanZeiger(std::move(neu)), &AppModell::scanGeaendert);
         }
     }
@@ -516,7 +522,15 @@ void AppModell::rueckgaengig(const std::string& rundenId) {
     imHintergrund<Entsorger::Rueckgabe>(
         entsorgerFaden_, std::make_shared<Lauf>(),
         [this, rundenId](Steuerung& st) { return arbeiten::rueckgaengig(*entsorger_, rundenId, st); },
-        [this, rundenId](Entsorger::Rueckgabe&& r) {
+        [this, rundenId, vorher = verlaufDatei_->runde(rundenId)](Entsorger::Rueckgabe&& r) {
+            // what came back out of the Trash is back in its place on the map
+            if (const auto nachher = verlaufDatei_->runde(rundenId); scan_ && vorher && nachher)
+                if (auto wurzel = Tiefenscan::nachUmzug(scan_->wurzel, Tiefenscan::umzuege(*vorher, *nachher));
+                    wurzel != scan_->wurzel) {
+                    auto neu = std::make_shared<TiefenscanErgebnis>(*scan_);
+                    neu->wurzel = std::move(wurzel);
+                    setze(scan_, ScanZeiger(std::move(neu)), &AppModell::scanGeaendert);
+                }
             setze(verlauf_, verlaufDatei_->runden(), &AppModell::verlaufGeaendert);
             if (letzteRunde_ && letzteRunde_->id == rundenId)
                 setze(letzteRunde_, verlaufDatei_->runde(rundenId), &AppModell::letzteRundeGeaendert);

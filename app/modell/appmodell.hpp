@@ -156,6 +156,8 @@ public:
     bool entsorgtGerade() const { return entsorgtGerade_; }
     const SafetyGuard& waechter() const { return entsorger_->waechter; }     // not observed
     bool probelauf() const { return entsorger_->probelauf; }                 // "testlauf": rounds touch nothing
+    Katalogprofil profil() const { return umfeld_.profil; }                  // whose places and words
+    bool scanGanzePlatte() const { return umfeld_.ganzePlatte; }             // else the scan covers home
     Plattenstand::Lage letzteLage() const { return platzmelder_->letzteLage(); }  // not observed
 
     // ---- derived, computed on each read; a path two rules found appears once, at its first place
@@ -191,7 +193,7 @@ public:
 
     // ---- actions (on the owning thread)
     void platteLesen();
-    // Reads the disk state and runs the watcher's notification rule.
+    // Reads the disk state (and the volumes with it) and runs the watcher's notification rule.
     void standAktualisieren();
     void warnen(Plattenstand::Lage lage);
     void pruefen();

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "kern/rechnen.hpp"
+#include "kern/ueberlauf.hpp"
 
 namespace hainbrem {
 

@@ -30,6 +30,13 @@ std::string_view id(Seite s) { return zeile(s).id; }
 std::string_view titel(Seite s) { return zeile(s).titel; }
 std::string_view symbol(Seite s) { return zeile(s).symbol; }
 
+std::string_view titel(Seite s, Katalogprofil profil) {
+    return s == Seite::tricks && profil != Katalogprofil::macos ? "Systemdaten" : titel(s);
+}
+std::string_view symbol(Seite s, Katalogprofil profil) {
+    return s == Seite::tricks && profil != Katalogprofil::macos ? "cpu" : symbol(s);
+}
+
 std::optional<Seite> seiteAus(std::string_view id) {
     for (const auto& z : seitenTabelle)
         if (z.id == id) return z.seite;
@@ -48,10 +55,6 @@ std::vector<Fund> Auftrag::papierkorb() const {
     std::copy_if(funde.begin(), funde.end(), std::back_inserter(r),
                  [](const Fund& f) { return f.art == Entsorgung::papierkorb; });
     return r;
-}
-
-std::string anzahl(int64_t n, std::string_view eins, std::string_view viele) {
-    return alsZahl(n) + " " + std::string(n == 1 ? eins : viele);
 }
 
 Fund alsFund(const DateiInfo& datei, bool vorgewaehlt) {

@@ -10,6 +10,8 @@
 
 #include "kern/datensaetze.hpp"
 #include "kern/duplikate.hpp"
+#include "kern/format.hpp"  // anzahl: counts with their noun, shared with the command line
+#include "kern/profil.hpp"
 #include "kern/runde.hpp"
 
 namespace hainbrem {
@@ -24,6 +26,9 @@ inline constexpr std::array<Seite, 10> alleSeiten{
 std::string_view id(Seite s);
 std::string_view titel(Seite s);
 std::string_view symbol(Seite s);  // SF Symbol name
+// As the profile shows them: a Linux desktop has no iCloud, so its tricks page is the system's data.
+std::string_view titel(Seite s, Katalogprofil profil);
+std::string_view symbol(Seite s, Katalogprofil profil);
 std::optional<Seite> seiteAus(std::string_view id);
 
 // A pending request for confirmation; a fresh id each time one is made. `gang` is the core's
@@ -48,9 +53,6 @@ struct Nachricht {
     std::string text;
     bool operator==(const Nachricht&) const = default;
 };
-
-// A count with its noun in the right number: "1 Fund", "3 Funde", "1.204 Dateien", "0 Teile".
-std::string anzahl(int64_t n, std::string_view eins, std::string_view viele);
 
 // Large files and duplicate copies shown as findings, so every page selects and disposes alike:
 // into the Trash, dated by their last change.

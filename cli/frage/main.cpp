@@ -37,39 +37,83 @@ void beiSignal(int) {
 
 constexpr int abgebrochenStatus = 130;  // as a shell reports a program ended by Ctrl-C
 
+constexpr const char* hilfe =
+    "Eine Frage an den Assistenten auf einem lokalen Sprachmodell, im Terminal. Die Antwort kommt auf stdout,\n"
+    "jedes Werkzeug, das er benutzt, steht auf stderr; was er vorschlägt, bestätigst du wie beim Aufräumen.\n"
+    "Gestartet wird es meist von „hainbrem frage“.\n"
+    "Aufruf: hainbrem-frage [OPTIONEN] [--] TEXT...\n"
+    "\n"
+    "Argumente:\n"
+    "  TEXT ... NÖTIG             Die Frage (Anführungszeichen nicht nötig)\n"
+    "\n"
+    "Optionen:\n"
+    "  -h,--help,--hilfe           Diese Hilfe zeigen\n"
+    "  --adresse URL               Adresse des Sprachmodells (sonst die Einstellung kiAdresse)\n"
+    "  --modell NAME               Name des Modells (sonst kiModell, sonst das erste dort)\n"
+    "  --probelauf                 Nur zeigen, was mit den Vorschlägen geschähe; nichts anfassen\n"
+    "  --ja                        Vorschläge ohne Rückfrage ausführen\n"
+    "  --json                      Maschinenlesbare Ausgabe (JSON) auf stdout\n"
+    "  --profil macos|linux        Orte von Katalog und Wächter (Vorgabe: dieses System)\n";
+
+int falsch(const std::string& text) {
+    hainbrem::cli::fehler(text);
+    std::fprintf(stderr, "Mehr dazu: hainbrem-frage --help\n");
+    return 2;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     using namespace hainbrem;
-    QCoreApplication app(argc, argv);
     std::setlocale(LC_ALL, "");
     cli::Kontext k;
     cli::RundenWahl wahl;
     std::optional<QString> adresse, modellName;
     QString frage;
-    const QStringList argumente = QCoreApplication::arguments();
-    for (qsizetype i = 1; i < argumente.size(); ++i) {
-        const QString& a = argumente[i];
-        if (a == QLatin1String("--json"))
-            k.json = true;
-        else if (a == QLatin1String("--ja"))
-            wahl.ja = true;
-        else if (a == QLatin1String("--probelauf"))
-            wahl.probelauf = true;
-        else if (a == QLatin1String("--adresse") && i + 1 < argumente.size())
-            adresse = argumente[++i];
-        else if (a == QLatin1String("--modell") && i + 1 < argumente.size())
-            modellName = argumente[++i];
-        else if (a == QLatin1String("--profil") && i + 1 < argumente.size())
-            k.profil = argumente[++i] == QLatin1String("macos") ? Katalogprofil::macos : Katalogprofil::linuxDesktop;
-        else if (a == QLatin1String("--"))
-            frage = argumente.mid(i + 1).join(' ');
-        else {
-            cli::fehler("Unerwartete Angabe „" + a.toStdString() + "“.");
-            return 2;
+    // read before Qt starts: help and mistakes need no event loop
+    for (int i = 1; i < argc; ++i) {
+        const std::string a = argv[i];
+        const auto wert = [&]() -> std::optional<QString> {
+            if (i + 1 >= argc) return std::nullopt;
+            return QString::fromLocal8Bit(argv[++i]);
+        };
+        if (a == "-h" || a == "--help" || a == "--hilfe") {
+            std::fputs(hilfe, stdout);
+            return 0;
         }
-        if (a == QLatin1String("--")) break;
+        if (a == "--json") {
+            k.json = true;
+        } else if (a == "--ja") {
+            wahl.ja = true;
+        } else if (a == "--probelauf") {
+            wahl.probelauf = true;
+        } else if (a == "--adresse" || a == "--modell" || a == "--profil") {
+            const auto w = wert();
+            const char* art = a == "--adresse" ? "URL" : a == "--modell" ? "NAME" : "macos|linux";
+            if (!w) return falsch("Bei " + a + " fehlt der Wert: " + art + ".");
+            if (a == "--adresse")
+                adresse = *w;
+            else if (a == "--modell")
+                modellName = *w;
+            else if (*w == QLatin1String("macos"))
+                k.profil = Katalogprofil::macos;
+            else if (*w == QLatin1String("linux"))
+                k.profil = Katalogprofil::linuxDesktop;
+            else
+                return falsch("Ungültiger Wert für --profil: „" + w->toStdString() +
+                              "“ – möglich sind macos und linux.");
+        } else if (a == "--" || !a.starts_with('-')) {
+            // the rest is the question, also without "--"
+            QStringList worte;
+            for (int j = a == "--" ? i + 1 : i; j < argc; ++j) worte << QString::fromLocal8Bit(argv[j]);
+            frage = worte.join(' ');
+            break;
+        } else {
+            return falsch("Die Option „" + a + "“ gibt es bei hainbrem-frage nicht.");
+        }
     }
+    if (frage.trimmed().isEmpty()) return falsch("„hainbrem-frage“ braucht TEXT: die Frage.");
+    QCoreApplication app(argc, argv);
     auto heim = heimOrdner();
     if (!heim) return cli::fehler(heim.error()), 2;
     k.home = std::move(*heim);

@@ -6,14 +6,18 @@
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
+#include <algorithm>
+#include <charconv>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <string>
 
 #include "app/modell/einstellungen.hpp"
 #include "app/modell/platzmelder.hpp"
+#include "basis/zeichen.hpp"
 #include "kern/format.hpp"
 #include "kern/heim.hpp"
 #include "kern/verlauf.hpp"
@@ -28,30 +32,53 @@ void beiSignal(int) {
     [[maybe_unused]] const auto n = ::write(signalRohr[1], &c, 1);
 }
 
+constexpr const char* hilfe =
+    "Der Wächter ohne Fenster: liest alle 20 Sekunden den wirklich freien Platz, zeigt jede Änderung und meldet\n"
+    "knappen Platz als Benachrichtigung (bis Strg-C). Gestartet wird er meist von „hainbrem waechter“.\n"
+    "Aufruf: hainbrem-waechter [OPTIONEN]\n"
+    "\n"
+    "Optionen:\n"
+    "  -h,--help,--hilfe           Diese Hilfe zeigen\n"
+    "  --json                      Eine JSON-Zeile je Messung auf stdout\n"
+    "  --grenze GB                 Warnen unter so vielen GB (sonst die Einstellung warnGrenzeGB, 10 GB)\n";
+
+int falsch(const std::string& text) {
+    std::fprintf(stderr, "hainbrem: %s\nMehr dazu: hainbrem-waechter --help\n", hainbrem::sichtbar(text).c_str());
+    return 2;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     using namespace hainbrem;
-    QCoreApplication app(argc, argv);
     std::setlocale(LC_ALL, "");  // byte figures in the user's notation
     bool json = false;
     std::optional<double> grenzeGB;
-    const QStringList argumente = QCoreApplication::arguments();
-    for (qsizetype i = 1; i < argumente.size(); ++i) {
-        if (argumente[i] == QLatin1String("--json")) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string a = argv[i];
+        if (a == "-h" || a == "--help" || a == "--hilfe") {
+            std::fputs(hilfe, stdout);
+            return 0;
+        }
+        if (a == "--json") {
             json = true;
-        } else if (argumente[i] == QLatin1String("--grenze") && i + 1 < argumente.size()) {
-            bool ok = false;
-            grenzeGB = argumente[++i].toDouble(&ok);
-            if (!ok) {
-                std::fprintf(stderr, "hainbrem: Ungültige Grenze „%s“.\n", qPrintable(argumente[i]));
-                return 2;
-            }
+        } else if (a == "--grenze") {
+            if (i + 1 >= argc) return falsch("Bei --grenze fehlt der Wert: GB.");
+            std::string wert = argv[++i];
+            std::replace(wert.begin(), wert.end(), ',', '.');
+            double gb = 0;
+            const char* ende = wert.data() + wert.size();
+            const auto [bis, fehler] = std::from_chars(wert.data(), ende, gb);
+            if (wert.empty() || fehler != std::errc() || bis != ende || !(gb >= 0 && gb <= 1e6))
+                return falsch(std::string("Ungültiger Wert für --grenze: „") + argv[i] +
+                              "“ – erlaubt sind Zahlen von 0 bis 1.000.000 (GB).");
+            grenzeGB = gb;
         } else {
-            std::fprintf(stderr, "hainbrem: Unerwartete Angabe „%s“.\n", qPrintable(argumente[i]));
-            return 2;
+            return falsch(a.starts_with('-') ? "Die Option „" + a + "“ gibt es bei hainbrem-waechter nicht."
+                                             : "„" + a + "“ ist zu viel: hainbrem-waechter nimmt keine weitere Angabe.");
         }
     }
+    QCoreApplication app(argc, argv);
 
     // SIGINT/SIGTERM end the event loop through a pipe: the handler itself does nothing else
     if (::pipe2(signalRohr, O_CLOEXEC | O_NONBLOCK) != 0) return 1;

@@ -17,6 +17,7 @@
 #include <memory>
 
 #include "basis/pfade.hpp"
+#include "basis/systemfehler.hpp"
 #include "basis/zeit.hpp"
 #include "plattform/plattform.hpp"
 
@@ -36,7 +37,7 @@ std::string text(int nummer) {
         case EBUSY: return "Wird gerade benutzt";
         case ELOOP: return "Ein Ordner auf dem Weg ist ein symbolischer Link";
         case ENAMETOOLONG: return "Name zu lang für den Papierkorb";
-        default: return std::string("Systemfehler: ") + std::strerror(nummer);
+        default: return systemFehler(nummer);
     }
 }
 
@@ -63,17 +64,6 @@ std::optional<std::string> echterPfad(const std::string& pfad) {
     std::unique_ptr<char, decltype(&std::free)> echt(::realpath(pfad.c_str(), nullptr), &std::free);
     if (!echt) return std::nullopt;
     return std::string(echt.get());
-}
-
-std::string elternVon(const std::string& pfad) {
-    const size_t schnitt = pfad.rfind('/');
-    if (schnitt == std::string::npos) return ".";
-    return schnitt == 0 ? "/" : pfad.substr(0, schnitt);
-}
-
-std::string nameVon(const std::string& pfad) {
-    const size_t schnitt = pfad.rfind('/');
-    return schnitt == std::string::npos ? pfad : pfad.substr(schnitt + 1);
 }
 
 std::string verbunden(const std::string& ordner, const std::string& name) {

@@ -4,6 +4,7 @@
 // tested on Linux.
 #import <Foundation/Foundation.h>
 
+#include "basis/pfade.hpp"
 #include "plattform/papierkorb.hpp"
 
 #include <fcntl.h>
@@ -24,15 +25,6 @@ std::string grund(NSError* fehler) {
 }
 NSURL* url(const std::string& p) {
     return [NSURL fileURLWithFileSystemRepresentation:p.c_str() isDirectory:NO relativeToURL:nil];
-}
-std::string nameVon(const std::string& p) {
-    const size_t s = p.rfind('/');
-    return s == std::string::npos ? p : p.substr(s + 1);
-}
-std::string elternVon(const std::string& p) {
-    const size_t s = p.rfind('/');
-    if (s == std::string::npos) return ".";
-    return s == 0 ? "/" : p.substr(0, s);
 }
 }  // namespace
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "../modell/welt.hpp"
+#include "app/assistent/assistent.hpp"
 
 namespace hainbrem::test {
 namespace {
@@ -20,10 +21,13 @@ TEST(Werkzeuge, RelativesDatum) {
 }
 
 TEST(Werkzeuge, PlattenstandNieMitNegativemLoeschbarenAnteil) {
-    EXPECT_EQ(plattenstandText({500'000'000'000, 20'000'000'000, 25'500'000'000}),
+    EXPECT_EQ(plattenstandText({500'000'000'000, 20'000'000'000, 25'500'000'000}, Katalogprofil::macos),
               "Gesamt 500 GB, wirklich frei 20 GB, laut Finder verfügbar 25,5 GB (davon nur löschbar: 5,5 GB).");
-    EXPECT_EQ(plattenstandText({1000, 900, 800}),
-              "Gesamt 1 KB, wirklich frei 900 Byte, laut Finder verfügbar 800 Byte (davon nur löschbar: 0 Byte).");
+    EXPECT_EQ(plattenstandText({1000, 900, 800}, Katalogprofil::macos),
+              "Gesamt 1 KB, wirklich frei 900 Byte.");
+    // Linux has no Finder and no purgeable space
+    EXPECT_EQ(plattenstandText({500'000'000'000, 20'000'000'000, 20'000'000'000}, Katalogprofil::linuxDesktop),
+              "Gesamt 500 GB, wirklich frei 20 GB, belegt 480 GB.");
 }
 
 TEST(Werkzeuge, AufraeumFundeNenntDie14GroesstenMitGekuerzterBegruendung) {
@@ -63,7 +67,7 @@ TEST(Werkzeuge, GroessteOrdnerAusDemScanbaum) {
     home->kinder.push_back(lib);
     const std::string text = groessteOrdnerText("~/Library/", "/h", home);
     EXPECT_TRUE(
-        text.starts_with("~/Library belegt 8 MB in 1234 Dateien.\n- ~/Library/k0: 600 KB\n"
+        text.starts_with("~/Library belegt 8 MB in 1.234 Dateien.\n- ~/Library/k0: 600 KB\n"
                          "- ~/Library/k1: 599 KB (Paket)\n"));
     EXPECT_TRUE(text.ends_with("- ~/Library/k9: 591 KB"));
     for (const char* p : {"~/Downloads", "/etc"})
@@ -131,6 +135,27 @@ TEST(Werkzeuge, AuswaehlenSchlaegtNurVorWasDerWaechterErlaubt) {
                            "ausgewählt: ~/Documents/wichtig.txt: "))
         << v.text;
     EXPECT_TRUE(v.text.ends_with("; ~/Downloads/fremd.zip: nicht in Hainbrems Funden")) << v.text;
+}
+
+// What the model reads about the tools: a Mac's words verbatim, none of them under Linux.
+TEST(Werkzeuge, BeschreibungenNachProfil) {
+    Welt w;
+    for (const Katalogprofil profil : {Katalogprofil::macos, Katalogprofil::linuxDesktop}) {
+        Umfeld u = w.umfeld();
+        u.profil = profil;
+        AppModell m(u);
+        std::string texte = Assistent::anweisungenFuer(profil);
+        for (const auto& werkzeug : alleWerkzeuge(m)) {
+            texte += "\n" + std::string(werkzeug->beschreibung());
+            for (const auto& a : werkzeug->argumente()) texte += "\n" + a.fuehrung;
+        }
+        const bool mac = profil == Katalogprofil::macos;
+        for (const char* wort : {"Mac", "Finder", "löschbar", "Library"})
+            EXPECT_EQ(texte.find(wort) != std::string::npos, mac) << wort << "\n" << texte;
+        if (mac) {
+            EXPECT_EQ(Assistent::anweisungenFuer(profil), Assistent::anweisungen);
+        }
+    }
 }
 
 }  // namespace

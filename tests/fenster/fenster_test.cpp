@@ -2,12 +2,14 @@
 // and rows, the result bar's line, the settings and the panel, and one cleanup end to end.
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
 #include <QSettings>
 #include <QSlider>
+#include <QTableWidget>
 #include <QToolButton>
 
 #include "../modell/welt.hpp"
@@ -16,8 +18,10 @@
 #include "app/fenster/fundliste.hpp"
 #include "app/fenster/hauptfenster.hpp"
 #include "app/fenster/menueleiste.hpp"
+#include "app/fenster/ringansicht.hpp"
 #include "app/fenster/seiten.hpp"
 #include "kern/bestaetigung.hpp"
+#include "kern/format.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -26,9 +30,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
+// Sizes keep a no-break space between number and unit; the tests read them with a plain one.
+QString normal(QString text) { return text.replace(QChar(0x00A0), QLatin1Char(' ')); }
+
 QStringList texte(const QWidget& w) {
     QStringList t;
-    for (const auto* l : w.findChildren<QLabel*>()) t << l->text();
+    for (const auto* l : w.findChildren<QLabel*>()) t << normal(l->text());
     return t;
 }
 
@@ -54,6 +61,11 @@ TEST(FundListe, HaekchenSindDieAuswahlInBeideRichtungenUndSortierenGehtUeberIndi
         liste.sort(spalte, Qt::AscendingOrder);
         EXPECT_EQ(liste.fund(0).url, erster) << spalte;
     }
+    // the note column sorts by what it shows, which a page may make from more than the title
+    liste.setzeHinweis([](const Fund& f) { return f.url.filename() == "c-klein" ? QString("Alpha") : QString("Zeta"); });
+    liste.sort(FundListe::hinweis, Qt::AscendingOrder);
+    EXPECT_EQ(liste.fund(0).url, "/tmp/c-klein");
+    EXPECT_EQ(liste.index(0, FundListe::hinweis).data().toString(), "Alpha");
     liste.sort(FundListe::groesse, Qt::DescendingOrder);
     EXPECT_EQ(liste.index(0, FundListe::name).data(FundListe::pfadRolle).toString(), "/home/anna/A-gross");
     liste.setzeWaehlbar([](const Fund& f) { return f.bytes != 300; });  // e.g. a duplicate's keeper
@@ -188,10 +200,130 @@ TEST(Ergebnisleiste, ErklaertDieRundeUndSchliesst) {
     m.ausfuehren(*m.auftrag());
     ASSERT_TRUE(warte([&] { return m.letzteRunde().has_value(); }));
     EXPECT_FALSE(leiste.isHidden());
-    EXPECT_EQ(leiste.erklaerung(), "Alles erledigt. Echter freier Platz jetzt: 76,03 GB.");
+    EXPECT_EQ(normal(leiste.erklaerung()), "Alles erledigt. Echter freier Platz jetzt: 76,03 GB.");
     leiste.schliessenKnopf()->click();
     EXPECT_FALSE(m.letzteRunde());
     EXPECT_TRUE(leiste.isHidden());
+}
+
+QString bytesText(int64_t b) { return QString::fromStdString(alsBytes(b)); }
+
+// After "Rückgängig" the Trash part is back and no gain is missing: expected was only what left
+// the disk for good. A dry run measured nothing and says what would have happened.
+TEST(Ergebnisleiste, NachRueckgaengigUndNachProbelauf) {
+    for (const bool probelauf : {false, true}) {
+        Welt w;
+        const fs::path cache = w.mac.ordnerMitDatei("Library/Caches/com.example.a", 1'000'000);
+        const fs::path film = w.mac.datei("Movies/film.mov", 70'000'000);
+        AppModell m(w.umfeld(probelauf ? QStringList{"-testlauf", "YES"} : QStringList{}));
+        ErgebnisLeiste leiste(m);
+        m.bitte({fund(cache, 0, Entsorgung::loeschen), fund(film, 0, Entsorgung::papierkorb)}, "Gemischt");
+        m.ausfuehren(*m.auftrag());
+        ASSERT_TRUE(warte([&] { return m.letzteRunde().has_value() && !m.entsorgtGerade(); }));
+        const Runde r = *m.letzteRunde();
+        ASSERT_EQ(r.posten.size(), 2u);
+        const int64_t geloescht = r.posten[0].bytes, korb = r.posten[1].bytes;
+        ASSERT_GT(korb, 50'000'000);
+        if (probelauf) {
+            EXPECT_TRUE(fs::exists(cache) && fs::exists(film));
+            EXPECT_TRUE(texte(leiste).contains("<b>Probelauf</b>: nichts entfernt")) << texte(leiste).join('\n').toStdString();
+            EXPECT_TRUE(texte(leiste).contains("Freier Platz: <b>50 GB</b>"));  // today's, not a made-up one
+            EXPECT_EQ(normal(leiste.erklaerung()), bytesText(geloescht) + " würden frei · " + bytesText(korb) +
+                                               " gingen in den Papierkorb – frei erst nach dem Leeren");
+            EXPECT_FALSE(leiste.rueckgaengigKnopf()->isEnabled());
+            continue;
+        }
+        EXPECT_EQ(normal(leiste.erklaerung()), bytesText(korb) + " liegen im Papierkorb – frei erst nach dem Leeren");
+        ASSERT_TRUE(leiste.rueckgaengigKnopf()->isEnabled());
+        leiste.rueckgaengigKnopf()->click();
+        ASSERT_TRUE(warte([&] { return fs::exists(film) && !leiste.rueckgaengigKnopf()->isEnabled(); }));
+        EXPECT_EQ(normal(leiste.erklaerung()), bytesText(korb) + " zurückgelegt");
+    }
+}
+
+// Once the safe caches are gone, the emergency card checks again and says so instead of opening
+// a sheet of nothing; a sheet of nothing would never arm anyway.
+TEST(Uebersicht, NotfallOhneSichereCachesOeffnetKeinBlatt) {
+    Welt w;
+    AppModell m(w.umfeld());
+    UebersichtSeite seite(m);
+    QPushButton* knopf = nullptr;
+    for (auto* k : seite.findChildren<QPushButton*>())
+        if (k->text() == "Sichere Caches freigeben") knopf = k;
+    ASSERT_TRUE(knopf);
+    knopf->click();
+    ASSERT_TRUE(warte([&] { return m.auftrag().has_value(); }));
+    EXPECT_EQ(m.auftrag()->titel, AppModell::notfallTitel);
+    EXPECT_FALSE(m.auftrag()->funde.empty());
+    m.ausfuehren(*m.auftrag());
+    ASSERT_TRUE(warte([&] { return m.letzteRunde().has_value() && !m.entsorgtGerade(); }));
+    ASSERT_EQ(m.letzteRunde()->fehlerAnzahl(), 0u);
+
+    knopf->click();
+    ASSERT_TRUE(warte([&] { return !m.katalogLaeuft(); }));
+    EXPECT_FALSE(m.auftrag());
+    EXPECT_TRUE(m.katalogSicher().empty());
+    EXPECT_EQ(knopf->text(), "Noch einmal prüfen");
+    EXPECT_TRUE(knopf->isEnabled());
+    const QStringList t = texte(seite);
+    EXPECT_TRUE(std::any_of(t.begin(), t.end(), [](const QString& x) {
+        return x.startsWith("Gerade liegen keine sicheren Caches herum (geprüft gerade eben).");
+    })) << t.join('\n').toStdString();
+
+    Uhrwerk zeit;
+    BestaetigungsAnsicht leer(m, Auftrag{"2", "Leer", {}}, nullptr, {zeit.uhr(), {}});
+    leer.show();
+    *zeit.jetzt += 2s;
+    EXPECT_FALSE(leer.bereit());
+    leer.bestaetigen();
+    EXPECT_FALSE(m.entsorgtGerade());
+}
+
+QStringList zeilen(const QTableWidget& t) {
+    QStringList z;
+    for (int i = 0; i < t.rowCount(); ++i) z << t.item(i, 0)->text();
+    return z;
+}
+
+// After a round the map no longer lists what went, stays where the user was, and shows the
+// Trash holding what went there; an undo brings the bytes back to their folder.
+TEST(Speicherkarte, ZeigtNachDerRundeNichtMehrWasWegIst) {
+    Welt w;
+    const fs::path cache = w.mac.ordnerMitDatei("Library/Caches/com.example.gross", 3'000'000);
+    const fs::path bleibt = w.mac.ordnerMitDatei("Library/Caches/com.example.bleibt", 2'000'000);
+    const fs::path alt = w.mac.ordnerMitDatei("Documents/Altes Projekt", 2'000'000);
+    AppModell m(w.umfeld());
+    KarteSeite karte(m);
+    m.tiefenscan();
+    ASSERT_TRUE(warte([&] { return m.scan() && !m.scanLaeuft(); }));
+    const auto caches = Knoten::finde(m.scan()->wurzel, (w.mac.home() / "Library/Caches").native());
+    ASSERT_TRUE(caches);
+    karte.oeffne(caches);
+    const auto* liste = karte.findChild<QTableWidget*>();
+    ASSERT_TRUE(liste);
+    ASSERT_TRUE(zeilen(*liste).contains("com.example.gross")) << zeilen(*liste).join(',').toStdString();
+    const int64_t dokumente = Knoten::finde(m.scan()->wurzel, (w.mac.home() / "Documents").native())->bytes;
+    const int64_t ganz = m.scan()->wurzel->bytes, gross = Knoten::finde(m.scan()->wurzel, cache.native())->bytes;
+
+    m.bitte({fund(cache, 0, Entsorgung::loeschen), fund(alt, 0, Entsorgung::papierkorb)}, "Runde");
+    m.ausfuehren(*m.auftrag());
+    ASSERT_TRUE(warte([&] { return m.letzteRunde().has_value() && !m.entsorgtGerade(); }));
+    ASSERT_EQ(m.letzteRunde()->fehlerAnzahl(), 0u);
+    EXPECT_FALSE(zeilen(*liste).contains("com.example.gross")) << zeilen(*liste).join(',').toStdString();
+    EXPECT_TRUE(zeilen(*liste).contains("com.example.bleibt"));
+    EXPECT_EQ(karte.ringe()->mitte()->pfad, caches->pfad) << "die Karte bleibt, wo sie war";
+    const auto& baum = m.scan()->wurzel;
+    EXPECT_FALSE(Knoten::finde(baum, cache.native()));
+    EXPECT_FALSE(Knoten::finde(baum, alt.native()));
+    EXPECT_LT(Knoten::finde(baum, (w.mac.home() / "Documents").native())->bytes, dokumente - 1'900'000);
+    EXPECT_EQ(baum->bytes, ganz - gross) << "was in den Papierkorb ging, liegt noch im Home-Ordner";
+    (void)bleibt;
+
+    m.rueckgaengig(m.letzteRunde()->id);
+    ASSERT_TRUE(warte([&] { return fs::exists(alt); }));
+    ASSERT_TRUE(warte([&] {
+        return Knoten::finde(m.scan()->wurzel, (w.mac.home() / "Documents").native())->bytes == dokumente;
+    }));
 }
 
 TEST(Einstellungen, JedesBedienelementSchreibtSeinenSchluessel) {
@@ -241,12 +373,43 @@ TEST(Menueleiste, SymbolNachLageUndKnoepfeRufenIhreAktionen) {
     EXPECT_TRUE(p.aufraeumenKnopf()->text().startsWith("Sichere Caches aufräumen · "));
     int geoeffnet = 0;
     QObject::connect(&symbol, &MenueleistenSymbol::oeffnen, [&] { ++geoeffnet; });
+    // the window opens with the sheet above it, active
+    Hauptfenster f(m, w.mac.home());
+    QObject::connect(&symbol, &MenueleistenSymbol::oeffnen, &f, &Hauptfenster::zeigen);
     p.aufraeumenKnopf()->click();
     ASSERT_TRUE(m.auftrag());
     EXPECT_EQ(m.auftrag()->titel, "Sichere Caches aufräumen");
     EXPECT_EQ(m.auftrag()->funde, m.katalogSicher());
+    ASSERT_TRUE(f.blatt());
+    EXPECT_TRUE(f.isVisible());
+    EXPECT_TRUE(f.blatt()->isVisible());
+    EXPECT_TRUE(warte([&] { return QApplication::activeWindow() == f.blatt(); }));
+    f.blatt()->reject();
     p.oeffnenKnopf()->click();
     EXPECT_EQ(geoeffnet, 2);
+}
+
+// The panel opens beside its symbol wherever the desktop puts the symbol, never over it.
+TEST(Menueleiste, PanelNebenSeinemSymbol) {
+    const QSize panel(300, 400);
+    struct Fall {
+        const char* wo;
+        QRect symbol, flaeche;
+        QPoint ort;
+    };
+    const std::vector<Fall> faelle{
+        {"Leiste oben", {1500, 0, 24, 24}, {0, 28, 1600, 972}, {1300, 24}},
+        {"Leiste unten", {1500, 976, 24, 24}, {0, 0, 1600, 972}, {1300, 576}},
+        {"links am Rand", {4, 976, 24, 24}, {0, 0, 1600, 972}, {4, 576}},
+        {"Bildschirm zu niedrig", {10, 140, 24, 24}, {0, 0, 800, 300}, {34, 0}},
+        {"Leiste rechts, zu niedrig", {776, 140, 24, 24}, {0, 0, 770, 300}, {476, 0}},
+    };
+    for (const auto& f : faelle) {
+        const QPoint ort = panelOrt(f.symbol, panel, f.flaeche);
+        EXPECT_EQ(ort, f.ort) << f.wo;
+        EXPECT_FALSE(QRect(ort, panel).intersects(f.symbol)) << f.wo;
+        EXPECT_GE(ort.x(), f.flaeche.left()) << f.wo;
+    }
 }
 
 // check → tick → sheet → confirm → result bar → undo, on the windows the user sees

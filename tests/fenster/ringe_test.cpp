@@ -105,13 +105,16 @@ TEST(Anzeige, KurzpfadVorWannUndAnzahl) {
     for (const auto& [n, text] : std::vector<std::pair<int64_t, std::string>>{
              {0, "0 Funde"}, {1, "1 Fund"}, {2, "2 Funde"}, {1204, "1.204 Funde"}})
         EXPECT_EQ(anzahl(n, "Fund", "Funde"), text) << n;
-    Platte p;
-    p.gesamt = 100;
-    p.frei = 30;
-    for (const int64_t bytes : {50, 5}) p.volumes.emplace_back().bytes = bytes;
-    EXPECT_EQ(anzeige::ohneVolume(p), 15);
-    p.volumes.emplace_back().bytes = 40;  // volumes that overlap the free space leave no rest
-    EXPECT_EQ(anzeige::ohneVolume(p), 0);
+    // sizes and commands are never broken in two
+    const std::string fest = "\u00A0";
+    for (const auto& [text, ohne] : std::vector<std::pair<std::string, std::string>>{
+             {"zurzeit 1,14 GB. Du", "zurzeit 1,14" + fest + "GB. Du"},
+             {"100 Byte, 3 KB und 2 MB", "100" + fest + "Byte, 3" + fest + "KB und 2" + fest + "MB"},
+             {"12 Gruppen, 3 GBit", "12 Gruppen, 3 GBit"},
+             {"Version 2 Mac", "Version 2 Mac"}})
+        EXPECT_EQ(anzeige::ohneUmbruch(text), ohne) << text;
+    EXPECT_EQ(anzeige::befehlAmStueck("journalctl --vacuum-size=500M"),
+              "journalctl" + fest + "-\u2060-\u2060vacuum-\u2060size=500M");
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ TEST(PlatzmelderBefehl, ZeigtDieAblesungUndEndetSauberAufSignal) {
         int signal;
     };
     for (const auto& [argumente, signal] :
-         std::vector<Fall>{{{"waechter"}, SIGTERM}, {{"--json", "waechter", "--grenze", "2.5"}, SIGINT}}) {
+         std::vector<Fall>{{{"waechter"}, SIGTERM}, {{"--json", "waechter", "--grenze", "2,5"}, SIGINT}}) {
         QProcess p;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert("HOME", QString::fromStdString(home.native()));
@@ -42,6 +42,29 @@ TEST(PlatzmelderBefehl, ZeigtDieAblesungUndEndetSauberAufSignal) {
         }
     }
     EXPECT_FALSE(fs::exists(home / ".config"));  // reading the settings writes nothing
+}
+
+TEST(WaechterBefehl, HilfeUndFehlerAufDeutsch) {
+    Testordner t;
+    const std::string waechter =
+        "HOME='" + t.ordner("home").native() + "' '" +
+        (fs::path(HAINBREM_BINARY).parent_path() / "hainbrem-waechter").native() + "' ";
+    int status = -1;
+    for (const char* flagge : {"--help", "-h", "--hilfe"}) {
+        const std::string aus = laufe(waechter + flagge + " 2>&1", &status);
+        EXPECT_EQ(status, 0) << flagge;
+        EXPECT_NE(aus.find("Aufruf: hainbrem-waechter [OPTIONEN]"), std::string::npos) << aus;
+    }
+    const std::pair<const char*, const char*> falsch[] = {
+        {"--grenze", "Bei --grenze fehlt der Wert: GB."},
+        {"--grenze zehn", "Ungültiger Wert für --grenze: „zehn“ – erlaubt sind Zahlen von 0 bis 1.000.000 (GB)."},
+        {"--gibtsnicht", "Die Option „--gibtsnicht“ gibt es bei hainbrem-waechter nicht."},
+    };
+    for (const auto& [argumente, meldung] : falsch) {
+        const std::string aus = laufe(waechter + argumente + " 2>&1", &status);
+        EXPECT_EQ(status, 2) << argumente;
+        EXPECT_NE(aus.find(std::string("hainbrem: ") + meldung), std::string::npos) << aus;
+    }
 }
 
 }  // namespace

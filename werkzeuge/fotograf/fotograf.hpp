@@ -1,7 +1,8 @@
 #pragma once
 // Pictures of the application for its documentation: every page, the sheet, the result bar,
-// the settings window and the panel, taken once everything has been found. Started by the
-// launch option "-fotos ORDNER"; quits when done.
+// the settings window and the panel, taken once everything has been found. Started by
+// hainbrem-fotograf with "-fotos ORDNER"; quits when done. Never part of the shipped application:
+// it confirms real rounds on its own.
 #include <QString>
 
 namespace hainbrem {

@@ -1,4 +1,4 @@
-#include "app/fenster/fotograf.hpp"
+#include "fotograf.hpp"
 
 #include <QApplication>
 #include <QDir>
@@ -38,6 +38,22 @@ void fotografieren(AppModell& m, Hauptfenster& f, EinstellungenAnsicht& e, Menue
         return !m.katalogLaeuft() && !m.scanLaeuft() && !m.duplikateLaeuft() && !m.programmeLaeuft() &&
                !m.bauLaeuft() && !m.tricksLaeuft() && !m.entsorgtGerade();
     };
+    auto seite = [&](Seite welche, QString name) {
+        s.push_back([&m, welche] {
+            m.setzeSeite(welche);
+            return true;
+        });
+        s.push_back([&f, ordner, name] { return sichern(f, ordner, name); });
+    };
+    // every page before anything ran: what they say before the first check and scan
+    s.push_back([&m] { return !m.katalogLaeuft() && !m.scanLaeuft(); });
+    for (const Seite x : alleSeiten)
+        if (x != Seite::assistent) seite(x, QString::fromUtf8(id(x).data()) + QStringLiteral("-leer"));
+    s.push_back([&m] {
+        m.pruefen();
+        m.tiefenscan();
+        return true;
+    });
     s.push_back([&m, ruhig] { return ruhig() && m.katalogGeprueft() && m.scan(); });
     s.push_back([&m] {
         m.duplikateSuchen();
@@ -47,13 +63,6 @@ void fotografieren(AppModell& m, Hauptfenster& f, EinstellungenAnsicht& e, Menue
         return true;
     });
     s.push_back(ruhig);
-    auto seite = [&](Seite welche, QString name) {
-        s.push_back([&m, welche] {
-            m.setzeSeite(welche);
-            return true;
-        });
-        s.push_back([&f, ordner, name] { return sichern(f, ordner, name); });
-    };
     auto fenster = [&](QString zusatz) {
         for (const Seite x : alleSeiten) seite(x, QString::fromUtf8(id(x).data()) + zusatz);
         s.push_back([&panel, ordner, zusatz] {
@@ -107,7 +116,6 @@ void fotografieren(AppModell& m, Hauptfenster& f, EinstellungenAnsicht& e, Menue
             return true;
         });
     };
-    fenster({});
     deinstallieren({});
     // a mixed order: the selected catalog findings and the largest file
     s.push_back(bestellen);
@@ -124,6 +132,14 @@ void fotografieren(AppModell& m, Hauptfenster& f, EinstellungenAnsicht& e, Menue
         return true;
     });
     s.push_back([&f, ordner] { return sichern(f, ordner, QStringLiteral("verlauf-runde")); });
+    // undo, and every page after the whole round, with the bar of the round put back
+    s.push_back([&m] {
+        if (m.letzteRunde()) m.rueckgaengig(m.letzteRunde()->id);
+        return true;
+    });
+    s.push_back([&m, ruhig] { return ruhig() && m.letzteRunde() && !m.letzteRunde()->kannRueckgaengig(); });
+    s.push_back([&f, ordner] { return sichern(f, ordner, QStringLiteral("verlauf-rueckgaengig")); });
+    fenster({});
     // the same in dark, switched while everything is open, with the round's bar above each page
     s.push_back([] {
         design::erscheinungAnwenden(*qApp, QStringLiteral("dunkel"));
