@@ -1,5 +1,5 @@
-// What every system's Trash does the same once it can open an item: the ways in and out by path,
-// for tests and tools. Built on Linux and on macOS.
+// What every system's Trash does the same: what identifies an item in it and, once it can open
+// an item, the ways in and out by path for tests and tools. Built on Linux and on macOS.
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -13,6 +13,24 @@
 #include "plattform/papierkorb.hpp"
 
 namespace hainbrem::plattform {
+
+PapierkorbKennung kennungVon(const struct stat& st) {
+#ifdef __APPLE__
+    const timespec& geaendert = st.st_mtimespec;
+#else
+    const timespec& geaendert = st.st_mtim;
+#endif
+    PapierkorbKennung k;
+    k.geraet = static_cast<uint64_t>(st.st_dev);
+    k.inode = static_cast<uint64_t>(st.st_ino);
+    k.groesse = static_cast<int64_t>(st.st_size);
+    int64_t ns = 0;
+    if (__builtin_mul_overflow(static_cast<int64_t>(geaendert.tv_sec), int64_t{1'000'000'000}, &ns) ||
+        __builtin_add_overflow(ns, static_cast<int64_t>(geaendert.tv_nsec), &ns))
+        ns = INT64_MIN;  // a date no file has: compares equal only to itself
+    k.geaendertNs = ns;
+    return k;
+}
 
 Ergebnis<Ort> oeffneAufgeloest(const fs::path& pfad) {
     const std::string& roh = pfad.native();

@@ -229,19 +229,6 @@ Ergebnis<BekannterTrash> bekannterTrash(const fs::path& imPapierkorb, const fs::
 
 }  // namespace
 
-PapierkorbKennung kennungVon(const struct stat& st) {
-    PapierkorbKennung k;
-    k.geraet = static_cast<uint64_t>(st.st_dev);
-    k.inode = static_cast<uint64_t>(st.st_ino);
-    k.groesse = static_cast<int64_t>(st.st_size);
-    int64_t ns = 0;
-    if (__builtin_mul_overflow(static_cast<int64_t>(st.st_mtim.tv_sec), int64_t{1'000'000'000}, &ns) ||
-        __builtin_add_overflow(ns, static_cast<int64_t>(st.st_mtim.tv_nsec), &ns))
-        ns = INT64_MIN;  // a date no file has: compares equal only to itself
-    k.geaendertNs = ns;
-    return k;
-}
-
 Ergebnis<Papierkorbplatz> reservierePapierkorb(const Ort& ort, const fs::path& home) {
     struct stat st;
     if (!ort.eltern || ::fstatat(ort.eltern.fd(), ort.name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0)
