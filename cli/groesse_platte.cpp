@@ -49,10 +49,24 @@ const bool groesseRegistriert = registriere({
     .ausfuehren = groesse,
 });
 
+const char* artName(Plattenteil::Art art) {
+    switch (art) {
+        case Plattenteil::Art::volume: return "volume";
+        case Plattenteil::Art::reserviert: return "reserviert";
+        case Plattenteil::Art::verwaltung: return "verwaltung";
+        case Plattenteil::Art::rest: return "rest";
+        case Plattenteil::Art::frei: return "frei";
+        case Plattenteil::Art::freiAnderswo: return "freiAnderswo";
+    }
+    return "?";
+}
+
 int platte(const Kontext& k) {
     const Plattenstand s = Plattenstand::jetzt(k.home);
     const auto lage = s.lage(10'000'000'000);
     const std::optional<Platte> p = Platte::lesen(k.profil);
+    // the same picture as the overview's: its parts add up to the disk
+    const Plattenbild bild = plattenbild(s, p);
     if (k.json) {
         json j;
         j["plattenstand"] = {{"gesamt", s.gesamt},           {"echtFrei", s.echtFrei},
@@ -68,6 +82,10 @@ int platte(const Kontext& k) {
         } else {
             j["platte"] = nullptr;
         }
+        json teile = json::array();
+        for (const auto& t : bild.teile)
+            teile.push_back({{"art", artName(t.art)}, {"titel", t.titel}, {"bytes", t.bytes}, {"erklaerung", t.erklaerung}});
+        j["plattenbild"] = {{"name", bild.name}, {"gesamt", bild.gesamt}, {"echtFrei", bild.echtFrei}, {"teile", teile}};
         druckeJson(j);
         return 0;
     }
@@ -94,6 +112,15 @@ int platte(const Kontext& k) {
     for (const auto& v : p->volumes)
         std::printf("  %-22s %12s  %s\n    %s\n", v.titel().c_str(), alsBytes(v.bytes).c_str(), v.geraet.c_str(),
                     std::string(v.erklaerung()).c_str());
+    // what is neither a file system's files nor free: the reserve, the bookkeeping, the rest
+    bool kopf = false;
+    for (const auto& t : bild.teile) {
+        if (t.art == Plattenteil::Art::volume || t.art == Plattenteil::Art::frei) continue;
+        if (!kopf) std::printf("\nWeder Dateien noch frei:\n");
+        kopf = true;
+        std::printf("  %-30s %12s\n", t.titel.c_str(), alsBytes(t.bytes).c_str());
+        if (!t.erklaerung.empty()) std::printf("    %s\n", t.erklaerung.c_str());
+    }
     return 0;
 }
 

@@ -323,6 +323,27 @@ TEST(Befehlszeile, LinuxOhneMacWorteMacMitSeinen) {
     }
 }
 
+// platte shows the overview's picture: its parts add up to the disk, and what is neither files
+// nor free is named, so no figure is left unexplained.
+TEST(Befehlszeile, PlatteMitDemBildDerUebersicht) {
+    test::Testordner t;
+    const test::LinuxHome heim(t);
+    const Aufruf linux{heim.home(), heim.temp(), heim.home()};
+    const auto j = nlohmann::json::parse(linux.json("--profil linux platte"), nullptr, false);
+    ASSERT_TRUE(j.contains("plattenbild")) << j.dump();
+    const auto& bild = j["plattenbild"];
+    int64_t summe = 0;
+    for (const auto& teil : bild["teile"]) {
+        summe += teil.value("bytes", int64_t{0});
+        EXPECT_FALSE(teil.value("titel", "").empty()) << teil.dump();
+        if (teil.value("art", "") != "volume" && teil.value("art", "") != "frei") {
+            EXPECT_FALSE(teil.value("erklaerung", "").empty()) << teil.dump();
+        }
+    }
+    EXPECT_EQ(summe, bild.value("gesamt", int64_t{-1}));
+    EXPECT_EQ(bild.value("echtFrei", int64_t{-1}), j["plattenstand"].value("echtFrei", int64_t{-2}));
+}
+
 // A build without Qt has no watcher and no assistant beside the command: it says so and how to
 // get them, in German, instead of the system's "No such file or directory".
 TEST(Befehlszeile, OhneHilfsprogrammeSagtSieWasFehlt) {
