@@ -251,6 +251,13 @@ void AppModell::waehle(const std::string& pfad, bool an) {
     setzeAuswahl(std::move(neu));
 }
 
+void AppModell::vorgewaehlteDazu(const std::vector<const Fund*>& funde) {
+    auto neu = auswahl_;
+    for (const Fund* f : funde)
+        if (f->vorgewaehlt) neu.insert(f->url.native());
+    setzeAuswahl(std::move(neu));
+}
+
 void AppModell::waehle(const std::vector<Fund>& funde, bool an) {
     auto neu = auswahl_;
     for (const auto& f : funde) {
@@ -311,13 +318,11 @@ void AppModell::pruefen() {
         katalogAufgabe_, [this](Steuerung& st) { return arbeiten::pruefen(umgebung(), st); },
         [this](std::vector<RegelErgebnis>&& ergebnis, bool ganz) {
             if (!ganz) return;
-            // added to, never replaced: what the user ticked earlier stays ticked
-            auto neu = auswahl_;
-            for (const auto& e : ergebnis)
-                for (const auto& f : e.funde)
-                    if (f.vorgewaehlt) neu.insert(f.url.native());
             setze(katalog_, std::move(ergebnis), &AppModell::katalogGeaendert);
-            setzeAuswahl(std::move(neu));
+            std::vector<const Fund*> funde;
+            for (const auto& e : katalog_)
+                for (const auto& f : e.funde) funde.push_back(&f);
+            vorgewaehlteDazu(funde);
             setze(katalogGeprueft_, std::optional<Zeitpunkt>(std::chrono::system_clock::now()),
                   &AppModell::katalogGeprueftGeaendert);
         },
@@ -395,13 +400,12 @@ void AppModell::programmeLaden() {
         [this](arbeiten::ProgrammeErgebnis&& r, bool ganz) {
             if (!ganz) return;
             // the leftovers that go with an uninstall unless unticked (orphans never are)
-            auto neu = auswahl_;
-            for (const auto& p : r.programme)
-                for (const auto& f : p.reste)
-                    if (f.vorgewaehlt) neu.insert(f.url.native());
             setze(programme_, std::move(r.programme), &AppModell::programmeGeaendert);
             setze(verwaist_, std::move(r.verwaist), &AppModell::verwaistGeaendert);
-            setzeAuswahl(std::move(neu));
+            std::vector<const Fund*> funde;
+            for (const auto& p : programme_)
+                for (const auto& f : p.reste) funde.push_back(&f);
+            vorgewaehlteDazu(funde);
         });
 }
 
@@ -412,11 +416,10 @@ void AppModell::projekteSuchen() {
         [this](std::vector<Bauabfall>&& r, bool ganz) {
             if (!ganz) return;
             // projects resting long enough come ticked, as the catalog's findings do
-            auto neu = auswahl_;
-            for (const auto& b : r)
-                if (b.fund.vorgewaehlt) neu.insert(b.fund.url.native());
             setze(bauabfall_, std::move(r), &AppModell::bauabfallGeaendert);
-            setzeAuswahl(std::move(neu));
+            std::vector<const Fund*> funde;
+            for (const auto& b : bauabfall_) funde.push_back(&b.fund);
+            vorgewaehlteDazu(funde);
         });
 }
 

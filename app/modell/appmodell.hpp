@@ -271,6 +271,8 @@ signals:
 private:
     template <typename T>
     void setze(T& feld, T wert, void (AppModell::*signal)());
+    // Ticks what a finder preselected, added to what is ticked: what the user ticked earlier stays.
+    void vorgewaehlteDazu(const std::vector<const Fund*>& funde);
     template <typename Ergebnis, typename Werk, typename Fertig>
     void imHintergrund(QThreadPool& pool, const std::shared_ptr<Lauf>& lauf, Werk werk, Fertig fertig);
     // One finder's way through the background: the flag goes up, `werk` runs on the pool with
