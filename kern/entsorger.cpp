@@ -224,7 +224,10 @@ Entsorger::Rueckgabe Entsorger::rueckgaengig(const std::string& id) {
         r.fehler.push_back(testSperreText);
         return r;
     }
-    for (auto& p : runde->posten) {
+    // last in, first out: a folder trashed after something inside it goes back before that
+    // item, which then finds its old folder instead of a new empty one
+    for (auto stelle = runde->posten.rbegin(); stelle != runde->posten.rend(); ++stelle) {
+        auto& p = *stelle;
         if (!p.imPapierkorb || p.zurueckgelegt) continue;
         const fs::path ziel = p.pfad;
         const std::string name = ziel.filename().native();
@@ -260,6 +263,7 @@ Entsorger::Rueckgabe Entsorger::rueckgaengig(const std::string& id) {
             r.fehler.push_back(name + ": " + ok.error());
         }
     }
+    std::reverse(r.fehler.begin(), r.fehler.end());  // told in the round's order, one line per item
     runde->pruefeRueckgaengig();
     verlauf.ersetzen(*runde);
     if (auto ok = verlauf.speichern(); !ok)

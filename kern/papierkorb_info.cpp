@@ -1,5 +1,7 @@
 #include "kern/papierkorb_info.hpp"
 
+#include "kern/dateiinhalt.hpp"
+
 #include "basis/zeit.hpp"
 
 #include <fstream>
@@ -76,12 +78,9 @@ fs::path infoDatei(const fs::path& eintrag) {
 }
 
 std::optional<Zeitpunkt> hinzugefuegt(const fs::path& eintrag) {
-    std::ifstream ein(infoDatei(eintrag), std::ios::binary);
-    if (!ein) return std::nullopt;
-    // an info file is a few lines; anything big is not one
-    std::string inhalt(64 * 1024, '\0');
-    ein.read(inhalt.data(), static_cast<std::streamsize>(inhalt.size()));
-    inhalt.resize(static_cast<size_t>(ein.gcount()));
+    // an info file is a few lines; anything big, or a pipe or link in its place, is not one
+    std::string inhalt;
+    if (leseRegulaer(infoDatei(eintrag), 64 * 1024, inhalt) != 0) return std::nullopt;
     return loeschDatum(inhalt);
 }
 

@@ -1,5 +1,7 @@
 #include "kern/verlauf.hpp"
 
+#include "kern/dateiinhalt.hpp"
+
 #include <fcntl.h>
 #include <openssl/rand.h>
 #include <sys/file.h>
@@ -21,6 +23,7 @@
 #include "kern/kodierung.hpp"
 #include "kern/ueberlauf.hpp"
 #include "kern/testsperre.hpp"
+#include "basis/pfade.hpp"
 #include "plattform/plattform.hpp"
 
 namespace hainbrem {
@@ -217,7 +220,7 @@ json kennungJson(const plattform::PapierkorbKennung& k) {
     j["inode"] = k.inode;
     j["groesse"] = k.groesse;
     j["geaendertNs"] = k.geaendertNs;
-    j["info"] = k.info;
+    schreibePfad(j, "info", "infoBase64", k.info);  // a Trash name keeps the item's bytes
     return j;
 }
 
@@ -230,9 +233,9 @@ std::optional<std::optional<plattform::PapierkorbKennung>> kennungLesen(const js
     const auto inode = vorzeichenlos(*k, "inode");
     const auto groesse = ganzzahl(*k, "groesse");
     const auto geaendert = ganzzahl(*k, "geaendertNs");
-    const auto info = text(*k, "info");
+    const auto info = pfadLesen(*k, "info", "infoBase64", true);
     if (!geraet || !inode || !groesse || !geaendert || !info) return std::nullopt;
-    return std::optional(plattform::PapierkorbKennung{*geraet, *inode, *groesse, *geaendert, *info});
+    return std::optional(plattform::PapierkorbKennung{*geraet, *inode, *groesse, *geaendert, **info});
 }
 
 std::optional<Posten> postenLesen(const json& q) {
@@ -340,15 +343,12 @@ namespace {
 enum class Lesen { fehlt, gelesen, unlesbar };
 
 Lesen leseDatei(const fs::path& datei, std::vector<Runde>& runden) {
-    std::ifstream ein(datei, std::ios::binary);
-    if (!ein) {
-        struct stat st;
-        return ::stat(datei.c_str(), &st) != 0 && errno == ENOENT ? Lesen::fehlt : Lesen::unlesbar;
-    }
-    std::ostringstream puffer;
-    puffer << ein.rdbuf();
-    if (ein.bad()) return Lesen::unlesbar;
-    auto r = Verlauf::dekodiere(puffer.str());
+    // a pipe or a link in its place is unreadable, and so set aside rather than followed
+    std::string inhalt;
+    const int fehler = leseRegulaer(datei, size_t{256} << 20, inhalt);
+    if (fehler == ENOENT) return Lesen::fehlt;
+    if (fehler != 0) return Lesen::unlesbar;
+    auto r = Verlauf::dekodiere(inhalt);
     if (!r) return Lesen::unlesbar;
     runden = std::move(*r);
     for (auto& runde : runden) runde.pruefeRueckgaengig();
@@ -419,6 +419,19 @@ std::string schreibFehler(const fs::path& datei, int nummer) {
         default: grund = systemFehler(nummer);
     }
     return "Der Verlauf „" + datei.native() + "“ lässt sich nicht schreiben: " + grund;
+}
+
+// A history in the home that a link has led out of it is not written there: whatever made the
+// link would get the record, the lock and the reserve somewhere else.
+Ergebnis<void> bleibtImHome(const fs::path& datei) {
+    const fs::path home = plattform::heimOrdner();
+    if (home.empty() || !liegtIn(datei.native(), home.native())) return {};
+    std::error_code e1, e2;
+    const fs::path ordner = fs::canonical(datei.parent_path(), e1);
+    const fs::path echtesHome = fs::canonical(home, e2);
+    if (e1 || e2 || liegtIn(ordner.native(), echtesHome.native())) return {};
+    return Fehlschlag{"Der Verlauf „" + datei.native() + "“ lässt sich nicht schreiben: sein Ordner führt über einen Link nach „" +
+                      ordner.native() + "“, aus deinem Benutzerordner hinaus."};
 }
 
 fs::path beiseiteName(const fs::path& datei) {
@@ -507,8 +520,9 @@ Ergebnis<void> Verlauf::speichern() {
     if (imEchtenHomeWaehrendTest(datei_)) return Fehlschlag{testSperreText};
     std::error_code e;
     fs::create_directories(datei_.parent_path(), e);
+    if (auto ort = bleibtImHome(datei_); !ort) return ort;
     const fs::path sperrDatei = datei_.native() + ".lock";
-    const int sperrFd = ::open(sperrDatei.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    const int sperrFd = ::open(sperrDatei.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (sperrFd < 0) return Fehlschlag{schreibFehler(datei_, e ? e.value() : errno)};
     while (::flock(sperrFd, LOCK_EX) != 0 && errno == EINTR) {
     }

@@ -8,6 +8,7 @@
 #include <signal.h>
 #include <spawn.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,6 +25,7 @@
 #include "kern/katalog.hpp"
 #include "kern/kodierung.hpp"
 #include "kern/laufend.hpp"
+#include "kern/papierkorb_info.hpp"
 #include "kern/runde.hpp"
 #include "kern/safetyguard.hpp"
 #include "kern/tempordner.hpp"
@@ -358,6 +360,89 @@ TEST(Rueckgaengig, LegtNurDasEigeneStueckZurueck) {
         EXPECT_FALSE(fs::exists(w.home / "anders.txt"));
         EXPECT_TRUE(fs::exists(*b));
     }
+    {
+        SCOPED_TRACE("ein Name, der kein UTF-8 ist, geht aus dem gelesenen Verlauf zurück");
+        RueckWelt w;
+        const fs::path roh = w.home / "d" / "f\xff";
+        schreibe(roh, "inhalt");
+        const Runde r = w.papierkorbRunde({roh});
+        Verlauf gelesen{w.t / "verlauf.json"};  // the record as a later run reads it from disk
+        Entsorger spaeter{SafetyGuard(w.home, w.temp), gelesen};
+        const auto e = spaeter.rueckgaengig(r.id);
+        EXPECT_EQ(e.zurueck, 1);
+        EXPECT_TRUE(e.fehler.empty()) << e.fehler.front();
+        EXPECT_EQ(lies(roh), "inhalt");
+    }
+    {
+        SCOPED_TRACE("eine Datei und danach ihr Ordner: der Ordner kommt zuerst zurück");
+        RueckWelt w;
+        schreibe(w.home / "d/f", "1");
+        schreibe(w.home / "d/g", "2");
+        const Runde r = w.papierkorbRunde({w.home / "d/f", w.home / "d"});
+        const auto e = w.entsorger.rueckgaengig(r.id);
+        EXPECT_EQ(e.zurueck, 2);
+        EXPECT_TRUE(e.fehler.empty()) << e.fehler.front();
+        EXPECT_EQ(lies(w.home / "d/f"), "1");
+        EXPECT_EQ(lies(w.home / "d/g"), "2");
+    }
+}
+
+// A round takes a path once: given twice, or inside a folder that goes the same way or into the
+// Trash, it would be counted twice and reported as skipped. What goes for good inside a folder
+// bound for the Trash stays its own item.
+TEST(Rundengang, EinPfadNurEinmal) {
+    RueckWelt w;
+    const fs::path d = w.home / "d";
+    const auto fund = [](const fs::path& p, Entsorgung art) { return Fund{p, 1, art, {}, {}, true, {}}; };
+    const auto pfade = [](const Rundengang& g) {
+        std::vector<std::string> aus;
+        for (const auto& f : g.funde()) aus.push_back(f.url.filename().native());
+        return aus;
+    };
+    const auto k = Entsorgung::papierkorb, l = Entsorgung::loeschen;
+    EXPECT_EQ(pfade(Rundengang(w.entsorger, {fund(d / "f", k), fund(d, k), fund(d, k), fund(w.home / "e", k)}, "t")),
+              (std::vector<std::string>{"d", "e"}));
+    EXPECT_EQ(pfade(Rundengang(w.entsorger, {fund(d / "f", l), fund(d, k)}, "t")), (std::vector<std::string>{"d"}));
+    EXPECT_EQ(pfade(Rundengang(w.entsorger, {fund(d / "f", k), fund(d, l)}, "t")),
+              (std::vector<std::string>{"f", "d"}));
+    EXPECT_EQ(pfade(Rundengang(w.entsorger, {fund(w.home / "de", k), fund(d, k)}, "t")),
+              (std::vector<std::string>{"de", "d"})) << "ein Name, der nur gleich anfängt, liegt nicht darin";
+}
+
+// Files of its own that something replaced with a pipe: reading them must neither hang nor fail
+// the round; the history is set aside and written anew.
+TEST(Rohre, StattVerlaufUndTrashinfoHaltenNichtAuf) {
+    Testordner t;
+    const fs::path verlaufDatei = t / "verlauf.json";
+    ASSERT_EQ(::mkfifo(verlaufDatei.c_str(), 0600), 0);
+    Verlauf v{verlaufDatei};
+    EXPECT_TRUE(v.runden().empty());
+    EXPECT_TRUE(v.speichern());
+    EXPECT_TRUE(fs::is_regular_file(verlaufDatei));
+
+    const fs::path korb = t.ordner("Trash");
+    schreibe(korb / "files/zz", "x");
+    fs::create_directories(korb / "info");
+    ASSERT_EQ(::mkfifo((korb / "info/zz.trashinfo").c_str(), 0600), 0);
+    EXPECT_FALSE(PapierkorbInfo::hinzugefuegt(korb / "files/zz"));
+}
+
+// A link that leads the history's folder out of the home: no record is written there, so no
+// round starts, and nothing lands outside.
+TEST(Verlaufsordner, LinkAusDemHomeHinausWirdNichtBeschrieben) {
+    Testordner t;
+    const fs::path home = t.ordner("home"), temp = t.ordner("tmp"), draussen = t.ordner("draussen");
+    fs::create_directories(home / ".local/share");
+    fs::create_directory_symlink(draussen, home / ".local/share/hainbrem");
+    schreibe(home / "a.txt", "meins");
+    int status = 0;
+    const std::string aus = test::laufe(umgebung(home, temp) + " " HAINBREM_BINARY " entsorgen --ja '" +
+                                            (home / "a.txt").native() + "' 2>&1",
+                                        &status);
+    EXPECT_NE(status, 0) << aus;
+    EXPECT_NE(aus.find("aus deinem Benutzerordner hinaus"), std::string::npos) << aus;
+    EXPECT_TRUE(fs::is_empty(draussen)) << aus;
+    EXPECT_EQ(lies(home / "a.txt"), "meins");
 }
 
 // ---------------------------------------------------------------- the temp rule
