@@ -180,8 +180,12 @@ Runde Entsorger::entsorge(const std::vector<Fund>& funde, const std::string& tit
     else runde.freiNachher = Plattenstand::jetzt(ort).echtFrei;
     runde.pruefeRueckgaengig();
     if (speichern) {
-        if (runde.posten.empty()) {
-            // stopped before the first item: nothing to remember
+        const bool nichtsAngefasst = std::all_of(runde.posten.begin(), runde.posten.end(), [](const Posten& p) {
+            return p.ergebnis == PostenErgebnis::schonWeg || p.ergebnis == PostenErgebnis::laeuft ||
+                   p.ergebnis == PostenErgebnis::benutzt || p.ergebnis == PostenErgebnis::abgelehnt;
+        });
+        if (nichtsAngefasst) {
+            // stopped before the first item, or every item was left where it was: nothing to remember
             verlauf.entfernen(runde.id);
             if (auto ok = verlauf.speichern(); !ok && !runde.speicherFehler.grund) runde.speicherFehler.grund = ok.error();
         } else {

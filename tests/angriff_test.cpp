@@ -409,6 +409,27 @@ TEST(Rundengang, EinPfadNurEinmal) {
               (std::vector<std::string>{"de", "d"})) << "ein Name, der nur gleich anfängt, liegt nicht darin";
 }
 
+// A round that left every item where it was is not kept: the history lists what was done.
+TEST(Rundengang, WasNichtsAngefasstHatHinterlaesstKeineRunde) {
+    RueckWelt w;
+    schreibe(w.home / "Documents/brief.txt", "meins");
+    schreibe(w.home / ".cache/app/a", "x");
+    const Runde nichts = w.entsorger.entsorge(
+        {Fund{w.home / "Documents", 1, Entsorgung::loeschen, {}, {}, true, {}},
+         Fund{w.home / ".cache/fehlt", 1, Entsorgung::loeschen, {}, {}, true, {}}},
+        "t", w.home);
+    EXPECT_EQ(nichts.posten.size(), 2u);
+    EXPECT_FALSE(w.verlauf.runde(nichts.id));
+    EXPECT_FALSE(Verlauf(w.t / "verlauf.json").runde(nichts.id));
+    const Runde etwas = w.entsorger.entsorge(
+        {Fund{w.home / "Documents", 1, Entsorgung::loeschen, {}, {}, true, {}},
+         Fund{w.home / ".cache/app", 1, Entsorgung::loeschen, {}, {}, true, {}}},
+        "t", w.home);
+    EXPECT_TRUE(Verlauf(w.t / "verlauf.json").runde(etwas.id));
+    EXPECT_FALSE(fs::exists(w.home / ".cache/app"));
+    EXPECT_EQ(lies(w.home / "Documents/brief.txt"), "meins");
+}
+
 // Files of its own that something replaced with a pipe: reading them must neither hang nor fail
 // the round; the history is set aside and written anew.
 TEST(Rohre, StattVerlaufUndTrashinfoHaltenNichtAuf) {
