@@ -34,9 +34,11 @@ Xvfb "$anzeige" -screen 0 1600x1000x24 -nolisten tcp >/dev/null 2>&1 &
 xvfb=$!
 sleep 1
 mkdir -p "$ziel"
+# the session's runtime folder apart from the temp folder: a temp folder inside it is never taken
+install -d -m 700 "$arbeit/laufzeit"
 # the sample home is the whole world: its settings, its history, its Trash, its temp folder
 env -i PATH="$PATH" DISPLAY="$anzeige" HOME="$home" XDG_CONFIG_HOME="$home/.config" \
-  XDG_DATA_HOME="$home/.local/share" XDG_RUNTIME_DIR="$arbeit" TMPDIR="$arbeit/tmp" LANG=de_DE.UTF-8 \
+  XDG_DATA_HOME="$home/.local/share" XDG_RUNTIME_DIR="$arbeit/laufzeit" TMPDIR="$arbeit/tmp" LANG=de_DE.UTF-8 \
   ASAN_OPTIONS=detect_leaks=0 QT_QPA_PLATFORM=xcb \
   "$app" -nurHome "$([ "${GANZE_PLATTE:-}" = 1 ] && echo NO || echo YES)" -fotos "$ziel"
 mkdir -p docs/bilder
