@@ -8,12 +8,14 @@
 #include <cerrno>
 #include <cstdint>
 
+#include "plattform/dateisystem.hpp"
+
 namespace hainbrem {
 
 int leseRegulaer(const std::filesystem::path& datei, size_t hoechstens, std::string& inhalt) {
     inhalt.clear();
-    const int fd = ::open(datei.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK);
-    if (fd < 0) return errno;
+    const int fd = plattform::oeffneZumAnsehen(datei.c_str());
+    if (fd < 0) return -fd;
     struct stat st {};
     int fehler = 0;
     if (::fstat(fd, &st) != 0) fehler = errno;

@@ -14,6 +14,7 @@
 #include "kern/arbeiter.hpp"
 #include "kern/groesse.hpp"
 #include "kern/ueberlauf.hpp"
+#include "plattform/dateisystem.hpp"
 #include "plattform/plattform.hpp"
 #include "plattform/scan.hpp"
 
@@ -58,7 +59,8 @@ struct Hasher {
 
 class Datei {
 public:
-    explicit Datei(const char* pfad) : fd_(::open(pfad, O_RDONLY | O_CLOEXEC | O_NOCTTY)) {}
+    // comparing contents is looking: the files' access times stay as the user left them
+    explicit Datei(const char* pfad) : fd_(std::max(-1, plattform::oeffneZumAnsehen(pfad))) {}
     ~Datei() {
         if (fd_ >= 0) ::close(fd_);  // a failing close changes nothing for reading
     }

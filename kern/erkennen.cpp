@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "kern/groesse.hpp"
+#include "plattform/dateisystem.hpp"
 #include "kern/namen.hpp"
 
 namespace hainbrem::Erkennen {
@@ -20,7 +21,7 @@ namespace {
 // Up to `laenge` bytes from `ab` of a regular file, read without following a link; with the
 // file's status. None when it is no regular file or cannot be opened.
 std::optional<std::string> lies(const fs::path& datei, off_t ab, size_t laenge, struct stat* statt = nullptr) {
-    const int fd = ::open(datei.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NOCTTY | O_NONBLOCK);
+    const int fd = plattform::oeffneZumAnsehen(datei.c_str());
     if (fd < 0) return std::nullopt;
     struct stat st {};
     if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {

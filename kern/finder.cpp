@@ -15,6 +15,7 @@
 #include "kern/namen.hpp"
 #include "kern/pakete.hpp"
 #include "kern/regel_namen.hpp"
+#include "plattform/dateisystem.hpp"
 
 namespace hainbrem::Katalog {
 
@@ -28,7 +29,7 @@ Zeitpunkt alsZeitpunkt(time_t sekunden) { return Zeitpunkt(std::chrono::seconds(
 std::string kopfVon(const fs::path& eintrag, size_t laenge) {
     struct stat st;
     if (::lstat(eintrag.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return {};
-    const int fd = ::open(eintrag.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    const int fd = plattform::oeffneZumAnsehen(eintrag.c_str());
     if (fd < 0) return {};
     std::string kopf(laenge, '\0');
     const ssize_t gelesen = ::pread(fd, kopf.data(), laenge, 0);
@@ -104,7 +105,7 @@ bool istMacInstaller(const fs::path& eintrag) {
     if (::lstat(eintrag.c_str(), &st) != 0) return false;
     if (S_ISDIR(st.st_mode)) return true;  // a bundle-style installer
     if (!S_ISREG(st.st_mode)) return false;
-    const int fd = ::open(eintrag.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    const int fd = plattform::oeffneZumAnsehen(eintrag.c_str());
     if (fd < 0) return false;
     char kopf[4];
     const ssize_t gelesen = ::pread(fd, kopf, sizeof kopf, 0);

@@ -45,6 +45,11 @@ private:
 // serves as the folder for *at calls (Linux: O_PATH, not for listing). -errno on failure.
 int oeffneOrdnerOhneLinks(int basisFd, std::string_view rel);
 
+// Opens `pfad` to read it as a looker does: not through a link at its last part, without waiting
+// on a pipe or device in its place, and (where the system lets its owner) without touching its
+// access time, which tells the user when they last used a file. The descriptor, or -errno.
+int oeffneZumAnsehen(const char* pfad);
+
 // The same from "/" for a path without links (as realpath returns it). -errno on failure.
 int oeffneKanonisch(std::string_view pfad);
 

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <sys/stat.h>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <sstream>
@@ -320,6 +321,25 @@ TEST(Befehlszeile, LinuxOhneMacWorteMacMitSeinen) {
         const std::string aus = mac(std::string("--profil macos ") + a);
         EXPECT_NE(aus.find(wort), std::string::npos) << a << ": " << wort << "\n" << aus;
         EXPECT_TRUE(std::regex_search(aus, macWort)) << a;  // the words looked for are these
+    }
+}
+
+// Looking changes nothing: explaining and checking read the start of files without moving their
+// access time, which says when the user last used them.
+TEST(Befehlszeile, AnsehenLaesstDieZugriffszeit) {
+    test::Testordner t;
+    const test::LinuxHome heim(t);
+    const Aufruf linux{heim.home(), heim.temp(), heim.home()};
+    const fs::path paket = heim.home() / "Downloads/werkzeug_1.0_amd64.deb";
+    test::schreibe(paket, "!<arch>\ndebian-binary   " + std::string(4096, 'x'));
+    // an access time older than the change: relatime would renew it on the next read
+    const timespec zeiten[2] = {{1'600'000'000, 0}, {1'700'000'000, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, paket.c_str(), zeiten, 0), 0);
+    for (const char* befehl : {"erklaere Downloads/werkzeug_1.0_amd64.deb", "pruefen", "erklaere Downloads"}) {
+        linux(std::string("--profil linux ") + befehl);
+        struct stat st {};
+        ASSERT_EQ(::stat(paket.c_str(), &st), 0);
+        EXPECT_EQ(st.st_atim.tv_sec, 1'600'000'000) << befehl;
     }
 }
 

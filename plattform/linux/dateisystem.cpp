@@ -131,4 +131,11 @@ bool ergaenzeBesitzerRechte(int elternFd, const char* name) {
     return ok;
 }
 
+int oeffneZumAnsehen(const char* pfad) {
+    constexpr int flags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK;
+    int fd = ::open(pfad, flags | O_NOATIME);
+    if (fd < 0 && errno == EPERM) fd = ::open(pfad, flags);  // O_NOATIME is for the owner (and root) only
+    return fd < 0 ? -errno : fd;
+}
+
 }  // namespace hainbrem::plattform

@@ -62,4 +62,9 @@ bool ergaenzeBesitzerRechte(int elternFd, const char* name) {
     return ::fchmodat(elternFd, name, (st.st_mode & 07777) | S_IRWXU, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
+int oeffneZumAnsehen(const char* pfad) {
+    const int fd = ::open(pfad, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK);
+    return fd < 0 ? -errno : fd;
+}
+
 }  // namespace hainbrem::plattform
