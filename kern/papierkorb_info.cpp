@@ -4,7 +4,6 @@
 
 #include "basis/zeit.hpp"
 
-#include <fstream>
 
 namespace hainbrem::PapierkorbInfo {
 

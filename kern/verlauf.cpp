@@ -13,10 +13,8 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <random>
-#include <sstream>
 
 #include "basis/systemfehler.hpp"
 #include "basis/zeichen.hpp"
